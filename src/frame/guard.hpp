@@ -1,0 +1,32 @@
+// Keeps exceptions inside the library: every exported entry point runs its
+// body through guarded(), so nothing is thrown across the C boundary.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <new>
+
+namespace qdcli {
+
+template <class F>
+auto guarded(F &&body, decltype(body()) on_failure) noexcept -> decltype(body()) {
+    try {
+        return body();
+    } catch (const std::bad_alloc &) {
+        std::fputs("Failed to allocate memory!\n", stderr);
+    } catch (...) {
+        std::fputs("internal error in command handler\n", stderr);
+    }
+    return on_failure;
+}
+
+template <class F>
+void guarded_void(F &&body) noexcept {
+    try {
+        body();
+    } catch (...) {
+        std::fputs("internal error in command handler\n", stderr);
+    }
+}
+
+}  // namespace qdcli
