@@ -1,0 +1,85 @@
+// Control interface of the simulated switch platform (libqdsim.so).
+//
+// libqdsim.so defines every platform operation that libqdcli.so calls; this
+// header is what a host (qdsh, tests) uses to load a switch, drive it and
+// look inside it. Owned by the simulator; extended additively.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "qdcli/platform.h"
+
+namespace qdsim {
+
+// A scenario refused while loading: where, and why.
+struct ScenarioError {
+    std::string file;  // "<default>" for the embedded scenario
+    std::size_t line = 0;
+    std::size_t column = 0;
+    std::string reason;
+    std::string message() const;  // "FILE:LINE:COLUMN: REASON"
+};
+
+// Loads a scenario file, replacing the current switch. On error the current
+// switch is kept and `error` says what was wrong.
+bool load_scenario_file(const std::string &path, ScenarioError &error);
+// Loads a scenario from text (`name` is used in error messages).
+bool load_scenario_text(const std::string &text, const std::string &name, ScenarioError &error);
+// Loads the embedded default chassis.
+void load_default_scenario();
+// The embedded default scenario's text.
+const std::string &default_scenario_text();
+
+// How the shell printer renders typed output.
+enum class OutputMode { text, json, xml };
+void set_output_mode(OutputMode mode);
+
+// Where printer output and stdout-free text go (default: standard output).
+void set_output_sink(std::function<void(const std::string &)> sink);
+
+// One interface of the switch, as the shell sees it.
+struct InterfaceInfo {
+    std::uint32_t if_index = 0;
+    std::uint8_t type = 0;       // 26 Ethernet, 1 front-panel alternate, 31 host interface
+    bool sub_intf = false;
+    std::string name;            // canonical name, e.g. "Ethernet1/1"
+};
+std::vector<InterfaceInfo> interfaces();
+// Resolves a user's spelling of an interface name ("eth1/1", "Ethernet1/1",
+// "E1/1", case-insensitive) to its index.
+std::optional<std::uint32_t> find_interface(const std::string &spelling);
+
+// A new transport handle for one command; the shell puts it in
+// cmd_paraminfo.mts_handle.
+std::uint32_t open_command();
+// Ends the command: advances the simulated clock by one tick (counters grow
+// by their rates) and checks the handle's message ledger.
+void close_command(std::uint32_t mts_handle);
+
+// Messages alive in the router (sent or received and not yet released).
+std::size_t live_messages();
+
+// Request attributes for the next handler call (cmd_req_attr_getnext).
+struct Attribute {
+    std::uint32_t id = 0;
+    std::vector<std::uint8_t> value;
+};
+void set_request_attributes(std::vector<Attribute> attributes);
+
+// Runs a shell command line on behalf of vsh_system2; the shell installs it.
+// Returns the command's status.
+void set_command_runner(std::function<int(const std::string &)> runner);
+
+// State of the model as JSON (pretty-printed), and changes to it:
+// `path` is a JSON pointer into that document, `value` a JSON text.
+std::string dump_state_json();
+bool set_state_value(const std::string &path, const std::string &value, std::string &error);
+
+// Releases every system resource the simulator created (shared memory).
+void shutdown();
+
+}  // namespace qdsim
