@@ -79,6 +79,11 @@ void set_command_runner(std::function<int(const std::string &)> runner);
 std::string dump_state_json();
 bool set_state_value(const std::string &path, const std::string &value, std::string &error);
 
+// Fills the response record so that cmd_rsp_attr_getnext walks the daemon's
+// switch-wide attribute stream, produced from the model at this moment;
+// word 8 of the record gets the command's transport handle.
+void open_switch_stream(cmd_rsp *rsp, std::uint32_t mts_handle);
+
 // Releases every system resource the simulator created (shared memory).
 void shutdown();
 
