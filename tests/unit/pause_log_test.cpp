@@ -245,12 +245,14 @@ protected:
 };
 
 TEST_F(PauseEventsTest, ListsEveryEventWithItsStampCutOrPaddedTo26) {
-    ASSERT_TRUE(place.create_segment(4));
+    ASSERT_TRUE(place.create_segment(6));
     place.put_record(0, "2024-05-17 08:15:42.123456 extra text", 0, 0);  // longer than 26: cut
     place.put_record(1, "08:15", 6, 1);                                  // shorter: padded
     place.put_record(2, std::string(256, 'A'), 111, 3);                  // fills its field, no NUL
     place.put_record(3, "100% %s %n", 41, 2);                            // printed as it stands
-    answer(4);
+    place.put_record(4, "t", 0x7fffffffu, 255);                          // one higher, in 32 bits
+    place.put_record(5, "t", 0xffffffffu, 0);
+    answer(6);
     std::int32_t rc = 1;
     const std::string out = run(qd_cli_show_logging_onboard_flow_control_pe, rc);
     EXPECT_EQ(rc, 0);
@@ -258,23 +260,14 @@ TEST_F(PauseEventsTest, ListsEveryEventWithItsStampCutOrPaddedTo26) {
                        " 1/1             2024-05-17 08:15:42.123456 \n"
                        " 2/7             08:15                      \n"
                        " 4/112             AAAAAAAAAAAAAAAAAAAAAAAAAA \n"
-                       " 3/42             100% %s %n                 \n");
+                       " 3/42             100% %s %n                 \n"
+                       " 256/-2147483648             t                          \n"
+                       " 1/0             t                          \n");
     ASSERT_EQ(pf().sse_call2_requests.size(), 1u);
     EXPECT_EQ(pf().sse_call2_requests[0], (qdtest::Bytes{6, 0, 0, 0, 0, 0, 0, 0}));
     // Detached once, and the segment is still the service's.
     EXPECT_EQ(detach_calls, 1);
     EXPECT_EQ(place.attached(), 0);
-}
-
-TEST_F(PauseEventsTest, PortAndModuleAreShownOneHigherWithoutOverflow) {
-    ASSERT_TRUE(place.create_segment(2));
-    place.put_record(0, "t", 0x7fffffffu, 255);
-    place.put_record(1, "t", 0xffffffffu, 0);
-    answer(2);
-    std::int32_t rc = 1;
-    const std::string out = run(qd_cli_show_logging_onboard_flow_control_pe, rc);
-    EXPECT_EQ(out, kEventsHeader + " 256/-2147483648             t                          \n" +
-                       " 1/0             t                          \n");
 }
 
 TEST_F(PauseEventsTest, NoEventOrANegativeCountPrintsOnlyTheHeader) {
@@ -316,9 +309,6 @@ TEST_F(PauseEventsTest, ServiceFailureWithAndWithoutPendingEvents) {
     EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_pe, rc), "No Pause Events have occurred.");
     EXPECT_EQ(rc, 0);
     answer(3, -1);
-    EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_pe, rc), "The command failed.");
-    EXPECT_EQ(rc, -1);
-    answer(-2, -1);
     EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_pe, rc), "The command failed.");
     EXPECT_EQ(rc, -1);
     // Any other result is an answer.
