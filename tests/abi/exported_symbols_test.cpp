@@ -147,7 +147,9 @@ TEST_F(LibraryAbi, ExportsExactlyTheWrittenHandlers) {
     EXPECT_TRUE(both(exported, kPendingHandlers).empty())
         << "now exported, remove from the pending list: " << join(both(exported, kPendingHandlers));
     for (const qdabi::DynamicSymbol &sym : info.symbols) {
-        if (sym.defined && script.count(sym.name)) EXPECT_EQ(sym.type, 2u /* STT_FUNC */) << sym.name;
+        if (sym.defined && script.count(sym.name)) {
+            EXPECT_EQ(sym.type, 2u /* STT_FUNC */) << sym.name;
+        }
     }
 }
 
