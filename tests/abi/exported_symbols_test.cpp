@@ -1,6 +1,7 @@
 // The binary interface of the built libqdcli.so, read from its ELF dynamic
 // section: exactly the handler names are exported, every platform operation
 // is left for the host to provide, and no platform library is needed.
+#include <elf.h>
 #include <gtest/gtest.h>
 
 #include <set>
@@ -148,7 +149,7 @@ TEST_F(LibraryAbi, ExportsExactlyTheWrittenHandlers) {
         << "now exported, remove from the pending list: " << join(both(exported, kPendingHandlers));
     for (const qdabi::DynamicSymbol &sym : info.symbols) {
         if (sym.defined && script.count(sym.name)) {
-            EXPECT_EQ(sym.type, 2u /* STT_FUNC */) << sym.name;
+            EXPECT_EQ(sym.type, unsigned{STT_FUNC}) << sym.name;
         }
     }
 }
