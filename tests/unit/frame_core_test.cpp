@@ -132,6 +132,7 @@ TEST_F(FrameInterfaceCheck, RefusalsAndAcceptedTypes) {
     pf().add_interface(0x1a000001u, 26, "Ethernet1/1.5", 0, true);
     pf().add_interface(0x01000002u, 1, "port1", 0, true);  // type 1: no sub-interface test
     pf().add_interface(0x1f000003u, 31, "Ethernet101/1/1");
+    pf().add_interface(0x05000004u, 5, "fc1/1", 0, true);  // reported by no handler: the caller skips it
     struct Case {
         std::uint32_t if_index;
         const char *output;
@@ -145,6 +146,7 @@ TEST_F(FrameInterfaceCheck, RefusalsAndAcceptedTypes) {
         {0x1a000000u, "", true, 26, "Ethernet1/1"},
         {0x01000002u, "", true, 1, "port1"},
         {0x1f000003u, "", true, 31, "Ethernet101/1/1"},
+        {0x05000004u, "", true, 5, "fc1/1"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.if_index);
