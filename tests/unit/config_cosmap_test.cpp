@@ -272,11 +272,4 @@ TEST_F(CosMapTest, PlatformTypeIsAskedOnceAcrossCommands) {
     EXPECT_EQ(pf().platform_type_queries, 1);
 }
 
-TEST_F(CosMapTest, PlatformAnsweringZeroIsAskedEveryTime) {
-    pf().platform_type = 0;
-    Command command;
-    for (int i = 0; i < 3; ++i) run(qd_cli_show_wrrqueue_cosmap, command);
-    EXPECT_EQ(pf().platform_type_queries, 3);
-}
-
 }  // namespace
