@@ -248,9 +248,12 @@ TEST_F(FramePlatformType, AnswerOfZeroIsAskedAgain) {
 // Nothing thrown inside a handler crosses the C boundary.
 
 TEST(FrameGuard, ExceptionsBecomeTheFailureValue) {
+    ::testing::internal::CaptureStderr();
     EXPECT_EQ(qdcli::guarded([]() -> int { throw std::runtime_error("x"); }, 7), 7);
     EXPECT_EQ(qdcli::guarded([]() -> int { throw std::bad_alloc(); }, -1), -1);
     EXPECT_EQ(qdcli::guarded([]() -> int { return 4; }, 7), 4);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "internal error in command handler\nFailed to allocate memory!\n");
 }
 
 }  // namespace
