@@ -108,7 +108,7 @@ std::string render_text(const char *format, std::span<const Field> fields) {
             continue;
         }
         const Conversion c = parse_conversion(format, i);
-        static const Field missing{};
+        const Field missing{};
         const Field &field = next < fields.size() ? fields[next] : missing;
         ++next;
         pad(out, value_text(c, field), c);
