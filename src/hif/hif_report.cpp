@@ -101,7 +101,7 @@ private:
 
 bool bit(std::uint32_t map, unsigned k) { return ((map >> k) & 1u) != 0; }
 
-// Rule A: the qos-group list of an input buffer. Returns how many numbers
+// The qos-group list of an input buffer, each number followed by a blank. Returns how many numbers
 // were printed (unsupported groups are printed, and counted, only when
 // detailed).
 unsigned input_buffer_groups(const InputBuffer &buffer, bool detailed, UnsupportedGroups &unsupported,
@@ -120,7 +120,7 @@ unsigned input_buffer_groups(const InputBuffer &buffer, bool detailed, Unsupport
     return printed;
 }
 
-// Rule B: the qos-group column of a queue, padded to 13 characters on the
+// The qos-group column of a queue, padded to 13 characters on the
 // assumption of one-digit numbers.
 void queue_groups(const Queue &queue, bool detailed, UnsupportedGroups &unsupported, HifOutput &out) {
     std::size_t width = 0;
@@ -140,7 +140,7 @@ void queue_groups(const Queue &queue, bool detailed, UnsupportedGroups &unsuppor
     for (std::size_t n = width; n < QOS_GROUP_COLUMN; ++n) out.put(" ");
 }
 
-// Rule C: the cos column of a queue, padded to 15 characters.
+// The cos column of a queue, padded to 15 characters.
 void queue_cos(const Queue &queue, HifOutput &out) {
     std::size_t width = 0;
     for (unsigned k = 0; k < 8; ++k) {
@@ -373,7 +373,16 @@ void flow_control(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
     }
 }
 
-// Tells a reply that cannot be reported, naming what is wrong with it.
+// Tells a reply that cannot be reported, naming what is wrong with it, in
+// the report's own style (the typed report flushes it at once); the caller
+// then returns and the reply's owner releases it. A reply is refused when it
+// is shorter than the 1140 bytes the report reads (header and body), when
+// ib_count or queue_count exceeds its 8 record slots, or when a listed
+// queue's id exceeds 9, the last of the 10 statistics records:
+//   "Reply for NAME truncated: LENGTH of 1140 bytes"
+//   "Reply for NAME damaged: COUNT input buffers, room for 8"
+//   "Reply for NAME damaged: COUNT queues, room for 8"
+//   "Reply for NAME damaged: queue id ID, room for 0 to 9"
 void refuse(const HifDecodeResult &damage, std::size_t payload_length, const char *if_name, HifOutput &out) {
     switch (damage.damage) {
     case HifDamage::truncated:
