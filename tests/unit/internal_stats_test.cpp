@@ -110,44 +110,34 @@ TEST_F(InternalStatsTest, TheSlotsLowByteNamesTheExtenderAndTheWholeSlotTheNode)
     EXPECT_EQ((Bytes(pf().sent[1].payload.begin() + 4, pf().sent[1].payload.begin() + 8)), (Bytes{0, 0, 0, 0}));
 }
 
-TEST_F(InternalStatsTest, DaemonFailuresReturnTheTransportCode) {
-    const std::string long_text(100, 'x');
-    pf().error_texts[0x40aa0001] = long_text;
-    pf().replies.push_back(Reply::send_failure(0x40aa0001));
-    EXPECT_EQ(run(), 0x40aa0001);
-    EXPECT_EQ(pf().printed, std::string(79, 'x'));  // cut to the 80-byte buffer
-    EXPECT_EQ(pf().flushes, 1u);
-
-    fresh();
-    pf().error_texts[0x40aa0002] = "timed out";
-    pf().replies.push_back(Reply::recv_failure(0x40aa0002));
-    EXPECT_EQ(run(), 0x40aa0002);
-    EXPECT_EQ(pf().printed, "timed out\n");
-    EXPECT_EQ(pf().sent.size(), 1u);
-
-    fresh();
-    pf().replies.push_back(Reply::empty());
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(pf().printed, "mts payload is empty");
-    EXPECT_EQ(pf().sent.size(), 1u);
-}
-
-TEST_F(InternalStatsTest, NoNifPortOrAShortAnswerStopsBeforeTheLineCard) {
-    pf().replies.push_back(Reply::bytes({0x00, 0x03, 0x00, 0x00, 0x00, 0x00}));
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(pf().printed, "qd_cli_show_internal_stats: failed to find nif port for ifidx 0x1a001000");
-    EXPECT_EQ(pf().flushes, 1u);
-    EXPECT_EQ(pf().sent.size(), 1u);
-
-    fresh();
-    pf().replies.push_back(Reply::bytes({0x00, 0x03, 0x1a, 0x00, 0x20}));
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(pf().printed, "Truncated NIF port reply: 5 of 6 bytes\n");
-    EXPECT_EQ(pf().sent.size(), 1u);
+TEST_F(InternalStatsTest, DaemonFailuresStopBeforeTheLineCard) {
+    struct Case {
+        Reply reply;
+        std::int32_t result;
+        std::string message;
+    };
+    const Case cases[] = {
+        {Reply::send_failure(0x40aa0001), 0x40aa0001, std::string(79, 'x')},  // cut to the 80-byte buffer
+        {Reply::recv_failure(0x40aa0002), 0x40aa0002, "timed out\n"},
+        {Reply::empty(), 0, "mts payload is empty"},
+        {Reply::bytes({0x00, 0x03, 0x00, 0x00, 0x00, 0x00}), 0,
+         "qd_cli_show_internal_stats: failed to find nif port for ifidx 0x1a001000"},
+        {Reply::bytes({0x00, 0x03, 0x1a, 0x00, 0x20}), 0, "Truncated NIF port reply: 5 of 6 bytes\n"},
+    };
+    for (const Case &c : cases) {
+        fresh();
+        pf().error_texts[0x40aa0001] = std::string(100, 'x');
+        pf().error_texts[0x40aa0002] = "timed out";
+        pf().replies.push_back(c.reply);
+        EXPECT_EQ(run(), c.result);
+        EXPECT_EQ(pf().printed, c.message);
+        EXPECT_EQ(pf().flushes, 1u);
+        EXPECT_EQ(pf().sent.size(), 1u);
+        for (const std::string &error : qdtest::ledger_errors()) ADD_FAILURE() << c.message << ": " << error;
+    }
 }
 
 TEST_F(InternalStatsTest, LineCardFailuresAreToldAndReturnZero) {
-    pf().error_texts[0x40aa0003] = "no such card";
     Bytes short_records = lc_reply(3, 2);
     short_records.resize(short_records.size() + 83);
     struct Case {
@@ -162,10 +152,13 @@ TEST_F(InternalStatsTest, LineCardFailuresAreToldAndReturnZero) {
         {Reply::bytes(lc_reply(0, 0)), "No internal statistic information to display!\n"},
         {Reply::bytes(Bytes(31)), "Truncated internal statistics reply: 31 of 32 bytes\n"},
         {Reply::bytes(short_records), "Truncated internal statistics reply: 283 of 284 bytes\n"},
+        {Reply::recv_failure(0x40aa0004),  // cut to 79 characters; the '%' prints as it stands
+         "Cmd recv failed for Ethernet1/1 with error code 100% busy: the agent did not an"},
     };
     for (const Case &c : cases) {
         fresh();
         pf().error_texts[0x40aa0003] = "no such card";
+        pf().error_texts[0x40aa0004] = "100% busy: the agent did not answer in time";
         pf().replies.push_back(Reply::bytes(kNifOfSlot3));
         pf().replies.push_back(c.reply);
         EXPECT_EQ(run(), 0) << c.message;
@@ -174,17 +167,6 @@ TEST_F(InternalStatsTest, LineCardFailuresAreToldAndReturnZero) {
         EXPECT_EQ(pf().sent.size(), 2u) << c.message;
         for (const std::string &error : qdtest::ledger_errors()) ADD_FAILURE() << c.message << ": " << error;
     }
-}
-
-TEST_F(InternalStatsTest, MessagesAreCutToSeventyNineCharacters) {
-    pf().error_texts[0x40aa0004] = "the statistics agent of this slot did not answer in time";
-    pf().replies.push_back(Reply::bytes(kNifOfSlot3));
-    pf().replies.push_back(Reply::recv_failure(0x40aa0004));
-    run("Ethernet100/1/48%s");
-    const std::string full =
-        "Cmd recv failed for Ethernet100/1/48%s with error code the statistics agent of this slot did not answer "
-        "in time\n";
-    EXPECT_EQ(pf().printed, full.substr(0, 79));
 }
 
 // Fails the allocation numbered `fail_at` (0 = the first), and keeps count
