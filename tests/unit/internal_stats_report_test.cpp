@@ -244,35 +244,25 @@ TEST_F(InternalStatsReportTest, PortMapListsEnifThenIhifThenInifInGlbIdxOrder) {
     EXPECT_EQ(Tables::row(t.n2h_ctrl, 3, 1), (Row{0, 0, 0}));
 }
 
-TEST_F(InternalStatsReportTest, ALaterRecordOfTheSameClassAndIndexOverwrites) {
+TEST_F(InternalStatsReportTest, RepeatsOverwriteAndRecordsWithoutAPlaceAreLeftOut) {
+    // The second eNIF 0 overwrites the first; iHIF 1 (one iHIF) would land
+    // on the position of iNIF 0; eNIF 9 has no row at all. eNIF position 2
+    // and row 2 have no port behind them.
     Port first = counted(enif(0), 0x100), second = counted(enif(0), 0x900);
     first.port_id = 1, second.port_id = 2;
-    const Bytes recs = records({first, second});
-    Tables t(2, 2);
-    t.process(recs, 2, {2, 0, 0});
-    EXPECT_EQ(Tables::row(t.n2h_ctrl, 3, 0), (Row{0x901, 0, 0}));
-    EXPECT_EQ(Tables::row(t.h2n_drop, 4, 0), (Row{0, 0, 0, 0x908}));
-    EXPECT_EQ(t.port_map[0].port_id, 2);
-    // Row 1 has no port; position 1 of the map was filled by none and is
-    // not printed.
-    EXPECT_EQ(Tables::row(t.n2h_ctrl, 3, 1), (Row{0, 0, 0}));
-    EXPECT_EQ(map_lines(pf().printed).size(), 1u);
-}
-
-TEST_F(InternalStatsReportTest, RecordsWhoseIndexIsNotBelowTheirClassCountAreLeftOut) {
-    // iHIF 1 with one iHIF would land on the position of iNIF 0; eNIF 9 has
-    // no row at all.
-    const Bytes recs = records({counted(enif(0), 0x100), counted(enif(1), 0x200), counted(ihif(1), 0x300),
+    const Bytes recs = records({first, counted(enif(1), 0x200), second, counted(ihif(1), 0x300),
                                 counted(inif(0), 0x400), counted(enif(9), 0x500)});
-    Tables t(3, 5);
-    t.process(recs, 5, {3, 1, 1});
-    EXPECT_EQ(Tables::row(t.n2h_ctrl, 3, 0), (Row{0x101, 0, 0x401}));
+    Tables t(4, 6);
+    t.process(recs, 6, {4, 1, 1});
+    EXPECT_EQ(Tables::row(t.n2h_ctrl, 3, 0), (Row{0x901, 0, 0x401}));
+    EXPECT_EQ(Tables::row(t.h2n_drop, 4, 0), (Row{0x408, 0, 0, 0x908}));
     EXPECT_EQ(Tables::row(t.n2h_ctrl, 3, 1), (Row{0x201, 0, 0}));
     EXPECT_EQ(Tables::row(t.n2h_ctrl, 3, 2), (Row{0, 0, 0}));
-    EXPECT_EQ(t.port_map[4].port_kind, 2);
-    EXPECT_EQ(t.port_map[4].glb_idx, 0);
+    EXPECT_EQ(t.port_map[0].port_id, 2);
+    EXPECT_EQ(t.port_map[5].port_kind, 2);
     const auto lines = map_lines(pf().printed);
-    ASSERT_EQ(lines.size(), 3u);
+    ASSERT_EQ(lines.size(), 3u);  // eNIF 0, eNIF 1, iNIF 0
+    EXPECT_EQ(lines[0], " eNIF     " + cell("0", 9) + cell("0", 9) + cell("NIF", 9) + cell("2", 9));
     EXPECT_EQ(lines[2].substr(0, 10), " iNIF     ");
 }
 
@@ -281,18 +271,13 @@ TEST_F(InternalStatsReportTest, CountersAreSixtyFourBitsLowWordFirst) {
     const Bytes counter = {0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x02};
     std::copy(counter.begin(), counter.end(), recs.begin() + 12);  // ctrl_rcvd
     Tables t(1, 1);
+    t.process(recs, 0, {1, 0, 0});  // no records: nothing placed, printed or flushed
+    EXPECT_EQ(t.n2h_ctrl[0], ~0ull);
+    EXPECT_EQ(pf().printer_calls.size(), 0u);
+    EXPECT_EQ(pf().flushes, 0u);
     t.process(recs, 1, {1, 0, 0});
     EXPECT_EQ(t.n2h_ctrl[0], 8589934593ull);
     EXPECT_NE(pf().printed.find(cell("0", 7) + cell("8589934593", 14)), std::string::npos);
-}
-
-TEST_F(InternalStatsReportTest, NoRecordsMeansNothingPlacedPrintedOrFlushed) {
-    const Bytes recs = records({enif(0)});
-    Tables t(1, 1);
-    t.process(recs, 0, {1, 0, 0});
-    EXPECT_EQ(pf().printer_calls.size(), 0u);
-    EXPECT_EQ(pf().flushes, 0u);
-    EXPECT_EQ(t.n2h_ctrl[0], ~0ull);
 }
 
 }  // namespace
