@@ -49,18 +49,11 @@ const std::set<std::string> kHandlers = {
 // Handlers whose families are not in this build yet. Each is listed here
 // explicitly so that a missing export is never silent; an entry that the
 // library does export is reported as stale. Empty once every family is in.
-const std::set<std::string> kPendingHandlers = {
-    "qd_cli_show_queuing_if",
-    "qd_cli_show_internal_stats",
-    "qd_count_ports",
-    "qd_process_internal_stats",
-};
+const std::set<std::string> kPendingHandlers = {};
 
 // Platform operations that only the pending handlers call: until they are in,
 // the library has no reference to these at all. Same rules as above.
-const std::set<std::string> kPendingPlatformOps = {
-    "if_index_sat_get_sat_from_slot",
-};
+const std::set<std::string> kPendingPlatformOps = {};
 
 // Libraries the handlers may need: the C and C++ runtimes, and the runtimes
 // of a sanitizer build.
