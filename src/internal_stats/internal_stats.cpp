@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "frame/exchange.hpp"
+#include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
 #include "frame/printer.hpp"
@@ -95,17 +96,7 @@ std::int32_t show_internal_stats(cmd_paraminfo *pinfo, std::uint32_t if_index, c
     {
         ReceivedMessage reply(mts_handle);
         const ExchangeResult exchange = qd_exchange(mts_handle, QD_CLI_CMD_GET_NIF_PORT, if_index, 0, Reply::read, reply);
-        switch (exchange.outcome) {
-        case Outcome::send_failed:
-        case Outcome::recv_failed:
-            tell(out, "%s\n", error_text(exchange.error));
-            return exchange.error;
-        case Outcome::empty_payload:
-            tell(out, "mts payload is empty");
-            return 0;
-        case Outcome::ok:
-            break;
-        }
+        if (const auto status = told_on_printer(out, exchange, kMessageBuffer)) return *status;
         const PayloadReader payload = reply.payload();
         if (!payload.covers(0, kNifReplySize)) {
             tell(out, "Truncated NIF port reply: %zu of %zu bytes\n", payload.length(), kNifReplySize);

@@ -3,6 +3,7 @@
 #include "queuing/ethernet_report.hpp"
 
 #include "frame/exchange.hpp"
+#include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
 #include "frame/platform_query.hpp"
@@ -121,19 +122,7 @@ std::int32_t show_queuing_if(cmd_paraminfo *pinfo, std::uint32_t if_index, const
     ReceivedMessage reply(pinfo->mts_handle);
     const ExchangeResult exchange =
         qd_exchange(pinfo->mts_handle, QD_CLI_CMD_SHOW_IF_QUEUING, if_index, 0, Reply::read, reply);
-    switch (exchange.outcome) {
-    case Outcome::send_failed:
-    case Outcome::recv_failed:
-        out.formatted(kMessageBuffer, "%s\n", error_text(exchange.error));
-        out.flush();
-        return exchange.error;
-    case Outcome::empty_payload:
-        out.literal("mts payload is empty");
-        out.flush();
-        return 0;
-    case Outcome::ok:
-        break;
-    }
+    if (const auto status = told_on_printer(out, exchange, kMessageBuffer)) return *status;
 
     const PayloadReader payload = reply.payload();
     if (queuing_reply_unsupported(payload)) {
