@@ -103,6 +103,8 @@ std::vector<std::string> check_ledger(std::uint32_t mts_handle);
 // The switch's complaints about how it was used (also written to standard
 // error as they happen), since the last call.
 std::vector<std::string> take_diagnostics();
+// Whether diagnostics are also written to standard error (on by default).
+void set_diagnostics_echo(bool echo);
 
 OutputMode output_mode();
 
