@@ -51,16 +51,6 @@ protected:
     }
 };
 
-// The text between the first line that starts with `from` and the next
-// blank line (or the end).
-inline std::string section(const std::string &text, const std::string &from) {
-    std::size_t at = text.rfind(from, 0) == 0 ? 0 : text.find("\n" + from);
-    if (at == std::string::npos) return {};
-    if (at != 0) ++at;
-    const std::size_t end = text.find("\n\n", at);
-    return text.substr(at, end == std::string::npos ? std::string::npos : end + 1 - at);
-}
-
 inline std::size_t occurrences(const std::string &text, const std::string &what) {
     std::size_t n = 0;
     for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
