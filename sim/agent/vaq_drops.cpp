@@ -10,12 +10,14 @@
 // drop bytes per ASIC from offset 5 (ASIC a, SS s at 5 + 12 a + s); bytes
 // no ASIC or SS uses are 0. An ASIC with no SS answers SS count 0, "not
 // supported for that ASIC"; an extender without `asics` answers A = 0, "not
-// supported". The hardware counters saturate at 15: a count that a rate
-// has pushed past 15 is reported as 15, never rolled over.
+// supported". The hardware counters saturate at 15 and never roll over: a
+// scenario sets them (0 to 15), and a count carried past 15 by a rate
+// written outside the section reads as 15.
 //
 // The header status is not read by the report; it is 0 for an answer and
-// `unsupported` for the refusal, which still carries A = 0 so that the
-// report says "not supported" rather than finding a short reply.
+// `unsupported` for the refusal (a line card's agent, or the "unsupported"
+// fault), which still carries A = 0 so that the report says "not supported"
+// rather than finding a short reply.
 #include <algorithm>
 #include <string>
 
