@@ -1,0 +1,282 @@
+// Multicast WRR queue CoS map: configure, remove and show.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "double/fixture.hpp"
+#include "qdcli/handlers.h"
+#include "qdcli/wire.h"
+
+namespace {
+
+using qdtest::Bytes;
+using qdtest::Command;
+using qdtest::Reply;
+using qdtest::capture_stdout;
+
+// A daemon request: code, three zero bytes, if_index and arg in host order.
+Bytes daemon_request(std::uint8_t code, std::uint32_t if_index, std::uint32_t arg) {
+    Bytes b = {code, 0, 0, 0};
+    const Bytes i = qdtest::host32_bytes(if_index), a = qdtest::host32_bytes(arg);
+    b.insert(b.end(), i.begin(), i.end());
+    b.insert(b.end(), a.begin(), a.end());
+    return b;
+}
+
+// The show reply of the document's sample: CoS 0-2 on queue 0, CoS 3 on
+// queue 1, none on queue 2, CoS 4-7 on queue 3. Bytes 0-3 are not read.
+const Bytes kSampleReply = {0x01, 0x02, 0x03, 0x00, 0, 0, 0, 1, 3, 3, 3, 3};
+const std::string kSampleOutput =
+    "MCAST Queue ID\t\t Cos Map\n"
+    "0\t\t\t0 1 2 \n"
+    "1\t\t\t3 \n"
+    "2\t\t\t\n"
+    "3\t\t\t4 5 6 7 \n";
+
+class CosMapTest : public qdtest::PlatformTest {
+protected:
+    std::int32_t status = -12345;
+
+    // A fresh platform and an empty platform-type cache, within one test.
+    void fresh() {
+        qdtest::reset();
+        qdcli::platform_type_cache_reset();
+    }
+
+    std::string run(std::int32_t (*handler)(cmd_paraminfo *), Command &command) {
+        return capture_stdout([&] { status = handler(command.info()); });
+    }
+};
+
+TEST_F(CosMapTest, ConfigureSendsTheMapValueToTheDaemon) {
+    pf().platform_type = 1;
+    pf().replies.push_back(Reply::bytes({0, 0, 0, 0}));
+    Command command;
+    command.handle(0x77).arg_u8(PARAM_TYPE_QUEUE, 2).arg_u8(PARAM_TYPE_COS, 3).arg_u8(PARAM_TYPE_COS, 5);
+    EXPECT_EQ(run(qd_cli_conf_wrrqueue_cosmap, command), "");
+    EXPECT_EQ(status, 0);
+    ASSERT_EQ(pf().sent.size(), 1u);
+    const auto &sent = pf().sent[0];
+    EXPECT_EQ(sent.handle, 0x77u);
+    EXPECT_EQ(sent.node, 0xfe000000u);
+    EXPECT_EQ(sent.sap, 612u);
+    EXPECT_EQ(sent.opcode, 0x20002u);
+    EXPECT_EQ(sent.payload, daemon_request(19, 0, 0x00000228));
+    EXPECT_TRUE(sent.received);
+    EXPECT_EQ(sent.recv_opts.word[0], 1u);
+    EXPECT_EQ(sent.recv_opts.word[2], 0u);
+}
+
+TEST_F(CosMapTest, MapValueRules) {
+    struct Case {
+        const char *what;
+        std::vector<std::pair<std::uint32_t, std::uint8_t>> args;  // (param_type, value)
+        std::uint32_t expected;
+    };
+    const Case cases[] = {
+        {"no arguments", {}, 0},
+        {"other kinds ignored", {{18, 7}, {2, 1}, {21, 3}}, 0},
+        {"CoS 33 is bit 1", {{PARAM_TYPE_COS, 33}}, 0x2},
+        {"CoS 31 is bit 31", {{PARAM_TYPE_COS, 31}}, 0x80000000u},
+        {"CoS twice, one bit", {{PARAM_TYPE_COS, 4}, {PARAM_TYPE_COS, 4}}, 0x10},
+        {"queues OR-ed, not replaced", {{PARAM_TYPE_QUEUE, 1}, {PARAM_TYPE_QUEUE, 2}}, 0x300},
+        {"order does not matter", {{PARAM_TYPE_COS, 0}, {PARAM_TYPE_QUEUE, 3}, {PARAM_TYPE_COS, 7}}, 0x381},
+    };
+    for (const Case &c : cases) {
+        for (auto handler : {qd_cli_conf_wrrqueue_cosmap, qd_cli_no_wrrqueue_cosmap}) {
+            SCOPED_TRACE(c.what);
+            fresh();
+            pf().platform_type = 1;
+            pf().replies.push_back(Reply::bytes({0}));
+            Command command;
+            for (const auto &[type, value] : c.args) command.arg_u8(type, value);
+            run(handler, command);
+            EXPECT_EQ(status, 0);
+            ASSERT_EQ(pf().sent.size(), 1u);
+            const std::uint8_t code = handler == qd_cli_conf_wrrqueue_cosmap ? 19 : 21;
+            EXPECT_EQ(pf().sent[0].payload, daemon_request(code, 0, c.expected));
+        }
+    }
+}
+
+TEST_F(CosMapTest, ArgumentWithoutValueIsSkipped) {
+    pf().platform_type = 0;
+    pf().replies.push_back(Reply::bytes({0}));
+    Command command;
+    command.arg_null(PARAM_TYPE_COS).arg_u8(PARAM_TYPE_COS, 2);
+    run(qd_cli_conf_wrrqueue_cosmap, command);
+    ASSERT_EQ(pf().sent.size(), 1u);
+    EXPECT_EQ(pf().sent[0].payload, daemon_request(19, 0, 0x4));
+}
+
+TEST_F(CosMapTest, NegatedConfigureIsHandedToTheRemoveAndReturnsZero) {
+    pf().platform_type = 1;
+    pf().replies.push_back(Reply::send_failure(0x40aa0007));
+    pf().error_texts[0x40aa0007] = "no route to service";
+    Command command;
+    command.no_form().arg_u8(PARAM_TYPE_QUEUE, 1).arg_u8(PARAM_TYPE_COS, 6);
+    EXPECT_EQ(run(qd_cli_conf_wrrqueue_cosmap, command), "no route to service\n");
+    EXPECT_EQ(status, 0);  // the remove's failure is not passed on
+    ASSERT_EQ(pf().sent.size(), 1u);
+    EXPECT_EQ(pf().sent[0].payload, daemon_request(21, 0, 0x140));
+}
+
+TEST_F(CosMapTest, RemoveCalledDirectlyIsNeverRefusedNorAsksThePlatform) {
+    for (std::int32_t type : {0, 2, 3}) {
+        fresh();
+        pf().platform_type = type;
+        pf().replies.push_back(Reply::bytes({0}));
+        Command command;
+        command.arg_u8(PARAM_TYPE_COS, 1);
+        EXPECT_EQ(run(qd_cli_no_wrrqueue_cosmap, command), "");
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(pf().platform_type_queries, 0);
+        ASSERT_EQ(pf().sent.size(), 1u);
+        EXPECT_EQ(pf().sent[0].payload, daemon_request(21, 0, 0x2));
+    }
+}
+
+TEST_F(CosMapTest, PlatformRefusalsRunOppositeWays) {
+    struct Case {
+        std::int32_t type;
+        std::int32_t rc;  // sse_call result
+        bool configure_offered;
+    };
+    const Case cases[] = {{-7, -1, true}, {0, 0, true}, {1, 0, true}, {2, 0, false}, {3, 0, false}, {9, 0, false}};
+    for (const Case &c : cases) {
+        for (bool negated : {false, true}) {
+            SCOPED_TRACE("platform type " + std::to_string(c.type) + (negated ? " negated" : ""));
+            // Configure (and the negated form through it).
+            fresh();
+            pf().platform_type = c.type;
+            pf().platform_type_rc = c.rc;
+            pf().replies.push_back(Reply::bytes({0}));
+            Command conf;
+            conf.no_form(negated).arg_u8(PARAM_TYPE_COS, 0);
+            const std::string out = run(qd_cli_conf_wrrqueue_cosmap, conf);
+            EXPECT_EQ(status, 0);
+            EXPECT_EQ(out, c.configure_offered ? "" : "Command not supported on this platform\n");
+            EXPECT_EQ(pf().sent.size(), c.configure_offered ? 1u : 0u);
+            pf().replies.clear();
+        }
+        // Show.
+        fresh();
+        pf().platform_type = c.type;
+        pf().platform_type_rc = c.rc;
+        pf().replies.push_back(Reply::bytes(kSampleReply));
+        Command show;
+        const std::string out = run(qd_cli_show_wrrqueue_cosmap, show);
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(out, c.configure_offered ? "Command not supported on this platform\n" : kSampleOutput);
+        EXPECT_EQ(pf().sent.size(), c.configure_offered ? 0u : 1u);
+        pf().replies.clear();
+    }
+}
+
+TEST_F(CosMapTest, NullRecordReturnsOneAndDoesNothing) {
+    const std::string out = capture_stdout([] {
+        EXPECT_EQ(qd_cli_conf_wrrqueue_cosmap(nullptr), 1);
+        EXPECT_EQ(qd_cli_no_wrrqueue_cosmap(nullptr), 1);
+        EXPECT_EQ(qd_cli_show_wrrqueue_cosmap(nullptr), 1);
+    });
+    EXPECT_EQ(out, "");
+    EXPECT_TRUE(pf().sent.empty());
+    EXPECT_EQ(pf().platform_type_queries, 0);
+}
+
+TEST_F(CosMapTest, TransportFailuresPrintTheErrorTextOnItsOwnLine) {
+    struct Case {
+        std::int32_t (*handler)(cmd_paraminfo *);
+        std::int32_t platform_type;
+    };
+    const Case handlers[] = {{qd_cli_conf_wrrqueue_cosmap, 1}, {qd_cli_no_wrrqueue_cosmap, 1},
+                             {qd_cli_show_wrrqueue_cosmap, 2}};
+    for (const Case &h : handlers) {
+        for (bool on_send : {true, false}) {
+            SCOPED_TRACE(on_send ? "send" : "receive");
+            fresh();
+            pf().platform_type = h.platform_type;
+            const std::int32_t code = on_send ? 0x41020005 : 0x41020006;
+            pf().error_texts[code] = "queue 100% busy %s%n";  // printed as it stands
+            pf().replies.push_back(on_send ? Reply::send_failure(code) : Reply::recv_failure(code));
+            Command command;
+            EXPECT_EQ(run(h.handler, command), "queue 100% busy %s%n\n");
+            EXPECT_EQ(status, code);
+            ASSERT_EQ(pf().sent.size(), 1u);
+            EXPECT_EQ(pf().sent[0].received, !on_send);
+        }
+    }
+}
+
+TEST_F(CosMapTest, ConfigureDoesNotReadTheReply) {
+    pf().platform_type = 1;
+    pf().replies.push_back(Reply::empty());
+    Command command;
+    EXPECT_EQ(run(qd_cli_conf_wrrqueue_cosmap, command), "");
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(CosMapTest, ShowPrintsTheDocumentSampleInFiveLines) {
+    pf().replies.push_back(Reply::bytes(kSampleReply));
+    Command command;
+    command.handle(9);
+    EXPECT_EQ(run(qd_cli_show_wrrqueue_cosmap, command), kSampleOutput);
+    EXPECT_EQ(status, 0);
+    ASSERT_EQ(pf().sent.size(), 1u);
+    EXPECT_EQ(pf().sent[0].handle, 9u);
+    EXPECT_EQ(pf().sent[0].payload, daemon_request(20, 0, 0));
+}
+
+TEST_F(CosMapTest, ShowRowsOfQueuesWithoutCosAndOutOfRangeQueues) {
+    // CoS 0 and 7 name queues 4 and 0xff: they appear in no row. Bytes
+    // after the map are ignored.
+    pf().replies.push_back(Reply::bytes({0, 0, 0, 0, 4, 2, 2, 1, 1, 2, 1, 0xff, 0, 0, 0}));
+    Command command;
+    EXPECT_EQ(run(qd_cli_show_wrrqueue_cosmap, command),
+              "MCAST Queue ID\t\t Cos Map\n"
+              "0\t\t\t\n"
+              "1\t\t\t3 4 6 \n"
+              "2\t\t\t1 2 5 \n"
+              "3\t\t\t\n");
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(CosMapTest, ShowWithEmptyPayload) {
+    pf().replies.push_back(Reply::empty());
+    Command command;
+    EXPECT_EQ(run(qd_cli_show_wrrqueue_cosmap, command), "mts payload is empty");
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(CosMapTest, ShortShowReplyIsRefusedWithoutReadingPastItsEnd) {
+    // The payload ends at an inaccessible page: a read past it would fault.
+    for (const Bytes &reply : {Bytes{0, 0, 0, 0, 0, 0, 0, 1, 3, 3, 3}, Bytes{0, 0, 0, 0}, Bytes{7}}) {
+        fresh();
+        pf().replies.push_back(Reply::bytes(reply));
+        Command command;
+        EXPECT_EQ(run(qd_cli_show_wrrqueue_cosmap, command),
+                  "mts payload is too short: " + std::to_string(reply.size()) + " bytes received, 12 needed\n");
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(qdtest::live_messages(), 0u);
+    }
+}
+
+TEST_F(CosMapTest, PlatformTypeIsAskedOnceAcrossCommands) {
+    pf().replies.push_back(Reply::bytes(kSampleReply));
+    pf().replies.push_back(Reply::bytes(kSampleReply));
+    Command command;
+    run(qd_cli_show_wrrqueue_cosmap, command);
+    run(qd_cli_show_wrrqueue_cosmap, command);
+    EXPECT_EQ(pf().platform_type_queries, 1);
+    run(qd_cli_conf_wrrqueue_cosmap, command);  // refused from the cache
+    EXPECT_EQ(pf().platform_type_queries, 1);
+}
+
+TEST_F(CosMapTest, PlatformAnsweringZeroIsAskedEveryTime) {
+    pf().platform_type = 0;
+    Command command;
+    for (int i = 0; i < 3; ++i) run(qd_cli_show_wrrqueue_cosmap, command);
+    EXPECT_EQ(pf().platform_type_queries, 3);
+}
+
+}  // namespace

@@ -1,0 +1,82 @@
+// Help, range and default callbacks of the queue-limit parameter.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <set>
+
+#include "double/fixture.hpp"
+#include "qdcli/handlers.h"
+
+namespace {
+
+// The large-queue cards, as listed in the document.
+const std::set<std::uint16_t> kListed = {176, 182, 183, 206, 222, 223, 237, 248, 249, 267, 268, 269, 271,
+                                         272, 282, 283, 300, 302, 314, 315, 316, 317, 318, 319, 333, 337};
+
+class QosLimitTest : public qdtest::PlatformTest {
+protected:
+    // {lowest, highest} for the card the platform reports.
+    std::pair<std::uint32_t, std::uint32_t> range_for(std::uint16_t card) {
+        pf().card_id = card;
+        std::uint32_t range[2] = {0xdeadbeef, 0xdeadbeef};
+        EXPECT_EQ(qdcli_interface_qoslimit_range_get(nullptr, nullptr, range), 1);
+        return {range[0], range[1]};
+    }
+    std::uint32_t default_for(std::uint32_t card) {
+        pf().sw_card_id = card;
+        std::uint32_t record[2] = {0x5a5a5a5a, 0xdeadbeef};
+        EXPECT_EQ(qdcli_pdcli_cmd_qd_def_get(nullptr, nullptr, record), 1);
+        EXPECT_EQ(record[0], 0x5a5a5a5au);  // the shell's word is left alone
+        return record[1];
+    }
+};
+
+TEST_F(QosLimitTest, HelpTextIsAFreshAllocationEachTime) {
+    char *first = qdcli_interface_qoslimit_help_get(nullptr, nullptr);
+    char *second = qdcli_interface_qoslimit_help_get(nullptr, nullptr);
+    ASSERT_NE(first, nullptr);
+    ASSERT_NE(second, nullptr);
+    EXPECT_NE(first, second);
+    EXPECT_EQ(std::memcmp(first, "Size of tcam", 13), 0);  // the NUL included
+    EXPECT_STREQ(second, "Size of tcam");
+    std::free(first);
+    std::free(second);
+}
+
+TEST_F(QosLimitTest, ListedAndUnlistedCards) {
+    EXPECT_EQ(range_for(176), std::make_pair(24u, 3582u));
+    EXPECT_EQ(range_for(337), std::make_pair(24u, 3582u));
+    EXPECT_EQ(range_for(184), std::make_pair(7u, 3582u));
+    EXPECT_EQ(default_for(176), 0u);
+    EXPECT_EQ(default_for(337), 0u);
+    EXPECT_EQ(default_for(184), 1u);
+}
+
+TEST_F(QosLimitTest, EveryListedCardAndItsNeighbours) {
+    for (unsigned card = 0; card <= 400; ++card) {
+        const bool listed = kListed.count(static_cast<std::uint16_t>(card)) != 0;
+        SCOPED_TRACE(card);
+        EXPECT_EQ(range_for(static_cast<std::uint16_t>(card)).first, listed ? 24u : 7u);
+        EXPECT_EQ(default_for(card), listed ? 0u : 1u);
+    }
+    EXPECT_EQ(range_for(0xffff), std::make_pair(7u, 3582u));
+}
+
+TEST_F(QosLimitTest, FailingCardQueryKeepsTheOrdinaryRange) {
+    pf().card_query_rc = -1;
+    EXPECT_EQ(range_for(176), std::make_pair(7u, 3582u));
+}
+
+TEST_F(QosLimitTest, DefaultUsesTheLowSixteenBitsOfTheCardIdentifier) {
+    EXPECT_EQ(default_for(0x10000u + 176), 0u);
+    EXPECT_EQ(default_for(0xabcd0000u + 337), 0u);
+    EXPECT_EQ(default_for(0x10000u + 184), 1u);
+}
+
+TEST_F(QosLimitTest, NullRecordsAreLeftAlone) {
+    EXPECT_EQ(qdcli_interface_qoslimit_range_get(nullptr, nullptr, nullptr), 1);
+    EXPECT_EQ(qdcli_pdcli_cmd_qd_def_get(nullptr, nullptr, nullptr), 1);
+}
+
+}  // namespace

@@ -1,0 +1,254 @@
+// The handler frame: payload reader, bounded strings, interface checks,
+// printer and the platform-type cache.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include "double/fixture.hpp"
+#include "frame/bounded_string.hpp"
+#include "frame/guard.hpp"
+#include "frame/platform_query.hpp"
+#include "frame/printer.hpp"
+#include "frame/reader.hpp"
+
+namespace {
+
+using qdcli::PayloadReader;
+using qdtest::capture_stdout;
+
+constexpr std::size_t kHuge = std::numeric_limits<std::size_t>::max();
+
+// ---------------------------------------------------------------------------
+// PayloadReader: bytes past the given length are never read.
+
+TEST(FrameReader, CoversComparesLengthsWithoutOverflow) {
+    const std::uint8_t bytes[8] = {};
+    const PayloadReader r(bytes, 6);
+    EXPECT_TRUE(r.covers(0, 6));
+    EXPECT_TRUE(r.covers(6, 0));
+    EXPECT_TRUE(r.covers(2, 4));
+    EXPECT_FALSE(r.covers(3, 4));
+    EXPECT_FALSE(r.covers(6, 1));
+    EXPECT_FALSE(r.covers(7, 0));
+    EXPECT_FALSE(r.covers(kHuge, 1));      // offset + count wraps to 0
+    EXPECT_FALSE(r.covers(1, kHuge));      // would wrap to 0 as well
+    EXPECT_FALSE(r.covers(kHuge, kHuge));
+    EXPECT_FALSE(r.covers(kHuge - 2, 4));  // wraps to 1
+}
+
+TEST(FrameReader, ReadsUpToTheEndAndNotOneBytePast) {
+    // The reader sees 6 of the 10 bytes; the rest must stay invisible.
+    const std::uint8_t bytes[10] = {0x12, 0x34, 0x56, 0x78, 0x9a, 0xbc, 0xde, 0xf0, 0x11, 0x22};
+    const PayloadReader r(bytes, 6);
+    EXPECT_EQ(r.u8(5), 0xbc);
+    EXPECT_EQ(r.u8(6), 0);
+    EXPECT_EQ(r.be16(4), 0x9abc);
+    EXPECT_EQ(r.be16(5), 0);
+    EXPECT_EQ(r.be32(2), 0x56789abcu);
+    EXPECT_EQ(r.be32(3), 0u);
+    std::uint32_t host = 0;
+    std::memcpy(&host, bytes + 2, 4);
+    EXPECT_EQ(r.host32(2), host);
+    EXPECT_EQ(r.host32(3), 0u);
+    EXPECT_EQ(r.host16(5), 0);
+    EXPECT_EQ(r.be64_low_first(0), 0u);  // needs 8 bytes, 6 present
+    for (std::size_t offset : {kHuge, kHuge - 1, kHuge - 3, kHuge - 7}) {
+        EXPECT_EQ(r.u8(offset), 0);
+        EXPECT_EQ(r.be16(offset), 0);
+        EXPECT_EQ(r.be32(offset), 0u);
+        EXPECT_EQ(r.host32(offset), 0u);
+        EXPECT_EQ(r.be64_low_first(offset), 0u);
+        EXPECT_EQ(r.host64_low_first(offset), 0u);
+    }
+}
+
+TEST(FrameReader, SixtyFourBitCountersLowWordFirst) {
+    const std::uint8_t be[9] = {0xff, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x02};
+    EXPECT_EQ(PayloadReader(be, 9).be64_low_first(1), 0x0000000200000001ull);
+    std::uint8_t host[8];
+    const std::uint32_t low = 0x89abcdefu, high = 0x01234567u;
+    std::memcpy(host, &low, 4);
+    std::memcpy(host + 4, &high, 4);
+    EXPECT_EQ(PayloadReader(host, 8).host64_low_first(0), 0x0123456789abcdefull);
+}
+
+TEST(FrameReader, SubViewsAndNullData) {
+    const std::uint8_t bytes[4] = {1, 2, 3, 4};
+    const PayloadReader r(bytes, 4);
+    EXPECT_EQ(r.from(1).length(), 3u);
+    EXPECT_EQ(r.from(1).be16(1), 0x0304);
+    EXPECT_TRUE(r.from(4).empty());
+    EXPECT_TRUE(r.from(kHuge).empty());
+    const PayloadReader none(nullptr, 100);  // a length without data is no payload
+    EXPECT_TRUE(none.empty());
+    EXPECT_FALSE(none.covers(0, 1));
+    EXPECT_EQ(none.be32(0), 0u);
+}
+
+// ---------------------------------------------------------------------------
+// Bounded strings: whatever does not fit is cut, never the whole text lost.
+
+TEST(FrameBoundedString, AppendThatDoesNotFitIsCut) {
+    char dest[8] = "abc";
+    EXPECT_EQ(qdcli::strncat_s(dest, sizeof dest, "defghijk", 100), 1);
+    EXPECT_STREQ(dest, "abcdefg");
+    EXPECT_EQ(qdcli::strncat_s(dest, sizeof dest, "x", 1), 1);  // already full
+    EXPECT_STREQ(dest, "abcdefg");
+}
+
+TEST(FrameBoundedString, CopyAndAppendWithinBounds) {
+    char dest[16];
+    EXPECT_EQ(qdcli::strncpy_s(dest, sizeof dest, "clear ", 100), 0);
+    EXPECT_EQ(qdcli::strncat_s(dest, sizeof dest, "counters", 3), 0);  // count limits the source
+    EXPECT_STREQ(dest, "clear cou");
+    EXPECT_EQ(qdcli::strncpy_s(dest, sizeof dest, "0123456789abcdefXYZ", 100), 1);
+    EXPECT_STREQ(dest, "0123456789abcde");
+    EXPECT_EQ(qdcli::strnlen_s(dest, sizeof dest), 15u);
+    EXPECT_EQ(qdcli::strnlen_s(dest, 4), 4u);
+    EXPECT_EQ(qdcli::strnlen_s(nullptr, 4), 0u);
+}
+
+TEST(FrameBoundedString, UnterminatedDestinationIsTerminatedWithinItsSize) {
+    char dest[6];
+    std::memset(dest, 'z', sizeof dest);
+    EXPECT_EQ(qdcli::strncat_s(dest, sizeof dest, "a", 1), 1);
+    EXPECT_EQ(std::string(dest), "zzzzz");
+    EXPECT_EQ(qdcli::strncpy_s(nullptr, 4, "a", 1), 1);
+    EXPECT_EQ(qdcli::strncat_s(dest, 0, "a", 1), 1);
+}
+
+// ---------------------------------------------------------------------------
+// Interface checks of the per-interface handlers.
+
+class FrameInterfaceCheck : public qdtest::PlatformTest {};
+
+TEST_F(FrameInterfaceCheck, RefusalsAndAcceptedTypes) {
+    pf().add_interface(0x1a000000u, 26, "Ethernet1/1");
+    pf().add_interface(0x1a000001u, 26, "Ethernet1/1.5", 0, true);
+    pf().add_interface(0x01000002u, 1, "port1", 0, true);  // type 1: no sub-interface test
+    pf().add_interface(0x1f000003u, 31, "Ethernet101/1/1");
+    struct Case {
+        std::uint32_t if_index;
+        const char *output;
+        bool accepted;
+        std::uint8_t type;
+        const char *name;
+    };
+    const Case cases[] = {
+        {0, "Invalid interface\n", false, 0, ""},
+        {0x1a000001u, "Command not allowed on sub-interface! \n", false, 26, ""},
+        {0x1a000000u, "", true, 26, "Ethernet1/1"},
+        {0x01000002u, "", true, 1, "port1"},
+        {0x1f000003u, "", true, 31, "Ethernet101/1/1"},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.if_index);
+        qdcli::CheckedInterface checked;
+        EXPECT_EQ(capture_stdout([&] { checked = qdcli::check_interface(c.if_index); }), c.output);
+        EXPECT_EQ(checked.accepted, c.accepted);
+        EXPECT_EQ(checked.type, c.type);
+        EXPECT_STREQ(checked.name, c.name);
+    }
+}
+
+TEST_F(FrameInterfaceCheck, LongNameIsCutToTheBuffer) {
+    pf().add_interface(0x1a000010u, 26, std::string(40, 'n'));
+    const qdcli::CheckedInterface checked = qdcli::check_interface(0x1a000010u);
+    ASSERT_TRUE(checked.accepted);
+    EXPECT_EQ(std::string(checked.name), std::string(31, 'n'));
+}
+
+// ---------------------------------------------------------------------------
+// Printer: text that is not a fixed format prints exactly as it stands.
+
+class FramePrinter : public qdtest::PlatformTest {};
+
+TEST_F(FramePrinter, LiteralTextWithPerCentSignsConsumesNoArguments) {
+    qdcli::Printer out(0x5eed);
+    out.literal("50% done, %s %d %n %%\n");
+    ASSERT_EQ(pf().printer_calls.size(), 1u);
+    EXPECT_EQ(pf().printer_calls[0].handle, 0x5eedu);
+    EXPECT_TRUE(pf().printer_calls[0].args.empty());
+    EXPECT_EQ(pf().printed, "50% done, %s %d %n %%\n");
+}
+
+TEST_F(FramePrinter, FormattedTextIsCutToItsBuffer) {
+    const std::string long_text(120, 'e');
+    qdcli::Printer out(1);
+    out.formatted(50, "%s\n", long_text.c_str());
+    out.formatted(80, "%s\n", long_text.c_str());
+    out.formatted(80, "%s\n", "short");
+    ASSERT_EQ(pf().printer_calls.size(), 3u);
+    EXPECT_EQ(pf().printer_calls[0].rendered, std::string(49, 'e'));
+    EXPECT_EQ(pf().printer_calls[1].rendered, std::string(79, 'e'));
+    EXPECT_EQ(pf().printer_calls[2].rendered, "short\n");
+}
+
+TEST_F(FramePrinter, FormattedPerCentSignsInArgumentsStayLiteral) {
+    qdcli::Printer out(1);
+    out.formatted(80, "%s\n", "link 100% %s%s%n");
+    EXPECT_EQ(pf().printed, "link 100% %s%s%n\n");
+}
+
+TEST_F(FramePrinter, TypedValuesTakeTheirConversionsWidth) {
+    qdcli::Printer out(3);
+    out.line("q %s|%-6s|%8s|%s\n", qdcli::u32(0x14ff0040u, 7), qdcli::text(0x30ff0041u, "ab"),
+             qdcli::u64(0x15ff0042u, 1ull << 40), qdcli::i32(0x11ff0043u, -1));
+    out.flush();
+    ASSERT_EQ(pf().printer_calls.size(), 1u);
+    const auto &call = pf().printer_calls[0];
+    ASSERT_EQ(call.args.size(), 4u);
+    EXPECT_EQ(call.args[0].length, 4u);
+    EXPECT_EQ(call.args[1].length, 3u);  // the NUL included
+    EXPECT_EQ(call.args[2].length, 8u);
+    EXPECT_EQ(call.args[3].length, 4u);
+    EXPECT_EQ(call.args[1].attr, 0x30ff0041u);
+    EXPECT_EQ(pf().delivered, "q 7|ab    |1099511627776|-1\n");
+}
+
+// ---------------------------------------------------------------------------
+// Platform-type cache: the only state kept between commands.
+
+class FramePlatformType : public qdtest::PlatformTest {};
+
+TEST_F(FramePlatformType, AskedOnceWhenTheAnswerIsNonZero) {
+    pf().platform_type = 3;
+    EXPECT_EQ(qd_cli_platform_type_get(), 3);
+    pf().platform_type = 1;  // a later answer is never asked for
+    EXPECT_EQ(qd_cli_platform_type_get(), 3);
+    EXPECT_EQ(pf().platform_type_queries, 1);
+}
+
+TEST_F(FramePlatformType, FailedQueryIsNotCached) {
+    pf().platform_type_rc = 0x4001;
+    EXPECT_EQ(qd_cli_platform_type_get(), -1);
+    EXPECT_EQ(qd_cli_platform_type_get(), -1);
+    pf().platform_type_rc = 0;
+    pf().platform_type = 2;
+    EXPECT_EQ(qd_cli_platform_type_get(), 2);
+    EXPECT_EQ(qd_cli_platform_type_get(), 2);
+    EXPECT_EQ(pf().platform_type_queries, 3);
+}
+
+TEST_F(FramePlatformType, AnswerOfZeroIsAskedAgain) {
+    pf().platform_type = 0;
+    EXPECT_EQ(qd_cli_platform_type_get(), 0);
+    EXPECT_EQ(qd_cli_platform_type_get(), 0);
+    EXPECT_EQ(pf().platform_type_queries, 2);
+}
+
+// ---------------------------------------------------------------------------
+// Nothing thrown inside a handler crosses the C boundary.
+
+TEST(FrameGuard, ExceptionsBecomeTheFailureValue) {
+    EXPECT_EQ(qdcli::guarded([]() -> int { throw std::runtime_error("x"); }, 7), 7);
+    EXPECT_EQ(qdcli::guarded([]() -> int { throw std::bad_alloc(); }, -1), -1);
+    EXPECT_EQ(qdcli::guarded([]() -> int { return 4; }, 7), 4);
+}
+
+}  // namespace
