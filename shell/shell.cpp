@@ -35,7 +35,7 @@ void out(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-std::string quoted(std::string_view s) {
+std::string in_quotes(std::string_view s) {
     return "\"" + std::string(s) + "\"";
 }
 
@@ -154,7 +154,7 @@ bool Shell::show_help(std::string_view before) const {
     const std::vector<Candidate> list = candidates(before);
     if (list.empty()) {
         const MatchResult m = match_line(before);
-        report_error(m.ok ? "nothing may follow " + quoted(before) : m.error);
+        report_error(m.ok ? "nothing may follow " + in_quotes(before) : m.error);
         return false;
     }
     std::string text;
@@ -308,7 +308,7 @@ bool Shell::call_handler(const Match &match) {
     std::fflush(stdout);
 
     const bool ok = c.success == Success::stream_end ? (status == -1 || status == 0) : status == 0;
-    if (!ok) report_error(quoted(c.pattern) + " failed (status " + status_text(status) + ")");
+    if (!ok) report_error(in_quotes(c.pattern) + " failed with status " + status_text(status));
     return ok;
 }
 
@@ -417,7 +417,7 @@ bool Shell::sim_show(const Match &match) {
         try {
             state = state.at(nlohmann::ordered_json::json_pointer(pointer));
         } catch (const std::exception &) {
-            report_error("sim show: no value at " + quoted(pointer));
+            report_error("sim show: no value at " + in_quotes(pointer));
             return false;
         }
     }
