@@ -194,8 +194,12 @@ int main(int argc, char **argv) {
         qdsim::set_output_mode(qdsim::OutputMode::text);
 
     qdsh::Shell shell(library);
-    // Command lines that handlers run through vsh_system2 take the same path.
-    qdsim::set_command_runner([&shell](const std::string &line) { return shell.run(line) ? 0 : 1; });
+    // Command lines that handlers run through vsh_system2 take the same path;
+    // a line qdsh does not know goes to the platform's own commands.
+    qdsim::set_command_runner([&shell](const std::string &line) {
+        if (!qdsh::match_line(line).ok) return qdsim::run_platform_command(line);
+        return shell.run(line) ? 0 : 1;
+    });
 
     bool ok = true;
     if (!options.commands.empty()) {

@@ -28,9 +28,6 @@ using PlainHandler = std::int32_t (*)();
 using HelpCallback = char *(*)(void *, void *);
 using RecordCallback = std::int32_t (*)(void *, void *, std::uint32_t *);
 
-// Where "qos queue-limit" keeps its value in the model.
-constexpr const char *kQueueLimitPath = "/qos/queue_limit";
-
 void out(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
@@ -390,18 +387,29 @@ bool Shell::queue_limit(const Match &match) {
                      " to " + std::to_string(r[1]));
         return false;
     }
-    std::string error;
-    if (!qdsim::set_state_value(kQueueLimitPath, std::to_string(value), error)) {
-        report_error("queue-limit: " + error);
-        return false;
-    }
+    // The simulated switch keeps no queue limit: the value is checked
+    // against the line card's range and goes nowhere.
     return true;
 }
 
 bool Shell::clear_pfc(const Match &match) {
-    (void)match;
-    report_error("clear interface priority-flow-control is not available in this simulator");
-    return false;
+    // The pause counters are the platform's: the simulator clears them with
+    // its own command line, one interface (canonical name) or all.
+    std::string line = "clear interface priority-flow-control";
+    if (!match.params.empty()) {
+        const InterfaceListResult r = resolve_interface(match.params[0].values.at(0), resolve);
+        if (!r.ok()) {
+            report_error(r.error);
+            return false;
+        }
+        line += " " + canonical_name(r.interfaces[0].if_index);
+    }
+    const int status = qdsim::run_platform_command(line);
+    if (status != 0) {
+        report_error(in_quotes(line) + " failed with status " + status_text(status));
+        return false;
+    }
+    return true;
 }
 
 bool Shell::sim_show(const Match &match) {

@@ -18,7 +18,8 @@ if [ -f "$dir/options" ]; then
   done <"$dir/options"
 fi
 for f in "$dir"/scenario*; do
-  [ -f "$f" ] && args+=(--scenario "$f")
+  # qdsh runs in the case directory: the relative name keeps messages portable.
+  [ -f "$f" ] && args+=(--scenario "$(basename "$f")")
 done
 if [ -f "$dir/commands" ]; then
   while IFS= read -r line || [ -n "$line" ]; do
