@@ -260,6 +260,16 @@ struct Walk {
     bool complete() const { return !failed && command != nullptr && elem == command->elements.size(); }
 };
 
+// A command word where an interface is expected ("show queuing interface
+// extended") is a misplaced word, not an interface of that name.
+bool is_command_word(std::string_view s) {
+    return std::any_of(std::begin(kWords), std::end(kWords), [&](const WordInfo &w) { return w.word == s; });
+}
+
+std::string not_an_interface(std::string_view s) {
+    return "expected an interface, not the command word " + quoted(s);
+}
+
 std::string check_small(std::string_view text, unsigned max, std::string_view what) {
     std::uint32_t v = 0;
     if (!parse_u32(text, v) || v > max)
@@ -344,12 +354,17 @@ Walk walk(const Command &c, const std::vector<Token> &toks, std::string_view lin
                 p.values.push_back(s + toks[t + 1].text);
                 t += 2;
             } else {
+                if (is_command_word(s)) return fail(not_an_interface(s)), w;
                 p.values.push_back(s);
                 ++t;
             }
             break;
         case ParamKind::interface_list:
-            for (; t < toks.size(); ++t) p.values.push_back(toks[t].text);
+            for (; t < toks.size(); ++t) {
+                const bool joined = is_alpha_word(toks[t].text) && t + 1 < toks.size() && starts_with_digit(toks[t + 1].text);
+                if (!joined && is_command_word(toks[t].text)) return fail(not_an_interface(toks[t].text)), w;
+                p.values.push_back(toks[t].text);
+            }
             w.list_open = true;
             break;
         case ParamKind::json_pointer:

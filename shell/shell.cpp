@@ -197,13 +197,6 @@ std::vector<std::string> Shell::complete(std::string_view line, std::size_t star
 
 bool Shell::call_handler(const Match &match) {
     const Command &c = *match.command;
-    const std::string name(c.handler);
-    void *symbol = library_.symbol(name);
-    if (symbol == nullptr) {
-        report_error("handler " + name + " is not available in " + library_.path());
-        return false;
-    }
-
     // Everything the user typed is checked before anything is sent.
     auto inv = std::make_unique<Invocation>();
     bool room = true;
@@ -273,6 +266,13 @@ bool Shell::call_handler(const Match &match) {
     }
     if (!room) {
         report_error("too many arguments (at most 255)");
+        return false;
+    }
+
+    const std::string name(c.handler);
+    void *symbol = library_.symbol(name);
+    if (symbol == nullptr) {
+        report_error("handler " + name + " is not available in " + library_.path());
         return false;
     }
 

@@ -7,7 +7,7 @@
 # With QDSH_E2E_UPDATE=1 the goldens are written from this run instead; read
 # every changed golden before committing it.
 set -u
-qdsh=$1
+qdsh=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
 dir=$(cd "$2" && pwd)
 name=$(basename "$dir")
 

@@ -167,6 +167,16 @@ TEST(Match, InterfaceForms) {
     EXPECT_EQ(matched("show queuing host-interface Ethernet101/1/1").call, Call::pinfo_if_name);
 }
 
+TEST(Match, ACommandWordIsNotTakenForAnInterface) {
+    // The extended form with a word too many is told as such, not as an
+    // interface list naming "extended".
+    EXPECT_EQ(error_of("show queuing interface eth1/1 extended now"),
+              "unexpected \"now\" after \"show queuing interface eth1/1 extended\"");
+    EXPECT_EQ(error_of("show queuing interface extended"), "expected an interface, not the command word \"extended\"");
+    // A type word written apart from its numbers is still an interface.
+    EXPECT_EQ(match_line("show queuing interface ethernet 1/1 ethernet 1/2").match.params.at(0).values.size(), 4u);
+}
+
 TEST(Match, DetailWordBecomesAnArgument) {
     const qdsh::MatchResult r = match_line("show system internal qd mem-stats detail");
     ASSERT_TRUE(r.ok) << r.error;
