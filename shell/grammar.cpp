@@ -95,7 +95,7 @@ const ParamInfo kParams[] = {
     {"NUMBER", ParamKind::number, "Number (decimal or 0x-hex)"},
     {"IF|NUMBER", ParamKind::if_or_number, "Interface or number"},
     {"BYTES", ParamKind::queue_limit, "Queue limit"},
-    {"JSON-POINTER", ParamKind::json_pointer, "Path into the model, e.g. /interfaces/0"},
+    {"JSON-POINTER", ParamKind::json_pointer, "Path into the model, e.g. /cos_map/2 (a / in a name is ~1)"},
     {"JSON-VALUE", ParamKind::json_text, "JSON text"},
     {"FILE", ParamKind::file, "Scenario file"},
 };
@@ -116,7 +116,7 @@ std::vector<Command> build_table() {
 
         // Queue limit
         {"qos queue-limit BYTES", "", 39, C::builtin, S::zero, B::queue_limit,
-         "Set the queue limit (range and default from the line card)"},
+         "Queue limit, checked against the line card's range"},
 
         // Queuing reports
         {"show queuing", "qd_cli_show_queuing_intf_switch", 20, C::stream, S::stream_end, B::none,

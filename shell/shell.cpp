@@ -336,8 +336,10 @@ bool Shell::run_builtin(const Match &match) {
     case Builtin::sim_help:
         out("The sim commands look at and change the simulated switch; they send nothing.\n"
             "  sim show                      the whole model as JSON\n"
-            "  sim show JSON-POINTER         one part of it, e.g. sim show /interfaces/0\n"
-            "  sim set JSON-POINTER VALUE    replace one value; VALUE is JSON text (\"text\", 12, true, {...})\n"
+            "  sim show JSON-POINTER         one part of it, e.g. sim show /platform/type; a / inside a\n"
+            "                                name is written ~1: sim show /interfaces/Ethernet1~11\n"
+            "  sim set JSON-POINTER VALUE    replace one value; VALUE is JSON text (\"text\", 12, true, {...}),\n"
+            "                                e.g. sim set /cos_map/2 3\n"
             "  sim load FILE                 replace the switch with a scenario file\n"
             "  sim interfaces                names, indexes and types of the interfaces\n");
         std::fflush(stdout);
