@@ -89,6 +89,18 @@ void zero_counters(Json &value) {
     }
 }
 
+void zero_counter_blocks(Json &value) {
+    if (value.is_object()) {
+        for (auto it = value.begin(); it != value.end(); ++it) {
+            if (it.key() == "rates") continue;
+            if (it.key() == "counters") zero_counters(it.value());
+            else zero_counter_blocks(it.value());
+        }
+    } else if (value.is_array()) {
+        for (Json &element : value) zero_counter_blocks(element);
+    }
+}
+
 std::string pointer_token(std::string_view token) {
     std::string out = "/";
     for (char c : token) {

@@ -37,6 +37,12 @@ bool read_unsigned(const Json &value, std::uint64_t &out);
 // at any depth, except inside "rates" objects. Booleans and texts stay.
 void zero_counters(Json &value);
 
+// Sets every counter inside every object named "counters" under `value`
+// (at any depth) to 0, and nothing else: the clear of a section laid out
+// by the convention that a record keeps its counters in a "counters"
+// object, beside its configuration.
+void zero_counter_blocks(Json &value);
+
 // "/a/b" with each token escaped (~ and /).
 std::string pointer_token(std::string_view token);
 

@@ -96,9 +96,15 @@ void Checker::members_among(const std::string &relative_pointer, const std::vect
 
 bool register_section(Scope scope, const std::string &name, SectionCheck check) {
     SwitchLock lock(switch_mutex());
-    auto [it, inserted] = registry().emplace(std::make_pair(scope, name), std::move(check));
-    if (!inserted) diagnostic("section \"" + name + "\" of " + scope_name(scope) + " registered twice");
-    return inserted;
+    auto [it, inserted] = registry().emplace(std::make_pair(scope, name), SectionCheck{});
+    if (inserted || !it->second) {
+        // A name reserved without a checker takes the first checker given.
+        if (check) it->second = std::move(check);
+        return true;
+    }
+    if (!check) return true;  // reserving a name that has a checker changes nothing
+    diagnostic("section \"" + name + "\" of " + std::string(scope_name(scope)) + " has a checker already");
+    return false;
 }
 
 bool unregister_section(Scope scope, const std::string &name) {

@@ -56,7 +56,9 @@ private:
 
 using SectionCheck = std::function<void(const Checker &)>;
 
-// False (and a diagnostic) when the name is taken in that scope.
+// Registers a section, or reserves its name when `check` is empty. A name
+// reserved without a checker takes the first checker registered for it;
+// a second checker is refused (false, and a diagnostic).
 bool register_section(Scope scope, const std::string &name, SectionCheck check = {});
 bool unregister_section(Scope scope, const std::string &name);
 

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 namespace qdcli {
 namespace {
@@ -72,8 +73,9 @@ void for_each_enumerated_interface(cmd_paraminfo *pinfo, InterfaceVisitor visit,
                            static_cast<std::uint32_t>(desc.type_mask >> 32), &range);
         const std::int32_t rc = invoke_enumeration_function(desc.lib_name, desc.enum_func, &copy, &result, &status);
         if (rc < 0 || status < 0) continue;  // failed pass: its result is not touched
-        for (std::int32_t j = 0; j < result.count && result.indexes != nullptr; ++j) visit(context, result.indexes[j]);
-        std::free(result.indexes);
+        // The array is the caller's once the call has returned: freed on every path.
+        const std::unique_ptr<std::uint32_t, decltype(&std::free)> owned(result.indexes, &std::free);
+        for (std::int32_t j = 0; j < result.count && owned; ++j) visit(context, owned.get()[j]);
     }
 }
 

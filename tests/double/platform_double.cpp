@@ -599,6 +599,7 @@ int32_t invoke_enumeration_function(const char *lib_name, const char *enum_func,
         result->indexes = nullptr;
         result->count = pass.count >= 0 ? pass.count : 0;
     }
+    if (pass.raw_count) result->count = *pass.raw_count;
     return pass.rc;
 }
 

@@ -80,6 +80,7 @@ struct EnumPass {
     std::int32_t status = 0;
     std::int32_t count = -1;                // -1: the number of indexes
     std::optional<std::vector<std::uint32_t>> indexes;  // nullopt: null array
+    std::optional<std::int32_t> raw_count = std::nullopt;  // set: handed back as it is, even negative
 };
 
 struct EnumCall {

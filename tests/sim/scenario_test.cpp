@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "model/model.hpp"
+#include "model/sections.hpp"
 #include "sim_fixture.hpp"
 
 namespace simtest {
@@ -123,6 +124,26 @@ TEST_F(ScenarioTest, SectionErrorsInsideTemplatesPointAtTheTemplate) {
     EXPECT_EQ(e.line, 2u);
     EXPECT_EQ(e.column, 60u);
     EXPECT_NE(e.reason.find("/defaults/host/qos_counters/tx_queue_drops"), std::string::npos) << e.message();
+}
+
+TEST_F(ScenarioTest, RegisteredSectionsCheckTheirValuesWhereverTheyWereWritten) {
+    // A name reserved without a checker takes the checker registered later.
+    ASSERT_TRUE(qdsim::register_section(qdsim::Scope::ethernet, "test_limits"));
+    ASSERT_TRUE(qdsim::register_section(qdsim::Scope::ethernet, "test_limits", [](const qdsim::Checker &check) {
+        check.members_among("", {"limit"});
+        check.unsigned_value("/limit", 10);
+    }));
+    EXPECT_FALSE(qdsim::register_section(qdsim::Scope::ethernet, "test_limits", [](const qdsim::Checker &) {}));
+    const std::string head = "{\"ethernet\": [{\"slot\": 1, \"ports\": \"1-2\"}],\n";
+    EXPECT_TRUE(loads(head + R"("defaults": {"ethernet": {"test_limits": {"limit": 10}}}})"));
+    ScenarioError e = refused(head + R"("interfaces": {"Ethernet1/2": {"test_limits": {"limit": 11}}}})");
+    EXPECT_EQ(e.line, 2u);
+    EXPECT_EQ(e.column, 57u);
+    EXPECT_NE(e.reason.find("11 is above the maximum 10"), std::string::npos) << e.message();
+    e = refused(head + R"("defaults": {"ethernet": {"test_limits": {"limt": 1}}}})");
+    EXPECT_NE(e.reason.find("unknown member \"limt\""), std::string::npos) << e.message();
+    qdsim::unregister_section(qdsim::Scope::ethernet, "test_limits");
+    qdsim::take_diagnostics();
 }
 
 TEST_F(ScenarioTest, SubInterfacesTypeOneAndOtherKinds) {

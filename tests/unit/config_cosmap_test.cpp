@@ -23,8 +23,8 @@ Bytes daemon_request(std::uint8_t code, std::uint32_t if_index, std::uint32_t ar
     return b;
 }
 
-// The show reply of the document's sample: CoS 0-2 on queue 0, CoS 3 on
-// queue 1, none on queue 2, CoS 4-7 on queue 3. Bytes 0-3 are not read.
+// A show reply with CoS 0-2 on queue 0, CoS 3 on queue 1, none on queue 2
+// and CoS 4-7 on queue 3. Bytes 0-3 are not read.
 const Bytes kSampleReply = {0x01, 0x02, 0x03, 0x00, 0, 0, 0, 1, 3, 3, 3, 3};
 const std::string kSampleOutput =
     "MCAST Queue ID\t\t Cos Map\n"
@@ -216,7 +216,7 @@ TEST_F(CosMapTest, ConfigureDoesNotReadTheReply) {
     EXPECT_EQ(status, 0);
 }
 
-TEST_F(CosMapTest, ShowPrintsTheDocumentSampleInFiveLines) {
+TEST_F(CosMapTest, ShowPrintsTheReferenceMapInFiveLines) {
     pf().replies.push_back(Reply::bytes(kSampleReply));
     Command command;
     command.handle(9);
@@ -270,13 +270,6 @@ TEST_F(CosMapTest, PlatformTypeIsAskedOnceAcrossCommands) {
     EXPECT_EQ(pf().platform_type_queries, 1);
     run(qd_cli_conf_wrrqueue_cosmap, command);  // refused from the cache
     EXPECT_EQ(pf().platform_type_queries, 1);
-}
-
-TEST_F(CosMapTest, PlatformAnsweringZeroIsAskedEveryTime) {
-    pf().platform_type = 0;
-    Command command;
-    for (int i = 0; i < 3; ++i) run(qd_cli_show_wrrqueue_cosmap, command);
-    EXPECT_EQ(pf().platform_type_queries, 3);
 }
 
 }  // namespace

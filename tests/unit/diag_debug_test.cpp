@@ -92,8 +92,9 @@ TEST_F(DebugDumpTest, ShowIntfWithoutArgumentSendsInterfaceZero) {
     expect_one_dump(words(0x09000000u, 0, 0, 0), "qd_debug_eng_print_all", 0);
 }
 
-// The document's table: cmd_id -> selector, where the argument goes, and the
-// line printed before the dump.
+// The debug views, written out independently of the library's table:
+// cmd_id -> selector, where the argument goes, and the line printed before
+// the dump.
 enum class Arg { none, offset8 };
 struct Row {
     std::uint32_t selector;

@@ -132,6 +132,7 @@ TEST_F(FrameInterfaceCheck, RefusalsAndAcceptedTypes) {
     pf().add_interface(0x1a000001u, 26, "Ethernet1/1.5", 0, true);
     pf().add_interface(0x01000002u, 1, "port1", 0, true);  // type 1: no sub-interface test
     pf().add_interface(0x1f000003u, 31, "Ethernet101/1/1");
+    pf().add_interface(0x05000004u, 5, "fc1/1", 0, true);  // reported by no handler: the caller skips it
     struct Case {
         std::uint32_t if_index;
         const char *output;
@@ -145,6 +146,7 @@ TEST_F(FrameInterfaceCheck, RefusalsAndAcceptedTypes) {
         {0x1a000000u, "", true, 26, "Ethernet1/1"},
         {0x01000002u, "", true, 1, "port1"},
         {0x1f000003u, "", true, 31, "Ethernet101/1/1"},
+        {0x05000004u, "", true, 5, "fc1/1"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.if_index);
@@ -246,9 +248,12 @@ TEST_F(FramePlatformType, AnswerOfZeroIsAskedAgain) {
 // Nothing thrown inside a handler crosses the C boundary.
 
 TEST(FrameGuard, ExceptionsBecomeTheFailureValue) {
+    ::testing::internal::CaptureStderr();
     EXPECT_EQ(qdcli::guarded([]() -> int { throw std::runtime_error("x"); }, 7), 7);
     EXPECT_EQ(qdcli::guarded([]() -> int { throw std::bad_alloc(); }, -1), -1);
     EXPECT_EQ(qdcli::guarded([]() -> int { return 4; }, 7), 4);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "internal error in command handler\nFailed to allocate memory!\n");
 }
 
 }  // namespace

@@ -1,0 +1,96 @@
+// Attribute-stream walk shared by the two switch-wide renderers.
+//
+// The daemon produces the switch-wide queuing report as a stream of
+// attributes. Each renderer is a table with one row per attribute ID: how
+// many bytes of the value the row reads, and what it prints. The walk looks
+// the ID up, checks the value, and runs the row.
+//
+// Value lengths: every value is read through a PayloadReader over the value
+// and the length that cmd_rsp_attr_getnext reported. A value shorter than the
+// row reads is not rendered at all (no state word changes); it is reported
+// like an unknown attribute, as " Malformed attr 0x%x: %u bytes, %u expected",
+// and the walk goes on with the next attribute. A longer value is accepted
+// and read from its start, so a u8 row takes the first (low) byte of a value
+// sent as a 32-bit word.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+#include "frame/reader.hpp"
+#include "qdcli/platform.h"
+
+namespace qdcli::stream {
+
+// Bytes a row reads from the value, in host order.
+inline constexpr std::uint8_t none = 0;
+inline constexpr std::uint8_t u8 = 1;
+inline constexpr std::uint8_t u16 = 2;
+inline constexpr std::uint8_t u32 = 4;
+inline constexpr std::uint8_t u64 = 8;
+
+// Per-walk state common to both renderers. A row that ends the walk early
+// (the hand-over to the host-interface renderer) sets `done` and `result`.
+struct WalkState {
+    bool done = false;
+    std::int32_t result = -1;
+};
+
+template <class Context>
+struct Row {
+    std::uint32_t id;
+    std::uint8_t width;
+    void (*render)(Context &context, const PayloadReader &value);
+};
+
+template <class Context, std::size_t N>
+constexpr bool ids_unique(const std::array<Row<Context>, N> &table) {
+    for (std::size_t i = 0; i < N; ++i)
+        for (std::size_t j = i + 1; j < N; ++j)
+            if (table[i].id == table[j].id) return false;
+    return true;
+}
+
+template <class Context, std::size_t N>
+const Row<Context> *find_row(const std::array<Row<Context>, N> &table, std::uint32_t id) {
+    for (const Row<Context> &row : table)
+        if (row.id == id) return &row;
+    return nullptr;
+}
+
+// Fetches attributes until the end of the stream (-1) or until a row ends
+// the walk; returns -1 or the result that row left.
+template <class Context, std::size_t N>
+std::int32_t walk(cmd_rsp *rsp, const std::array<Row<Context>, N> &table, Context &context) {
+    for (;;) {
+        void *value = nullptr;
+        std::uint32_t length = 0;
+        const std::int32_t next = cmd_rsp_attr_getnext(rsp, &value, &length);
+        if (next == -1) return -1;
+        const auto id = static_cast<std::uint32_t>(next);
+        const Row<Context> *row = find_row(table, id);
+        if (row == nullptr) {
+            std::printf("\n Unknown attr 0x%x\n", id);
+            continue;
+        }
+        const PayloadReader reader(value, length);
+        if (!reader.covers(0, row->width)) {
+            std::printf("\n Malformed attr 0x%x: %u bytes, %u expected\n", id, static_cast<unsigned>(reader.length()),
+                        static_cast<unsigned>(row->width));
+            continue;
+        }
+        row->render(context, reader);
+        if (context.done) return context.result;
+    }
+}
+
+// Value helpers: the reader has been checked to cover the row's width.
+inline std::uint8_t byte_of(const PayloadReader &v) { return v.u8(0); }
+inline std::uint16_t half_of(const PayloadReader &v) { return v.host16(0); }
+inline std::uint32_t word_of(const PayloadReader &v) { return v.host32(0); }
+inline std::int32_t signed_of(const PayloadReader &v) { return static_cast<std::int32_t>(v.host32(0)); }
+inline unsigned long long counter_of(const PayloadReader &v) { return v.host64_low_first(0); }
+
+}  // namespace qdcli::stream

@@ -1,0 +1,148 @@
+// Reporting every interface: the four enumeration passes and what each hands
+// the platform, the newline after each interface reported with 0, skipped
+// passes, and the release of every result array (the double mallocs each
+// one, so a missed free shows as a leak under the address sanitizer).
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "double/fixture.hpp"
+#include "frame/enumeration.hpp"
+#include "qdcli/handlers.h"
+#include "qdcli/wire.h"
+
+namespace {
+
+using qdtest::Bytes;
+using qdtest::EnumPass;
+using qdtest::Reply;
+
+constexpr std::uint32_t kEthOk = 0x1a000000u, kEthUnsupported = 0x1a001000u, kAltDown = 0x01002000u;
+constexpr std::uint32_t kHif = 0x1f060000u, kOther = 0x05000001u;
+
+struct PassTable {
+    std::uint64_t mask;
+    const char *lib, *show, *header;
+    std::uint32_t selector;
+};
+const PassTable kPasses[4] = {
+    {0x0000000000000001ull, "pmcli", "pm_cli_show_fc_port_config", "pm_cli_show_fc_header", 0},
+    {0x4000000000000000ull, "pmcli", "pm_cli_show_fc_port_config", "pm_cli_show_fc_header", 23},
+    {0x0000000000800000ull, "pmcli_eth", "pm_cli_show_ethernet_port_config", "pm_cli_show_ethernet_header", 1},
+    {0x0000000010000000ull, "pmcli_eth", "pm_cli_show_ethernet_port_config", "pm_cli_show_ethernet_header", 22},
+};
+
+EnumPass pass_of(std::vector<std::uint32_t> indexes) { return EnumPass{0, 0, -1, std::move(indexes)}; }
+
+class EnumerationTest : public qdtest::PlatformTest {
+protected:
+    void SetUp() override {
+        PlatformTest::SetUp();
+        pf().add_interface(kEthOk, 26, "Ethernet1/1");
+        pf().add_interface(kEthUnsupported, 26, "Ethernet1/2");
+        pf().add_interface(kAltDown, 1, "port-alt3");
+        pf().add_interface(kHif, 31, "Ethernet101/1/1", 6);
+        pf().add_interface(kOther, 5, "mgmt0");
+    }
+    std::string run_all(qdtest::Command &cmd) {
+        return qdtest::capture_stdout([&] { EXPECT_EQ(qd_cli_show_queuing_intf_all(cmd.info()), 0); });
+    }
+};
+
+TEST_F(EnumerationTest, DescriptorsAreBuiltByteForByte) {
+    for (unsigned pass = 0; pass < 4; ++pass) {
+        SCOPED_TRACE(pass);
+        const PassTable &row = kPasses[pass];
+        Bytes expected(224, 0);  // zero-filled, then mask (host order), names, selector
+        std::memcpy(&expected[0], &row.mask, 8);
+        std::memcpy(&expected[8], row.lib, std::strlen(row.lib));
+        std::memcpy(&expected[24], "pm_cli_if_index_enum_func", 25);
+        std::memcpy(&expected[72], row.show, std::strlen(row.show));
+        std::memcpy(&expected[120], "NULL", 4);
+        std::memcpy(&expected[168], row.header, std::strlen(row.header));
+        std::memcpy(&expected[216], &row.selector, 4);
+        const if_enum_desc desc = qdcli::enumeration_descriptor(pass);
+        Bytes actual(sizeof desc);
+        std::memcpy(actual.data(), &desc, sizeof desc);
+        EXPECT_EQ(actual, expected);
+    }
+}
+
+TEST_F(EnumerationTest, FourPassesInOrderWithTheirArguments) {
+    qdtest::Command cmd;
+    EXPECT_EQ(run_all(cmd), "");
+    ASSERT_EQ(pf().enum_calls.size(), 4u);
+    for (unsigned i = 0; i < 4; ++i) {
+        SCOPED_TRACE(i);
+        const qdtest::EnumCall &call = pf().enum_calls[i];
+        EXPECT_EQ(call.lib_name, kPasses[i].lib);
+        EXPECT_EQ(call.enum_func, "pm_cli_if_index_enum_func");
+        EXPECT_EQ(call.show_func, kPasses[i].show);
+        EXPECT_EQ(call.aux_func, "NULL");
+        EXPECT_EQ(call.header_func, kPasses[i].header);
+        EXPECT_EQ(call.selector, kPasses[i].selector);
+        EXPECT_EQ(call.param_type, 2060u);
+        EXPECT_EQ(call.param_id, 0x40200002u);
+        EXPECT_EQ(call.a, 0u);
+        EXPECT_EQ(call.mask_low, static_cast<std::uint32_t>(kPasses[i].mask));
+        EXPECT_EQ(call.mask_high, static_cast<std::uint32_t>(kPasses[i].mask >> 32));
+    }
+    // One range record, its second word cleared after initialisation; one
+    // copy of the parameter info with the one argument inserted.
+    EXPECT_EQ(pf().range_inits, 1);
+    EXPECT_EQ(pf().range_word1_at_populate, 0u);
+    EXPECT_EQ(pf().pinfo_copies, 1);
+    EXPECT_EQ(pf().arg_inserts, 1);
+}
+
+TEST_F(EnumerationTest, ANewlineFollowsEachInterfaceReportedWithZeroOnly) {
+    qdtest::Command cmd;
+    cmd.handle(0x31).id(7);
+    pf().enum_passes.push_back(pass_of({kEthOk, kEthUnsupported}));
+    pf().enum_passes.push_back(pass_of({kOther}));
+    pf().enum_passes.push_back(pass_of({}));
+    pf().enum_passes.push_back(pass_of({kHif, kAltDown, 0}));
+    Bytes complete(200, 0), unsupported(200, 0);  // group_count 1; status 0x41f70012 in host order
+    complete[3] = unsupported[3] = 1;
+    unsupported[4] = 0x12, unsupported[6] = 0xf7, unsupported[7] = 0x41;
+    pf().replies.push_back(Reply::bytes(complete));           // kEthOk: 0
+    pf().replies.push_back(Reply::bytes(unsupported));        // kEthUnsupported: 1
+    pf().replies.push_back(Reply::send_failure(0x40aa0001));  // kHif: told in the report, 0
+    pf().replies.push_back(Reply::recv_failure(0x40aa0002));  // kAltDown: the error code
+    // kEthOk, kOther (no report: 0), kHif, then index 0 refused with 0.
+    EXPECT_EQ(run_all(cmd), "\n\n\nInvalid interface\n\n");
+    ASSERT_EQ(pf().sent.size(), 4u);
+    EXPECT_EQ(qdtest::get_host32(pf().sent[0].payload, 4), kEthOk);
+    EXPECT_EQ(qdtest::get_host32(pf().sent[1].payload, 4), kEthUnsupported);
+    EXPECT_EQ(pf().sent[2].payload[0], LC_STATS_CMD_HIF_QUEUING);
+    EXPECT_EQ(qdtest::get_host32(pf().sent[3].payload, 4), kAltDown);
+    // The reports run with the caller's own record, left as the shell set it.
+    for (const auto &sent : pf().sent) EXPECT_EQ(sent.handle, 0x31u);
+    EXPECT_EQ(cmd.info()->cmd_id, 7u);
+}
+
+TEST_F(EnumerationTest, FailedPassesAreSkippedAndEveryArrayIsReleased) {
+    qdtest::Command cmd;
+    pf().enum_passes.push_back(EnumPass{-1, 0, -1, std::vector<std::uint32_t>{kEthOk}});
+    pf().enum_passes.push_back(EnumPass{0, -5, -1, std::vector<std::uint32_t>{kEthOk}});
+    pf().enum_passes.push_back(EnumPass{-2, -1, -1, std::vector<std::uint32_t>{kEthOk}});
+    pf().enum_passes.push_back(pass_of({kOther}));
+    EXPECT_EQ(run_all(cmd), "\n");
+    EXPECT_EQ(pf().enum_calls.size(), 4u);
+    EXPECT_TRUE(pf().sent.empty());
+
+    // Count 0 with an array, a negative count with an array, a count with no
+    // array, a count below the array's length: only counted entries are
+    // visited and every array is freed.
+    qdtest::reset();
+    SetUp();
+    pf().enum_passes.push_back(EnumPass{0, 0, 0, std::vector<std::uint32_t>{kEthOk, kEthOk}});
+    pf().enum_passes.push_back(EnumPass{0, 0, -1, std::vector<std::uint32_t>{kEthOk}, -3});
+    pf().enum_passes.push_back(EnumPass{0, 0, 2, std::nullopt});
+    pf().enum_passes.push_back(EnumPass{0, 0, 1, std::vector<std::uint32_t>{kOther, kEthOk}});
+    EXPECT_EQ(run_all(cmd), "\n");
+    EXPECT_TRUE(pf().sent.empty());
+}
+
+}  // namespace
