@@ -55,7 +55,12 @@ std::int32_t sse_call2(std::uint32_t op, void *buffer, std::uint32_t length) {
     auto it = platform::sse2_services().find(op);
     if (it == platform::sse2_services().end()) return -1;
     const platform::Sse2Service service = it->second;
-    return service(buffer, length, model);
+    try {
+        return service(buffer, length, model);
+    } catch (const std::exception &e) {
+        diagnostic("sse_call2 operation " + std::to_string(op) + " failed: " + e.what());
+        return -1;
+    }
 }
 
 std::uint32_t sysmgr_vdc_get(void) {
