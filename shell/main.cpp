@@ -116,6 +116,15 @@ char **complete(const char *text, int start, int end) {
     return rl_completion_matches(text, next_match);
 }
 
+// "?" lists what may follow the words before the cursor, at once.
+int help_key(int, int) {
+    std::fputc('\n', stdout);
+    g_shell->show_help(std::string_view(rl_line_buffer, static_cast<std::size_t>(rl_point)));
+    rl_on_new_line();
+    rl_forced_update_display();
+    return 0;
+}
+
 std::string history_file() {
     const char *home = std::getenv("HOME");
     return home != nullptr && *home != '\0' ? std::string(home) + "/.qdsh_history" : std::string{};
@@ -124,6 +133,8 @@ std::string history_file() {
 bool interactive(qdsh::Shell &shell) {
     g_shell = &shell;
     rl_readline_name = "qdsh";
+    rl_initialize();
+    rl_add_defun("qdsh-help", help_key, '?');
     rl_attempted_completion_function = complete;
     static char breaks[] = " \t,";
     rl_completer_word_break_characters = breaks;

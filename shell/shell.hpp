@@ -21,11 +21,13 @@ public:
 
     bool exit_requested() const { return exit_requested_; }
 
+    // Lists what may follow `before` (the "?" help); false when nothing may.
+    bool show_help(std::string_view before) const;
+
     // Completions of the word that starts at `start` in `line` (tab key).
     std::vector<std::string> complete(std::string_view line, std::size_t start) const;
 
 private:
-    bool show_help(std::string_view before) const;
     bool call_handler(const Match &match);
     bool run_builtin(const Match &match);
     bool queue_limit(const Match &match);
