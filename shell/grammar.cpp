@@ -442,10 +442,6 @@ bool Element::greedy() const {
                         kind == ParamKind::json_text || kind == ParamKind::file);
 }
 
-std::string Command::words() const {
-    return std::string(pattern);
-}
-
 const std::vector<Command> &commands() {
     static const std::vector<Command> table = build_table();
     return table;

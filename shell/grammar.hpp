@@ -79,7 +79,6 @@ struct Command {
     std::string_view help;      // one line for "help"
     std::vector<Element> elements;  // parsed from the pattern
     bool no_form() const { return !elements.empty() && elements[0].is_word && elements[0].text == "no"; }
-    std::string words() const;  // the pattern as shown to the user
 };
 
 // The command table (built once).

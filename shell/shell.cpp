@@ -54,8 +54,7 @@ struct Invocation {
     std::deque<std::uint32_t> words;
     std::deque<std::uint8_t> bytes;
     std::vector<qdsim::Attribute> attributes;
-    bool has_interface = false;  // the interface handed to a three-argument handler
-    std::uint32_t if_index = 0;
+    std::uint32_t if_index = 0;  // the interface handed to a three-argument handler
     std::array<char, 32> if_name{};
 
     bool add(std::uint32_t param_type, std::uint32_t param_id, void *value) {
@@ -237,7 +236,6 @@ bool Shell::call_handler(const Match &match) {
             }
             const std::uint32_t index = r.interfaces[0].if_index;
             if (c.call == Call::pinfo_if_name) {
-                inv->has_interface = true;
                 inv->if_index = index;
                 std::snprintf(inv->if_name.data(), inv->if_name.size(), "%s", canonical_name(index).c_str());
             } else {
