@@ -16,7 +16,8 @@
 // Host part, last (the report hands the rest of the stream over at the first
 // host interface and keeps that interface's name): ONE host interface, the
 // one the top-level `switch_report` section names, or else the first host
-// interface whose `hif_queuing` does not say "supported": false:
+// interface with a queuing report (a `hif_queuing` section that does not say
+// "supported": false):
 //
 //   "switch_report": {"host_interface": "Ethernet101/1/1", "full_report": true}
 //
@@ -196,7 +197,8 @@ void queue_rows(StreamOut &out, const std::vector<const Json *> &queues) {
 }
 
 // The statistics record of a queue; a queue the model gives none has a
-// record of zeros numbered like the queue.
+// record of zeros numbered like the queue. A record is a control queue's
+// when it says so, or else when its queue is one.
 struct QueueStats {
     std::uint64_t number = 0;
     bool ctrl = false;
@@ -206,11 +208,13 @@ struct QueueStats {
     }
 };
 
-QueueStats stats_of(const Json &hif, std::uint64_t queue_id) {
+QueueStats stats_of(const Json &hif, const Json &queue) {
+    const std::uint64_t queue_id = get_u64(queue, "/queue_id");
+    const bool ctrl = get_bool(queue, "/ctrl");
     for (const Json *s : elements(hif, "/queue_stats"))
         if (get_u64(*s, "/queue_id") == queue_id)
-            return {get_u64(*s, "/queue_num", queue_id), get_bool(*s, "/ctrl"), &section_of(s, "counters")};
-    return {queue_id, false, nullptr};
+            return {get_u64(*s, "/queue_num", queue_id), get_bool(*s, "/ctrl", ctrl), &section_of(s, "counters")};
+    return {queue_id, ctrl, nullptr};
 }
 
 void queue_statistics(StreamOut &out, const Json &hif, const std::vector<const Json *> &queues,
@@ -222,7 +226,7 @@ void queue_statistics(StreamOut &out, const Json &hif, const std::vector<const J
         out.u32(0x14ff00ddu, limit_of(hif, "/queue_limit"));
     }
     for (const Json *q : queues) {
-        const QueueStats s = stats_of(hif, get_u64(*q, "/queue_id"));
+        const QueueStats s = stats_of(hif, *q);
         if (s.ctrl) continue;
         if (stats_format == kStatsSixColumns) {
             out.u32(0x14ff00e5u, s.number);
@@ -275,7 +279,12 @@ void flow_control(StreamOut &out, const Json &hif) {
     }
 }
 
-bool hif_supported(const Interface &i) { return get_bool(section_of(i.data, "hif_queuing"), "/supported", true); }
+// A host interface has a queuing report when it has a `hif_queuing` section
+// that does not say "supported": false (as its agent answers sub-command 16).
+bool hif_supported(const Interface &i) {
+    const Json *s = i.data != nullptr ? find(*i.data, "/hif_queuing") : nullptr;
+    return s != nullptr && s->is_object() && get_bool(*s, "/supported", true);
+}
 
 // The host interface the stream describes, or none.
 const Interface *shown_host(const Model &model) {

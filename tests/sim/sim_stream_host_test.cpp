@@ -9,7 +9,8 @@ namespace simtest {
 namespace {
 
 // Ethernet1/1 has no queuing report, so the stream holds the host part only.
-// Ethernet101/1/1 has no host-interface queuing report either; Ethernet101/1/2
+// Ethernet101/1/1 has no host-interface queuing report either, 101/1/3 an
+// empty one; Ethernet101/1/2
 // has control buffers and queues, a shared buffer, unsupported and missing
 // qos-groups, a queue without cos and one without statistics.
 const char *kHostSwitch = R"({
@@ -18,6 +19,7 @@ const char *kHostSwitch = R"({
   "interfaces": {
     "Ethernet1/1": {"queuing": {"supported": false}},
     "Ethernet101/1/1": {"hif_queuing": {"supported": false}},
+    "Ethernet101/1/3": {"hif_queuing": {"stats_format": 2}},
     "Ethernet101/1/2": {"hif_queuing": {
       "supported": true, "stats_format": 1,
       "input_buffers": [
@@ -27,7 +29,7 @@ const char *kHostSwitch = R"({
          "cos": [3], "xon": 0, "xoff": 0, "buffer_size": 0},
         {"frh": 2, "no_drop": true, "qos_groups": [7], "unsupported_qos_groups": [], "ctrl": true,
          "cos": [7], "xon": 0, "xoff": 0, "buffer_size": 0},
-        {"frh": 3, "no_drop": true, "qos_groups": [1, 5], "unsupported_qos_groups": [5], "ctrl": false,
+        {"frh": 3, "no_drop": true, "qos_groups": [1], "unsupported_qos_groups": [5], "ctrl": false,
          "cos": [3, 4], "xon": 1, "xoff": 2, "buffer_size": 4}
       ],
       "queues": [
@@ -37,7 +39,7 @@ const char *kHostSwitch = R"({
          "bandwidth": 0, "ctrl": true, "mtu": 1500},
         {"queue_id": 2, "qos_groups": [0, 3], "unsupported_qos_groups": [], "cos": [0, 1, 2], "priority": false,
          "bandwidth": 60, "ctrl": false, "mtu": 1500},
-        {"queue_id": 3, "qos_groups": [5], "unsupported_qos_groups": [5], "cos": [], "priority": true,
+        {"queue_id": 3, "qos_groups": [], "unsupported_qos_groups": [5], "cos": [], "priority": true,
          "bandwidth": 40, "ctrl": false, "mtu": 9216}
       ],
       "queue_stats": [
@@ -275,6 +277,7 @@ TEST_F(HostStreamTest, TheSwitchReportSectionIsChecked) {
 // interface the default names, with its full report; nothing the renderer
 // does not know.
 TEST_F(HostStreamTest, TheDefaultSwitch) {
+    set("/interfaces/Ethernet101~11~11/hif_queuing", R"({"stats_format": 0})");
     const std::string text = show_switch();
     std::vector<std::string> names;
     for (std::size_t at = text.find(" queuing information:\n"); at != std::string::npos;
