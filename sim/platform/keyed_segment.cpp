@@ -59,6 +59,8 @@ KeyedSegment::KeyedSegment(std::string key_file, int project_id, std::string wha
     : key_file_(std::move(key_file)), project_id_(project_id), what_(std::move(what)) {}
 
 bool KeyedSegment::prepare_key_file(std::string &error) {
+    if (owner_ != getpid()) release();  // what a parent made before a fork stays the parent's
+    owner_ = getpid();
     const std::string cwd = current_directory();
     if (cwd.empty()) {
         error = why("cannot tell the current directory");
@@ -168,15 +170,17 @@ bool KeyedSegment::publish(const std::uint8_t *bytes, std::size_t length, std::s
 }
 
 void KeyedSegment::remove_segment() {
-    if (shmid_ >= 0) shmctl(shmid_, IPC_RMID, nullptr);
+    if (shmid_ >= 0 && owner_ == getpid()) shmctl(shmid_, IPC_RMID, nullptr);
     shmid_ = -1;
     key_ = -1;
     size_ = 0;
 }
 
 void KeyedSegment::remove_key_file() {
-    if (!made_file_.empty()) unlink(made_file_.c_str());
-    if (!made_dir_.empty()) rmdir(made_dir_.c_str());  // only when empty: what others put there stays
+    if (owner_ == getpid()) {
+        if (!made_file_.empty()) unlink(made_file_.c_str());
+        if (!made_dir_.empty()) rmdir(made_dir_.c_str());  // only when empty: what others put there stays
+    }
     made_file_.clear();
     made_dir_.clear();
 }

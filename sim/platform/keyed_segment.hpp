@@ -31,7 +31,8 @@ public:
     bool publish(const std::uint8_t *bytes, std::size_t length, std::size_t size, std::string &error);
 
     // Removes the segment and the key file and directory this made (or took
-    // over from a run that left them). Safe to call at any time, repeatedly.
+    // over from a run that left them). Safe to call at any time, repeatedly;
+    // a process forked from the one that made them only forgets them.
     void release();
 
     int id() const { return shmid_; }  // -1 when there is none
@@ -56,6 +57,7 @@ private:
     int shmid_ = -1;
     key_t key_ = -1;
     std::size_t size_ = 0;
+    pid_t owner_ = -1;          // the process that made what is held
     bool cleanup_registered_ = false;
 };
 

@@ -232,6 +232,35 @@ TEST_F(PauseLogTest, ASegmentOfALiveProcessIsNotTaken) {
     shmctl(theirs, IPC_RMID, nullptr);
 }
 
+TEST_F(PauseLogTest, AtExitOnlyTheProcessThatMadeASegmentRemovesIt) {
+    std::string out;
+    ASSERT_EQ(events(out), 0);
+    int fds[2];
+    ASSERT_EQ(pipe(fds), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        // Forked from a host that published: it publishes in a directory of
+        // its own and exits without shutting down.
+        key_t key = -1;
+        if (mkdir("child", 0755) == 0 && chdir("child") == 0 && freopen("/dev/null", "w", stdout) != nullptr &&
+            qd_cli_show_logging_onboard_flow_control_pe() == 0)
+            key = ftok(PAUSE_LOG_FTOK_PATH, PAUSE_LOG_FTOK_ID);
+        (void)!write(fds[1], &key, sizeof key);
+        std::exit(0);
+    }
+    close(fds[1]);
+    key_t theirs = -1;
+    (void)!read(fds[0], &theirs, sizeof theirs);
+    close(fds[0]);
+    waitpid(child, nullptr, 0);
+    ASSERT_NE(theirs, -1);
+    EXPECT_LT(shmget(theirs, 0, 0), 0);
+    EXPECT_FALSE(exists("child/vrid"));
+    EXPECT_EQ(rmdir("child"), 0);
+    EXPECT_EQ(segment_size(), 11u * PAUSE_EVENT_REC_SIZE);  // the parent's is the parent's
+    EXPECT_TRUE(exists(PAUSE_LOG_FTOK_PATH));
+}
+
 TEST_F(PauseLogTest, ServiceFaultsAndMalformedQueries) {
     load(R"({"extends": "default", "faults": [{"target": "sse", "operation": 1128, "kind": "failure", "count": 3}]})");
     std::string out;
