@@ -128,6 +128,15 @@ bool KeyedSegment::publish(const std::uint8_t *bytes, std::size_t length, std::s
         error = "a segment of " + std::to_string(size) + " bytes cannot hold " + std::to_string(length);
         return false;
     }
+    if (!cleanup_registered_) {
+        // Before anything is made: a key directory made by a publish that
+        // then fails is given back too.
+        cleanup_registered_ = true;
+        register_cleanup(what_, [this] {
+            cleanup_registered_ = false;
+            release();
+        });
+    }
     if (!prepare_key_file(error)) return false;
     const key_t key = ftok(path_.c_str(), project_id_);
     if (key == static_cast<key_t>(-1)) {
@@ -149,13 +158,6 @@ bool KeyedSegment::publish(const std::uint8_t *bytes, std::size_t length, std::s
         shmid_ = id;
         key_ = key;
         size_ = size;
-        if (!cleanup_registered_) {
-            cleanup_registered_ = true;
-            register_cleanup(what_, [this] {
-                cleanup_registered_ = false;
-                release();
-            });
-        }
     }
     void *base = shmat(shmid_, nullptr, 0);
     if (base == reinterpret_cast<void *>(-1)) {
