@@ -16,6 +16,7 @@
 #include "frame/bounded_string.hpp"
 #include "frame/enumeration.hpp"
 #include "frame/exchange.hpp"
+#include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
 #include "frame/platform_query.hpp"
@@ -143,14 +144,7 @@ extern "C" std::int32_t qd_cli_clear_queuing_interface(cmd_paraminfo *pinfo) {
             ReceivedMessage reply(pinfo->mts_handle);
             const ExchangeResult exchange = qd_exchange(pinfo->mts_handle, QD_CLI_CMD_CLEAR_QUEUING_IF,
                                                         argument.if_index, 0, Reply::confirm_only, reply);
-            if (exchange.outcome == Outcome::send_failed) {
-                std::printf("Error in MTS end to QD, %s\n", error_text(exchange.error));
-                return exchange.error;
-            }
-            if (exchange.outcome == Outcome::recv_failed) {
-                std::puts(error_text(exchange.error));
-                return exchange.error;
-            }
+            if (const auto status = told_by_interface_clear(exchange)) return *status;
 
             qd_cli_clear_qos_stats_ifindex(argument.if_index);
             if (in_vdc_one()) clear_pause_counters_of(argument.if_index);
@@ -167,10 +161,7 @@ extern "C" std::int32_t qd_cli_clear_queuing_all(cmd_paraminfo *pinfo) {
             ReceivedMessage reply(pinfo->mts_handle);
             const ExchangeResult exchange =
                 qd_exchange(pinfo->mts_handle, QD_CLI_CMD_CLEAR_QUEUING_ALL, 0, 0, Reply::confirm_only, reply);
-            if (exchange.outcome == Outcome::send_failed || exchange.outcome == Outcome::recv_failed) {
-                std::puts(error_text(exchange.error));
-                return exchange.error;
-            }
+            if (const auto status = told_on_stdout(exchange)) return *status;
 
             qd_cli_clear_qos_stats_all(pinfo);
             if (in_vdc_one()) clear_all_pause_counters();

@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "frame/exchange.hpp"
+#include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/platform_query.hpp"
 #include "qdcli/handlers.h"
@@ -58,11 +59,7 @@ std::int32_t send_cosmap_change(const cmd_paraminfo &pinfo, std::uint8_t command
     ReceivedMessage reply(pinfo.mts_handle);
     const ExchangeResult result = qd_exchange(pinfo.mts_handle, command, 0, cosmap_value(pinfo),
                                               Reply::confirm_only, reply);
-    if (result.outcome == Outcome::send_failed || result.outcome == Outcome::recv_failed) {
-        std::puts(error_text(result.error));
-        return result.error;
-    }
-    return 0;
+    return told_on_stdout(result).value_or(0);
 }
 
 struct CosMap {
@@ -96,18 +93,7 @@ std::int32_t show_cosmap(const cmd_paraminfo &pinfo) {
     ReceivedMessage reply(pinfo.mts_handle);
     const ExchangeResult result =
         qd_exchange(pinfo.mts_handle, QD_CLI_CMD_SHOW_WRR_COSMAP, 0, 0, Reply::read, reply);
-    switch (result.outcome) {
-    case Outcome::send_failed:
-    case Outcome::recv_failed:
-        std::puts(error_text(result.error));
-        return result.error;
-    case Outcome::empty_payload:
-        std::fputs("mts payload is empty", stdout);
-        reply.release();
-        return 0;
-    case Outcome::ok:
-        break;
-    }
+    if (const auto status = told_on_stdout(result)) return *status;
     const PayloadReader payload = reply.payload();
     if (!payload.covers(0, kCosMapReplySize)) {
         // A reply too short to hold the map is told like an empty one (status

@@ -33,7 +33,7 @@ void platform_type_cache_reset() { cached_platform_type.store(0, std::memory_ord
 bool in_vdc_one() { return (sysmgr_vdc_get() & 0xffffu) == 1; }
 
 const cmd_param_arg *command_arg(const cmd_paraminfo *pinfo, unsigned position) {
-    if (pinfo == nullptr || position == 0 || position > 255) return nullptr;
+    if (pinfo == nullptr || position == 0 || position > pinfo->argc) return nullptr;
     return pinfo->args[position];
 }
 

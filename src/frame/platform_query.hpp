@@ -17,7 +17,7 @@ void platform_type_cache_reset();
 // True in VDC 1 (the low 16 bits of sysmgr_vdc_get()).
 bool in_vdc_one();
 
-// Argument i (1-based) of the command, or null when absent.
+// Argument i (1-based) of the command, or null when absent (beyond argc).
 const cmd_param_arg *command_arg(const cmd_paraminfo *pinfo, unsigned position);
 // The 32-bit value an argument points at (0 for a null record or value).
 std::uint32_t arg_u32(const cmd_param_arg *arg);

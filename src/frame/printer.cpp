@@ -41,6 +41,7 @@ void Printer::literal(std::string_view text) {
 
 void Printer::formatted(std::size_t buffer_size, const char *format, ...) {
     char buffer[256];
+    if (buffer_size == 0) return;
     if (buffer_size > sizeof buffer) buffer_size = sizeof buffer;
     va_list args;
     va_start(args, format);

@@ -18,6 +18,7 @@
 #include <cstdint>
 
 #include "frame/exchange.hpp"
+#include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
 #include "frame/platform_query.hpp"
@@ -89,19 +90,7 @@ std::int32_t show_if_extend(cmd_paraminfo *pinfo, std::uint32_t if_index, const 
     ReceivedMessage reply(pinfo->mts_handle);
     const ExchangeResult sent =
         qd_exchange(pinfo->mts_handle, QD_CLI_CMD_SHOW_IF_EXTEND, if_index, 0, Reply::read, reply);
-    switch (sent.outcome) {
-    case Outcome::send_failed:
-    case Outcome::recv_failed:
-        out.formatted(kErrorBufferSize, "%s\n", error_text(sent.error));
-        out.flush();
-        return sent.error;
-    case Outcome::empty_payload:
-        out.literal("mts payload is empty");
-        out.flush();
-        return 0;
-    case Outcome::ok:
-        break;
-    }
+    if (const auto status = told_on_printer(out, sent, kErrorBufferSize)) return *status;
 
     const PayloadReader payload = reply.payload();
     if (payload.covers(ExtendedQueuingLayout::status, 4) &&

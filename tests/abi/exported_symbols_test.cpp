@@ -49,47 +49,11 @@ const std::set<std::string> kHandlers = {
 // Handlers whose families are not in this build yet. Each is listed here
 // explicitly so that a missing export is never silent; an entry that the
 // library does export is reported as stale. Empty once every family is in.
-const std::set<std::string> kPendingHandlers = {
-    "qd_cli_show_queuing_if",
-    "qd_cli_show_queuing_intf_extend",
-    "qd_cli_show_queuing_ifindex_extend",
-    "qd_cli_show_queuing_if_extend",
-    "qd_cli_show_queuing_interface",
-    "qd_cli_show_queuing_ifindex",
-    "qd_cli_show_queuing_intf_all",
-    "qd_cli_show_queuing_hif",
-    "qd_cli_show_queuing_hif_xmlized",
-    "qd_cli_show_queuing_intf_switch",
-    "qd_cli_show_queuing_intf_switch_hif",
-    "qd_cli_show_internal_stats",
-    "qd_count_ports",
-    "qd_process_internal_stats",
-    "qd_cli_clear_queuing_interface",
-    "qd_cli_clear_queuing_all",
-    "qd_cli_clear_qos_stats_ifindex",
-    "qd_cli_clear_qos_stats_all",
-    "qd_cli_show_logging_onboard_flow_control_td",
-    "qd_cli_show_logging_onboard_flow_control_pe",
-    "process_qd_cli_show_vaq_drops_all",
-};
+const std::set<std::string> kPendingHandlers = {};
 
 // Platform operations that only the pending handlers call: until they are in,
 // the library has no reference to these at all. Same rules as above.
-const std::set<std::string> kPendingPlatformOps = {
-    "cmd_paraminfo_to_rxhandle",
-    "cmd_prt_send",
-    "cmd_req_attr_getnext",
-    "cmd_rsp_attr_getnext",
-    "vsh_system2",
-    "sse_call2",
-    "if_index_get_slot",
-    "hton_if_index",
-    "if_index_sat_get_sat_from_slot",
-    "if_index_sat_get_slot_from_sat_mod",
-    "satmgr_get_module_info",
-    "statscl_get_qos_counters",
-    "statscl_clear_qos_counters",
-};
+const std::set<std::string> kPendingPlatformOps = {};
 
 // Libraries the handlers may need: the C and C++ runtimes, and the runtimes
 // of a sanitizer build.

@@ -1,0 +1,496 @@
+#include "hif/hif_report.hpp"
+
+#include <array>
+#include <cstring>
+#include <span>
+
+#include "frame/exchange.hpp"
+#include "frame/message.hpp"
+#include "qdcli/wire.h"
+
+namespace qdcli::hif {
+namespace {
+
+// Attribute IDs of the typed report, in report order.
+constexpr std::uint32_t HIF_ATTR_SLOT = 0x14ff0073u;
+constexpr std::uint32_t HIF_ATTR_IF_INDEX = 0x14ff0074u;
+constexpr std::uint32_t HIF_ATTR_IB_QOS_GROUP = 0x14ff0075u;
+constexpr std::uint32_t HIF_ATTR_IB_FRH = 0x14ff0076u;
+constexpr std::uint32_t HIF_ATTR_IB_DROP_TYPE = 0x30ff0077u;
+constexpr std::uint32_t HIF_ATTR_IB_COS = 0x14ff0078u;
+constexpr std::uint32_t HIF_ATTR_IB_XON = 0x14ff0079u;
+constexpr std::uint32_t HIF_ATTR_IB_XOFF = 0x14ff007au;
+constexpr std::uint32_t HIF_ATTR_IB_BUFFER_SIZE = 0x14ff007bu;
+constexpr std::uint32_t HIF_ATTR_IB_UNSUPPORTED = 0x14ff007cu;
+constexpr std::uint32_t HIF_ATTR_QUEUE_ID = 0x14ff007du;
+constexpr std::uint32_t HIF_ATTR_QUEUE_QOS_GROUP = 0x11ff007eu;
+constexpr std::uint32_t HIF_ATTR_QUEUE_COS = 0x14ff007fu;
+constexpr std::uint32_t HIF_ATTR_QUEUE_PRIORITY = 0x30ff0080u;
+constexpr std::uint32_t HIF_ATTR_QUEUE_BANDWIDTH = 0x14ff0081u;
+constexpr std::uint32_t HIF_ATTR_QUEUE_MTU = 0x14ff0082u;
+constexpr std::uint32_t HIF_ATTR_QUEUE_UNSUPPORTED = 0x14ff0083u;
+constexpr std::uint32_t HIF_ATTR_BUFFER_THRESHOLD = 0x14ff0084u;
+constexpr std::uint32_t HIF_ATTR_QUEUE_LIMIT = 0x14ff0085u;
+constexpr std::uint32_t HIF_ATTR_QUEUE_LIMIT_TX = 0x14ff0086u;
+constexpr std::uint32_t HIF_ATTR_QUEUE_LIMIT_RX = 0x14ff0087u;
+constexpr std::uint32_t HIF_ATTR_STATS_QUEUE = 0x14ff008au;
+constexpr std::uint32_t HIF_ATTR_STATS_RX = 0x14ff008bu;
+constexpr std::uint32_t HIF_ATTR_STATS_TX = 0x14ff008cu;
+constexpr std::uint32_t HIF_ATTR_RX_ROW_QUEUE = 0x14ff008du;
+constexpr std::uint32_t HIF_ATTR_RX_ROW_RECEIVED = 0x14ff008eu;
+constexpr std::uint32_t HIF_ATTR_RX_ROW_TAIL_DROP = 0x14ff008fu;
+constexpr std::uint32_t HIF_ATTR_RX_ROW_NO_BUFFER = 0x14ff0090u;
+constexpr std::uint32_t HIF_ATTR_RX_ROW_MAC_ERROR = 0x14ff0091u;
+constexpr std::uint32_t HIF_ATTR_TX_ROW_QUEUE = 0x14ff0092u;
+constexpr std::uint32_t HIF_ATTR_TX_ROW_TRANSMITTED = 0x14ff0093u;
+constexpr std::uint32_t HIF_ATTR_TX_ROW_TAIL_DROP = 0x14ff0094u;
+constexpr std::uint32_t HIF_ATTR_TX_ROW_NO_BUFFER = 0x14ff0095u;
+constexpr std::uint32_t HIF_ATTR_TX_ROW_MAC_ERROR = 0x14ff0096u;
+constexpr std::uint32_t HIF_ATTR_TX_ROW_MCAST_TAIL_DROP = 0x14ff0097u;
+constexpr std::uint32_t HIF_ATTR_PORT_RX_DROP = 0x14ff0098u;
+constexpr std::uint32_t HIF_ATTR_PORT_RX_MCAST_DROP = 0x14ff0099u;
+constexpr std::uint32_t HIF_ATTR_PORT_RX_ERROR = 0x14ff009au;
+constexpr std::uint32_t HIF_ATTR_PORT_TX_DROP = 0x14ff009bu;
+constexpr std::uint32_t HIF_ATTR_PORT_MUX_OVFLOW = 0x30ff009cu;
+constexpr std::uint32_t HIF_ATTR_PORT_TX_QUEUE_DROP = 0x14ff009du;
+constexpr std::uint32_t HIF_ATTR_PORT_MUX_STATE = 0x30ff009eu;
+constexpr std::uint32_t HIF_ATTR_PORT_OVFLOW_PORT = 0x14ff009fu;
+constexpr std::uint32_t HIF_ATTR_PFC_ENABLED = 0x30ff00a0u;
+constexpr std::uint32_t HIF_ATTR_PAUSE_RX_STATE = 0x14ff00a1u;
+constexpr std::uint32_t HIF_ATTR_PAUSE_TX_STATE = 0x14ff00a2u;
+constexpr std::uint32_t HIF_ATTR_PFC_RX_MASK = 0x14ff00a3u;
+constexpr std::uint32_t HIF_ATTR_PAUSE_COS = 0x14ff00a4u;
+constexpr std::uint32_t HIF_ATTR_PAUSE_QOS_GROUP = 0x11ff00a5u;
+constexpr std::uint32_t HIF_ATTR_PAUSE_RX = 0x30ff00a6u;
+constexpr std::uint32_t HIF_ATTR_PAUSE_TX = 0x30ff00a7u;
+constexpr std::uint32_t HIF_ATTR_PAUSE_MASKED_RX = 0x30ff00a8u;
+
+constexpr std::uint8_t HIF_QUEUING_VARIANT = 3;
+constexpr std::uint8_t QUEUE_ID_CTRL_HI = 0;
+constexpr std::uint8_t QUEUE_ID_CTRL_LO = 1;
+constexpr std::uint8_t SCHED_STRICT_PRIORITY = 0x80;
+constexpr std::uint8_t SCHED_BANDWIDTH = 0x7f;
+constexpr std::uint32_t PAUSE_ALL_COS = 0x100;  // set: every cos is paused
+constexpr std::uint32_t MUX_OVFLOW_PORT_1 = 2;
+constexpr std::uint32_t MUX_OVFLOW_PORT_3 = 8;
+constexpr std::uint8_t STATS_FORMAT_SINGLE = 0;  // receive-only table, two-column port statistics
+constexpr std::uint8_t STATS_FORMAT_ROWS = 4;    // receive and transmit rows, no port statistics
+constexpr std::size_t QOS_GROUP_COLUMN = 13;
+constexpr std::size_t COS_COLUMN = 15;
+constexpr std::size_t QUEUE_NAME_BLANKS = 10;
+
+constexpr std::size_t REPLY_SIZE = LC_STATS_HDR_SIZE + HIF_QUEUING_INFO_SIZE;  // 1140
+
+// The qos-groups a section found unsupported, in the order found (a group
+// unsupported in two records is listed twice). The list has room for eight
+// numbers, one per qos-group; a reply that names more than eight is
+// repeating itself, and the numbers past the eighth are left out of the
+// footnote.
+class UnsupportedGroups {
+public:
+    void add(unsigned group) {
+        if (count_ < groups_.size()) groups_[count_++] = static_cast<std::uint8_t>(group);
+    }
+    bool empty() const { return count_ == 0; }
+    std::span<const std::uint8_t> groups() const { return {groups_.data(), count_}; }
+
+private:
+    std::array<std::uint8_t, 8> groups_{};
+    std::size_t count_ = 0;
+};
+
+bool bit(std::uint32_t map, unsigned k) { return ((map >> k) & 1u) != 0; }
+
+// The qos-group list of an input buffer, each number followed by a blank. Returns how many numbers
+// were printed (unsupported groups are printed, and counted, only when
+// detailed).
+unsigned input_buffer_groups(const InputBuffer &buffer, bool detailed, UnsupportedGroups &unsupported,
+                             HifOutput &out) {
+    unsigned printed = 0;
+    for (unsigned g = 0; g < 8; ++g) {
+        if (!bit(buffer.qos_group_map, g)) continue;
+        if (!bit(buffer.qos_group_hw_map, g)) {
+            unsupported.add(g);
+            if (!detailed) continue;
+        }
+        if (printed > 0) out.put(" ");
+        out.put("%d ", {word(HIF_ATTR_IB_QOS_GROUP, g)});
+        ++printed;
+    }
+    return printed;
+}
+
+// The qos-group column of a queue, padded to 13 characters on the
+// assumption of one-digit numbers.
+void queue_groups(const Queue &queue, bool detailed, UnsupportedGroups &unsupported, HifOutput &out) {
+    std::size_t width = 0;
+    for (unsigned g = 0; g < 8; ++g) {
+        if (!bit(queue.qos_group_map, g)) continue;
+        if (!bit(queue.qos_group_hw_map, g)) {
+            unsupported.add(g);
+            if (!detailed) continue;
+        }
+        if (width > 0) {
+            out.put(" ");
+            ++width;
+        }
+        out.put("%d", {word(HIF_ATTR_QUEUE_QOS_GROUP, g)});
+        ++width;
+    }
+    for (std::size_t n = width; n < QOS_GROUP_COLUMN; ++n) out.put(" ");
+}
+
+// The cos column of a queue, padded to 15 characters.
+void queue_cos(const Queue &queue, HifOutput &out) {
+    std::size_t width = 0;
+    for (unsigned k = 0; k < 8; ++k) {
+        if (!bit(queue.cos_map, k)) continue;
+        if (width > 0) out.put(" ");
+        out.put("%d", {word(HIF_ATTR_QUEUE_COS, k)});
+        width = width == 0 ? 1 : width + 2;
+    }
+    for (std::size_t n = width; n < COS_COLUMN; ++n) out.put(" ");
+}
+
+void footnote(const char *opening, const UnsupportedGroups &unsupported, std::uint32_t attr, bool detailed,
+              HifOutput &out) {
+    if (unsupported.empty()) return;
+    out.put(opening);
+    for (const std::uint8_t g : unsupported.groups()) out.put("%d ", {word(attr, g)});
+    out.put(" unsupported");
+    out.put(detailed ? ", merged with other qos-group\n" : "\n");
+}
+
+void input_buffers(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
+    UnsupportedGroups unsupported;
+    out.put("  Input buffer allocation:");
+    for (std::uint32_t i = 0; i < info.ib_count; ++i) {
+        const InputBuffer &buffer = info.input_buffers[i];
+        if (buffer.frh == 1) continue;
+        if (buffer.ctrl != 0 && info.stats_format != 0) {
+            if (!detailed) continue;
+            out.put("\n  Qos-group: ctrl\n");
+        } else {
+            out.put("\n  Qos-group: ");
+            const unsigned printed = input_buffer_groups(buffer, detailed, unsupported, out);
+            out.put(printed >= 2 ? " (shared)\n" : "\n");
+        }
+        out.put("  frh: %d\n", {word(HIF_ATTR_IB_FRH, buffer.frh)});
+        out.put("  drop-type: %s\n", {label(HIF_ATTR_IB_DROP_TYPE, buffer.no_drop ? "no-drop" : "drop")});
+        out.put("  cos: ");
+        bool first = true;
+        for (unsigned k = 0; k < 8; ++k) {
+            if (!bit(buffer.cos_map, k)) continue;
+            if (!first) out.put(" ");
+            out.put("%d", {word(HIF_ATTR_IB_COS, k)});
+            first = false;
+        }
+        out.put("\n");
+        out.put("  xon       xoff      buffer-size\n");
+        out.put("  ---------+---------+-----------\n");
+        out.put("  %-9d %-9d %-9d\n", {word(HIF_ATTR_IB_XON, buffer.xon), word(HIF_ATTR_IB_XOFF, buffer.xoff),
+                                       word(HIF_ATTR_IB_BUFFER_SIZE, buffer.buffer_size)});
+    }
+    footnote("\n* qos-group ", unsupported, HIF_ATTR_IB_UNSUPPORTED, detailed, out);
+}
+
+void queueing(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
+    UnsupportedGroups unsupported;
+    out.put("\n  Queueing:\n");
+    out.put("  queue    qos-group    cos            priority  bandwidth mtu \n");
+    out.put("  --------+------------+--------------+---------+---------+----\n");
+    for (std::uint32_t j = 0; j < info.queue_count; ++j) {
+        const Queue &queue = info.queues[j];
+        if (!detailed && (queue.flags & QUEUE_FLAG_CTRL)) continue;
+        if (queue.queue_id == QUEUE_ID_CTRL_HI || queue.queue_id == QUEUE_ID_CTRL_LO) {
+            out.formatted("  %s", queue.queue_id == QUEUE_ID_CTRL_HI ? "ctrl-hi  " : "ctrl-lo  ");
+            out.put("n/a");
+            for (std::size_t n = 0; n < QUEUE_NAME_BLANKS; ++n) out.put(" ");
+        } else {
+            out.put("  %d        ", {word(HIF_ATTR_QUEUE_ID, queue.queue_id)});
+            queue_groups(queue, detailed, unsupported, out);
+        }
+        queue_cos(queue, out);
+        out.put(" %3s     %5d", {label(HIF_ATTR_QUEUE_PRIORITY, (queue.sched & SCHED_STRICT_PRIORITY) ? "PRI" : "WRR"),
+                                 word(HIF_ATTR_QUEUE_BANDWIDTH, queue.sched & SCHED_BANDWIDTH)});
+        out.put("      %4d\n", {word(HIF_ATTR_QUEUE_MTU, queue.mtu)});
+    }
+    footnote("\n  * qos-group ", unsupported, HIF_ATTR_QUEUE_UNSUPPORTED, detailed, out);
+}
+
+void limit(std::uint32_t value, std::uint32_t attr, HifOutput &out) {
+    if (value == kNoValue)
+        out.put("Disabled\n");
+    else
+        out.put("%u bytes\n", {word(attr, value)});
+}
+
+void flags_column(const QueueStats &stats, HifOutput &out) {
+    out.formatted(" %s\n", (stats.flags & QUEUE_FLAG_CTRL) ? " ctrl" : " data");
+}
+
+// Calls `row` for the statistics record of every listed queue that the
+// report shows: a control queue (by its statistics record's flag) only when
+// detailed.
+template <class Row>
+void statistics_rows(const HifQueuingInfo &info, bool detailed, Row &&row) {
+    for (std::uint32_t j = 0; j < info.queue_count; ++j) {
+        const QueueStats &stats = info.stats_of(info.queues[j]);
+        if (!detailed && (stats.flags & QUEUE_FLAG_CTRL)) continue;
+        row(stats);
+    }
+}
+
+void statistics_single(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
+    out.put("\n  Queue limit: ");
+    limit(info.queue_limit, HIF_ATTR_QUEUE_LIMIT, out);
+    out.put("\n  Queue Statistics:\n");
+    out.put("  queue  rx              ");
+    out.put(detailed ? " flags\n" : "      \n");
+    out.put("  ------+---------------");
+    out.put(detailed ? "+-----\n" : "      \n");
+    statistics_rows(info, detailed, [&](const QueueStats &s) {
+        out.put("  %d      %-15llu", {word(HIF_ATTR_STATS_QUEUE, s.queue_num), counter(HIF_ATTR_STATS_RX, s.rx_count)});
+        if (detailed)
+            flags_column(s, out);
+        else
+            out.put("\n");
+    });
+}
+
+void statistics_rows_format(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
+    const char *separator = detailed ? "  ---+----------------+-----------+------------+----------+-----------+-----+\n"
+                                     : "  ---+----------------+-----------+------------+----------+-----------+\n";
+    out.put("\n  Queue Limit Tx: ");
+    limit(info.queue_limit, HIF_ATTR_QUEUE_LIMIT_TX, out);
+    out.put("  Queue Limit Rx: ");
+    limit(info.queue_limit_rx, HIF_ATTR_QUEUE_LIMIT_RX, out);
+    out.put("\n  Queue Statistics:\n");
+    out.put(separator);
+    if (detailed) {
+        out.put("  Que|Received /      |Tail Drop  |No Buffer   |MAC Error |Multicast  |Flags|\n");
+        out.put("  No |Transmitted     |           |            |          |Tail Drop  |     |\n");
+    } else {
+        out.put("  Que|Received /      |Tail Drop  |No Buffer   |MAC Error |Multicast  |\n");
+        out.put("  No |Transmitted     |           |            |          |Tail Drop  |\n");
+    }
+    out.put(separator);
+    statistics_rows(info, detailed, [&](const QueueStats &s) {
+        out.put("%3urx|%16llu", {word(HIF_ATTR_RX_ROW_QUEUE, s.queue_num), counter(HIF_ATTR_RX_ROW_RECEIVED, s.rx_count)});
+        out.put("|%11llu", {counter(HIF_ATTR_RX_ROW_TAIL_DROP, s.tail_drop_rx)});
+        out.put("|%12llu", {counter(HIF_ATTR_RX_ROW_NO_BUFFER, s.no_buffer_rx)});
+        out.put("|%10llu", {counter(HIF_ATTR_RX_ROW_MAC_ERROR, s.mac_error_rx)});
+        out.put("|     -     |");
+        if (detailed)
+            out.put((s.flags & QUEUE_FLAG_CTRL) ? " ctrl|\n" : " data|\n");
+        else
+            out.put("\n");
+        out.put("%3utx|%16llu",
+                {word(HIF_ATTR_TX_ROW_QUEUE, s.queue_num), counter(HIF_ATTR_TX_ROW_TRANSMITTED, s.tx_count)});
+        out.put("|%11llu", {counter(HIF_ATTR_TX_ROW_TAIL_DROP, s.tail_drop_tx)});
+        out.put("|%12llu", {counter(HIF_ATTR_TX_ROW_NO_BUFFER, s.no_buffer_tx)});
+        out.put("|%10llu", {counter(HIF_ATTR_TX_ROW_MAC_ERROR, s.mac_error_tx)});
+        out.put("|%11llu|", {counter(HIF_ATTR_TX_ROW_MCAST_TAIL_DROP, s.mcast_tail_drop)});
+        out.put(detailed ? "     |\n" : "\n");
+        out.put(separator);
+    });
+}
+
+void statistics_rx_tx(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
+    out.put("\n  Queue limit: ");
+    limit(info.queue_limit, HIF_ATTR_QUEUE_LIMIT, out);
+    out.put("\n  Queue Statistics:\n");
+    out.put("  queue  rx              tx             ");
+    out.put(detailed ? " flags\n" : "      \n");
+    out.put("  ------+---------------+---------------");
+    out.put(detailed ? "+-----\n" : "      \n");
+    statistics_rows(info, detailed, [&](const QueueStats &s) {
+        out.put("  %d      %-15llu", {word(HIF_ATTR_STATS_QUEUE, s.queue_num), counter(HIF_ATTR_STATS_RX, s.rx_count)});
+        out.put(" %-15llu", {counter(HIF_ATTR_STATS_TX, s.tx_count)});
+        if (detailed)
+            flags_column(s, out);
+        else
+            out.put("\n");
+    });
+}
+
+void port_statistics(const HifQueuingInfo &info, std::uint64_t tx_queue_drops, HifOutput &out) {
+    const char *overflow = (info.mux_ovflow_flags != 0 || info.mux_ovflow_ports != 0) ? "  Active" : "InActive";
+    if (info.stats_format == STATS_FORMAT_ROWS) return;
+    out.put("\n  Port Statistics:\n");
+    if (info.stats_format == STATS_FORMAT_SINGLE) {
+        out.put("  tx queue drop   mux ovflow \n");
+        out.put("  ---------------+-----------\n");
+        out.put("  %-15Lu %8s ", {wide(HIF_ATTR_PORT_TX_QUEUE_DROP, tx_queue_drops),
+                                  label(HIF_ATTR_PORT_MUX_STATE, overflow)});
+        if (info.mux_ovflow_ports == MUX_OVFLOW_PORT_1) out.put("(Port %d)", {word(HIF_ATTR_PORT_OVFLOW_PORT, 1)});
+        if (info.mux_ovflow_ports == MUX_OVFLOW_PORT_3) out.put("(Port %d)", {word(HIF_ATTR_PORT_OVFLOW_PORT, 3)});
+        out.put("\n");
+        return;
+    }
+    out.put("  rx drop         rx mcast drop   rx error        tx drop         mux ovflow    \n");
+    out.put("  ---------------+---------------+---------------+---------------+--------------\n");
+    out.put("  %-15llu", {counter(HIF_ATTR_PORT_RX_DROP, info.rx_drop)});
+    out.put(" %-15llu", {counter(HIF_ATTR_PORT_RX_MCAST_DROP, info.rx_mcast_drop)});
+    out.put(" %-15llu", {counter(HIF_ATTR_PORT_RX_ERROR, info.rx_error)});
+    out.put(" %-15llu", {counter(HIF_ATTR_PORT_TX_DROP, info.tx_drop)});
+    out.overflow_column(label(HIF_ATTR_PORT_MUX_OVFLOW, overflow));
+    out.put("\n");
+}
+
+// A pause word whose bit 8 is set pauses every cos.
+std::uint32_t pause_state(std::uint32_t word_value) { return (word_value & PAUSE_ALL_COS) ? 0xffu : word_value; }
+
+const char *xoff_or_xon(std::uint32_t state, unsigned k) { return bit(state, k) ? "xoff" : "xon"; }
+
+void flow_control(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
+    const std::uint32_t rx = pause_state(info.pause_rx);
+    const std::uint32_t tx = pause_state(info.pause_tx);
+    const std::uint32_t mask = info.pfc_rx_mask;
+    const std::uint32_t masked = mask & rx;
+    out.put("\n  Priority-flow-control enabled: %s\n", {label(HIF_ATTR_PFC_ENABLED, info.pfc_enabled ? "yes" : "no")});
+    out.put("  Flow-control status: ");
+    if (detailed)
+        out.put("rx 0x%x, tx 0x%x, rx_mask 0x%x\n", {word(HIF_ATTR_PAUSE_RX_STATE, rx), word(HIF_ATTR_PAUSE_TX_STATE, tx),
+                                                     word(HIF_ATTR_PFC_RX_MASK, mask)});
+    else
+        out.put("\n");
+    out.put("  cos     qos-group   rx pause  tx pause  masked rx pause\n");
+    out.put("  -------+-----------+---------+---------+---------------\n");
+    for (unsigned k = 0; k < 8; ++k) {
+        const Field rx_text = label(HIF_ATTR_PAUSE_RX, xoff_or_xon(rx, k));
+        const Field tx_text = label(HIF_ATTR_PAUSE_TX, xoff_or_xon(tx, k));
+        const Field masked_text = label(HIF_ATTR_PAUSE_MASKED_RX, xoff_or_xon(masked, k));
+        const std::uint8_t groups = k < kCosWithGroupMap ? info.cos_qos_group_map[k] : 0;
+        if (groups != 0) {
+            const auto lowest = static_cast<std::uint32_t>(__builtin_ctz(groups));
+            out.put("  %d       %8d    %-8s  %-8s  %-4s\n",
+                    {word(HIF_ATTR_PAUSE_COS, k), word(HIF_ATTR_PAUSE_QOS_GROUP, lowest), rx_text, tx_text, masked_text});
+        } else {
+            out.put("  %d            n/a    %-8s  %-8s  %-4s\n",
+                    {word(HIF_ATTR_PAUSE_COS, k), rx_text, tx_text, masked_text});
+        }
+    }
+}
+
+// Tells a reply that cannot be reported, naming what is wrong with it, in
+// the report's own style (the typed report flushes it at once); the caller
+// then returns and the reply's owner releases it. A reply is refused when it
+// is shorter than the 1140 bytes the report reads (header and body), when
+// ib_count or queue_count exceeds its 8 record slots, or when a listed
+// queue's id exceeds 9, the last of the 10 statistics records:
+//   "Reply for NAME truncated: LENGTH of 1140 bytes"
+//   "Reply for NAME damaged: COUNT input buffers, room for 8"
+//   "Reply for NAME damaged: COUNT queues, room for 8"
+//   "Reply for NAME damaged: queue id ID, room for 0 to 9"
+void refuse(const HifDecodeResult &damage, std::size_t payload_length, const char *if_name, HifOutput &out) {
+    switch (damage.damage) {
+    case HifDamage::truncated:
+        out.formatted("Reply for %s truncated: %zu of %zu bytes\n", if_name, payload_length, REPLY_SIZE);
+        break;
+    case HifDamage::too_many_buffers:
+        out.formatted("Reply for %s damaged: %u input buffers, room for %zu\n", if_name, damage.value,
+                      kInputBufferSlots);
+        break;
+    case HifDamage::too_many_queues:
+        out.formatted("Reply for %s damaged: %u queues, room for %zu\n", if_name, damage.value, kQueueSlots);
+        break;
+    case HifDamage::queue_id_range:
+        out.formatted("Reply for %s damaged: queue id %u, room for 0 to %zu\n", if_name, damage.value,
+                      kQueueStatsSlots - 1);
+        break;
+    case HifDamage::none:
+        return;
+    }
+    out.deliver();
+}
+
+}  // namespace
+
+void print_hif_queuing(const HifQueuingInfo &info, const ReportContext &context, const char *if_name,
+                       HifOutput &out) {
+    const bool detailed = context.detailed;
+    out.formatted("%s queuing information:\n", if_name);
+    input_buffers(info, detailed, out);
+    queueing(info, detailed, out);
+    if (info.buffer_threshold != kNoValue)
+        out.put("\n  Buffer threshold: %u bytes", {word(HIF_ATTR_BUFFER_THRESHOLD, info.buffer_threshold)});
+    if (info.stats_format == STATS_FORMAT_SINGLE)
+        statistics_single(info, detailed, out);
+    else if (info.stats_format == STATS_FORMAT_ROWS)
+        statistics_rows_format(info, detailed, out);
+    else
+        statistics_rx_tx(info, detailed, out);
+    out.deliver();
+    port_statistics(info, context.tx_queue_drops, out);
+    flow_control(info, detailed, out);
+}
+
+std::int32_t show_hif_queuing(cmd_paraminfo *pinfo, std::uint32_t if_index, const char *if_name, HifOutput &out) {
+    if (if_name == nullptr) if_name = "";
+
+    // The slot stays 0 when the platform does not know the interface.
+    std::uint8_t slot = 0;
+    if_index_get_slot(if_index, &slot);
+    out.put("if_slot %d, ifidx 0x%x\n", {word(HIF_ATTR_SLOT, slot), word(HIF_ATTR_IF_INDEX, if_index)});
+
+    lc_stats_req request = make_lc_request(LC_STATS_CMD_HIF_QUEUING, HIF_QUEUING_VARIANT);
+    const std::uint32_t target = hton_if_index(if_index);  // already in the agent's byte order
+    std::memcpy(request.target_if_index, &target, sizeof target);
+
+    ReceivedMessage reply(pinfo->mts_handle);
+    const ExchangeResult exchange = lc_stats_exchange(pinfo->mts_handle, lc_stats_node(slot), request, reply);
+    switch (exchange.outcome) {
+    case Outcome::send_failed:
+        out.formatted("Cmd send failed for %s with error code %s\n", if_name, error_text(exchange.error));
+        out.deliver();
+        return 0;
+    case Outcome::recv_failed:
+        out.formatted("Cmd recv failed for %s with error code %s\n", if_name, error_text(exchange.error));
+        out.deliver();
+        return 0;
+    case Outcome::empty_payload:
+        out.put("mts payload is empty");
+        out.deliver();
+        return 0;  // the reply is released by its owner
+    case Outcome::ok:
+        break;
+    }
+
+    ReportContext context;
+    context.detailed = pinfo->cmd_id == CMD_ID_SHOW_QUEUING_IF;
+
+    // The reply is checked whole before anything of it is printed: first its
+    // header (a payload too short for the status is refused as truncated),
+    // then its status, then the body.
+    const PayloadReader payload = reply.payload();
+    if (!payload.covers(0, LC_STATS_HDR_SIZE)) {
+        refuse({HifDamage::truncated, 0}, payload.length(), if_name, out);
+        return 0;
+    }
+    if (const std::uint32_t status = lc_reply_status(payload); status != 0) {
+        out.formatted("Cmd not supported for %s, error code %s\n", if_name,
+                      error_text(static_cast<std::int32_t>(status)));
+        out.deliver();
+        return 0;
+    }
+    HifQueuingInfo info;
+    if (const HifDecodeResult decoded = decode_hif_queuing_info(payload.from(LC_STATS_HDR_SIZE), info);
+        !decoded.ok()) {
+        refuse(decoded, payload.length(), if_name, out);
+        return 0;
+    }
+
+    // A failure here is not told: the block stays zero and format 0 shows
+    // no transmit queue drops.
+    qos_counter_block counters{};
+    statscl_get_qos_counters(0, if_index, 0, &counters);
+    context.tx_queue_drops = counters.tx_queue_drops;
+
+    print_hif_queuing(info, context, if_name, out);
+    reply.release();
+    out.deliver();
+    return 0;
+}
+
+}  // namespace qdcli::hif

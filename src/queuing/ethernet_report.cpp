@@ -1,0 +1,170 @@
+// qd_cli_show_queuing_if: the queuing report of one front-panel Ethernet
+// interface, printed through the shell's printer with typed values.
+#include "queuing/ethernet_report.hpp"
+
+#include "frame/exchange.hpp"
+#include "frame/exchange_failure.hpp"
+#include "frame/guard.hpp"
+#include "frame/message.hpp"
+#include "frame/platform_query.hpp"
+#include "frame/printer.hpp"
+#include "qdcli/handlers.h"
+#include "qdcli/wire.h"
+
+namespace qdcli::ethernet {
+namespace {
+
+// Messages of this report are formatted into buffers of this size.
+constexpr std::size_t kMessageBuffer = 50;
+
+// The platform type on which the transmit section carries the per-ASIC
+// multicast tail drops in place of the port's multicast cross-bar total.
+constexpr std::int32_t kPlatformPerAsicMcast = 3;
+
+namespace attr {
+constexpr std::uint32_t kIfName = 0x30ff003a;
+constexpr std::uint32_t kTxQosGroup = 0x14ff003b;
+constexpr std::uint32_t kSchedType = 0x30ff003c;
+constexpr std::uint32_t kOperBandwidth = 0x14ff003d;
+constexpr std::uint32_t kMcastTailDrops = 0x15ff003e;
+constexpr std::uint32_t kRxQosGroup = 0x14ff003f;
+constexpr std::uint32_t kQSize = 0x14ff0040;
+constexpr std::uint32_t kQSize40g = 0x14ff0041;
+constexpr std::uint32_t kMtuHw = 0x14ff0042;
+constexpr std::uint32_t kMtuConfigured = 0x14ff0043;
+constexpr std::uint32_t kDropType = 0x30ff0044;
+constexpr std::uint32_t kXon = 0x14ff0045;
+constexpr std::uint32_t kXoff = 0x14ff0046;
+constexpr std::uint32_t kRxPortPkts = 0x14ff0047;
+constexpr std::uint32_t kUcastToXbar = 0x14ff0048;
+constexpr std::uint32_t kMcastToXbar = 0x14ff0049;
+constexpr std::uint32_t kUcastFromXbar = 0x14ff004a;
+constexpr std::uint32_t kTxPortPkts = 0x14ff004b;
+constexpr std::uint32_t kIngressDiscards = 0x14ff004c;
+constexpr std::uint32_t kPauseRx = 0x30ff004d;
+constexpr std::uint32_t kPauseTx = 0x30ff004e;
+constexpr std::uint32_t kMcastFromXbarTotal = 0x14ff004f;
+constexpr std::uint32_t kVaqDropClassBuf = 0x14ff0050;
+constexpr std::uint32_t kVaqUplinkRxDrops = 0x14ff0051;
+constexpr std::uint32_t kVaqUplinkErrDrops = 0x14ff0052;
+constexpr std::uint32_t kVaqUplinkMcastDrops = 0x14ff0053;
+}  // namespace attr
+
+const char *pause_text(bool active) { return active ? "Active" : "Inactive"; }
+
+void print_transmit_section(Printer &out, const char *if_name, const QueuingReply &reply, bool per_asic_mcast) {
+    out.line("%s queuing information:\n", text(attr::kIfName, if_name));
+    out.line("  TX Queuing\n");
+    out.line("    qos-group  sched-type  oper-bandwidth\n");
+    for (unsigned i = 0; i < reply.header().group_count; ++i) {
+        const QosGroup g = reply.group(i);
+        out.line("        %s       %s     %5s\n", u32(attr::kTxQosGroup, g.qos_group),
+                 text(attr::kSchedType, g.strict_priority ? "priority" : "WRR     "),
+                 u32(attr::kOperBandwidth, g.oper_bandwidth));
+    }
+    if (per_asic_mcast) {
+        out.line("    Statistics:\n");
+        out.line("       Mcast pkts tail dropped on this egress asic\t: %s \n",
+                 u64(attr::kMcastTailDrops, reply.header().mcast_tail_drops));
+    }
+}
+
+// One receive block per record, each flushed on its own; the transmit
+// section goes out with the first of them.
+void print_receive_section(Printer &out, const QueuingReply &reply, bool per_asic_mcast) {
+    out.line("\n  RX Queuing\n");
+    for (unsigned i = 0; i < reply.header().group_count; ++i) {
+        const QosGroup g = reply.group(i);
+        out.line("    qos-group %s\n", u32(attr::kRxQosGroup, g.qos_group));
+        out.line("    q-size: %s, q-size-40g: %s, HW MTU: %s (%s configured)\n", u32(attr::kQSize, g.q_size),
+                 u32(attr::kQSize40g, g.q_size_40g), u32(attr::kMtuHw, g.mtu_hw),
+                 u32(attr::kMtuConfigured, g.mtu_configured));
+        out.line("    drop-type: %s, xon: %s, xoff: %s\n", text(attr::kDropType, g.no_drop ? "no-drop" : "drop"),
+                 u32(attr::kXon, g.xon), u32(attr::kXoff, g.xoff));
+        out.line("    Statistics:\n");
+        out.line("        Pkts received over the port\t\t: %s\n", u32(attr::kRxPortPkts, g.rx_port_pkts));
+        out.line("        Ucast pkts sent to the cross-bar\t: %s\n", u32(attr::kUcastToXbar, g.ucast_to_xbar));
+        out.line("        Mcast pkts sent to the cross-bar\t: %s\n", u32(attr::kMcastToXbar, g.mcast_to_xbar));
+        out.line("        Ucast pkts received from the cross-bar\t: %s\n",
+                 u32(attr::kUcastFromXbar, g.ucast_from_xbar));
+        out.line("        Pkts sent to the port\t\t\t: %s\n", u32(attr::kTxPortPkts, g.tx_port_pkts));
+        out.line("        Pkts discarded on ingress\t\t: %s\n", u32(attr::kIngressDiscards, g.ingress_discards));
+        out.line("        Per-priority-pause status\t\t: Rx (%s), Tx (%s)\n\n",
+                 text(attr::kPauseRx, pause_text(g.pfc_rx_active)), text(attr::kPauseTx, pause_text(g.pfc_tx_active)));
+        out.flush();
+    }
+    if (!per_asic_mcast) {
+        out.line("  Total Multicast crossbar statistics:\n");
+        out.line("    Mcast pkts received from the cross-bar\t: %s\n",
+                 u32(attr::kMcastFromXbarTotal, reply.mcast_total()));
+    }
+}
+
+void print_vaq_block(Printer &out, const Header &h) {
+    if (!h.vaq_buf_hidden) {
+        out.line("\n  VAQ interface info:\n");
+        out.line("    VAQ Drop Class Buffer Size: %6s\n", u32(attr::kVaqDropClassBuf, h.vaq_drop_class_buf));
+    }
+    out.line("\n  Total VAQ interface statistics:\n");
+    out.line("    VAQ Uplink Interface Rx Drops   : %s\n", u32(attr::kVaqUplinkRxDrops, h.vaq_uplink_rx_drops));
+    out.line("    Vaq Uplink Interface Err Drops  : %s\n", u32(attr::kVaqUplinkErrDrops, h.vaq_uplink_err_drops));
+    out.line("    Vaq Uplink Interface Mcast Drops: %s\n", u32(attr::kVaqUplinkMcastDrops, h.vaq_uplink_mcast_drops));
+}
+
+std::int32_t show_queuing_if(cmd_paraminfo *pinfo, std::uint32_t if_index, const char *if_name) {
+    // A call without the shell's record has nothing to print to.
+    if (pinfo == nullptr) return 1;
+    if (if_name == nullptr) if_name = "";
+    const std::uint32_t cmd_id = pinfo->cmd_id;
+    const bool single_interface = cmd_id == CMD_ID_SHOW_QUEUING_IF;
+    Printer out(pinfo);
+
+    ReceivedMessage reply(pinfo->mts_handle);
+    const ExchangeResult exchange =
+        qd_exchange(pinfo->mts_handle, QD_CLI_CMD_SHOW_IF_QUEUING, if_index, 0, Reply::read, reply);
+    if (const auto status = told_on_printer(out, exchange, kMessageBuffer)) return *status;
+
+    const PayloadReader payload = reply.payload();
+    if (queuing_reply_unsupported(payload)) {
+        if (cmd_id == CMD_ID_UNSUPPORTED_MSG) {
+            out.literal("Unsupported interface\n");
+            out.flush();
+        }
+        return 1;
+    }
+
+    // The platform type is asked once per report, so that the transmit and
+    // the receive sections agree on which multicast statistics they show
+    // even when the query fails and is not cached.
+    const bool per_asic_mcast = qd_cli_platform_type_get() == kPlatformPerAsicMcast;
+    const QueuingReply decoded = decode_queuing_reply(payload, !per_asic_mcast);
+    if (!decoded.complete()) {
+        // Nothing of a damaged reply is printed.
+        out.formatted(kMessageBuffer, "Truncated queuing reply: %zu of %zu bytes\n", decoded.length(),
+                      decoded.needed());
+        out.flush();
+        return 0;
+    }
+
+    print_transmit_section(out, if_name, decoded, per_asic_mcast);
+    print_receive_section(out, decoded, per_asic_mcast);
+
+    if (single_interface && decoded.header().vaq_port == 1) {
+        print_vaq_block(out, decoded.header());
+        // The internal statistics make their own exchanges: nothing is held
+        // while they run.
+        reply.release();
+        qd_cli_show_internal_stats(pinfo, if_index, if_name);
+    } else {
+        reply.release();
+    }
+    out.flush();
+    return 0;
+}
+
+}  // namespace
+}  // namespace qdcli::ethernet
+
+extern "C" int32_t qd_cli_show_queuing_if(cmd_paraminfo *pinfo, uint32_t if_index, const char *if_name) {
+    return qdcli::guarded([&] { return qdcli::ethernet::show_queuing_if(pinfo, if_index, if_name); }, 0);
+}

@@ -1,0 +1,224 @@
+// qd_cli_show_internal_stats: the daemon's NIF-port answer (command 22),
+// the line-card request for the extender's port records (sub-command 23),
+// and every way the command can stop.
+#include <gtest/gtest.h>
+
+#include <memory_resource>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "double/fixture.hpp"
+#include "internal_stats/internal_stats.hpp"
+#include "qdcli/handlers.h"
+
+namespace {
+
+using qdtest::Bytes;
+using qdtest::put_be16;
+using qdtest::put_be32;
+using qdtest::Reply;
+
+constexpr std::uint32_t kIf = 0x1a001000u;
+
+// Daemon answer: slot 3, NIF port 0x1a002000.
+const Bytes kNifOfSlot3 = {0x00, 0x03, 0x1a, 0x00, 0x20, 0x00};
+
+// Line-card reply: header with `count` and `status`, then `records` port
+// records (eNIF ports 0, 1, ... with ctrl_rcvd = 100 + index).
+Bytes lc_reply(std::uint8_t count, std::size_t records, std::uint32_t status = 0) {
+    Bytes b(32 + 84 * records);
+    b[2] = count;
+    put_be32(b, 28, status);
+    for (std::size_t i = 0; i < records; ++i) {
+        put_be16(b, 32 + 84 * i, static_cast<std::uint16_t>(i));  // glb_idx
+        put_be16(b, 32 + 84 * i + 6, 2);                          // NIF, nif_class 0: eNIF
+        put_be32(b, 32 + 84 * i + 12, static_cast<std::uint32_t>(100 + i));
+    }
+    return b;
+}
+
+class InternalStatsTest : public qdtest::PlatformTest {
+protected:
+    void SetUp() override {
+        PlatformTest::SetUp();
+        pf().sat_of_slot[3] = 7;
+        command.handle(0x77);
+    }
+    std::int32_t run(const char *name = "Ethernet1/1") {
+        return qd_cli_show_internal_stats(command.info(), kIf, name);
+    }
+    void fresh() {
+        qdtest::reset();
+        pf().sat_of_slot[3] = 7;
+    }
+    qdtest::Command command;
+};
+
+TEST_F(InternalStatsTest, AsksTheDaemonThenTheSlotsAgentAndPrintsTheReport) {
+    pf().replies.push_back(Reply::bytes(kNifOfSlot3));
+    pf().replies.push_back(Reply::bytes(lc_reply(2, 2)));
+    EXPECT_EQ(run(), 0);
+
+    ASSERT_EQ(pf().sent.size(), 2u);
+    const auto &daemon = pf().sent[0];
+    EXPECT_EQ(daemon.handle, 0x77u);
+    EXPECT_EQ(daemon.node, 0xfe000000u);
+    EXPECT_EQ(daemon.payload[0], 22);
+    EXPECT_EQ(qdtest::get_host32(daemon.payload, 4), kIf);
+    EXPECT_EQ(qdtest::get_host32(daemon.payload, 8), 0u);
+
+    const auto &agent = pf().sent[1];
+    EXPECT_EQ(agent.handle, 0x77u);
+    EXPECT_EQ(agent.node, 0x0402u);
+    EXPECT_EQ(agent.sap, 620u);
+    EXPECT_EQ(agent.opcode, 111638u);
+    const Bytes request = {23,   2,    1,    0,     // cmd, variant, count
+                           0,    0,    0,    7,     // extender of slot 3
+                           0,    0,    0,    0,     //
+                           0,    0,    0,    3,     // slot
+                           0,    0,    0,    0,     //
+                           0x1a, 0x00, 0x20, 0x00,  // NIF port, network order
+                           1,    0,    0,    0,     // fixed one
+                           0,    0,    0,    0,     // status
+                           0x1a, 0x00, 0x20, 0x00,  // target: the NIF port again
+                           0,    0,    0,    0};
+    EXPECT_EQ(agent.payload, request);
+    EXPECT_EQ(agent.recv_opts.word[2], 5u);
+
+    EXPECT_EQ(pf().printed.rfind("\n+-------------+\n N2H direction \n", 0), 0u);
+    EXPECT_NE(pf().printed.find(" 1       101            0              0             \n"), std::string::npos);
+    EXPECT_EQ(pf().flushes, 1u);
+    EXPECT_EQ(pf().delivered, pf().printed);
+}
+
+TEST_F(InternalStatsTest, TheSlotsLowByteNamesTheExtenderAndTheWholeSlotTheNode) {
+    pf().sat_of_slot[5] = 9;
+    pf().replies.push_back(Reply::bytes({0x01, 0x05, 0x00, 0x00, 0x00, 0x01}));
+    pf().replies.push_back(Reply::bytes(lc_reply(1, 1)));
+    run();
+    ASSERT_EQ(pf().sent.size(), 2u);
+    EXPECT_EQ(pf().sent[1].node, 0x0602u);
+    EXPECT_EQ((Bytes(pf().sent[1].payload.begin() + 4, pf().sent[1].payload.begin() + 16)),
+              (Bytes{0, 0, 0, 9, 0, 0, 0, 0, 0, 0, 1, 5}));
+
+    // When the extender is not known the request says 0.
+    fresh();
+    pf().replies.push_back(Reply::bytes({0x00, 0x04, 0x00, 0x00, 0x00, 0x01}));
+    pf().replies.push_back(Reply::bytes(lc_reply(1, 1)));
+    run();
+    EXPECT_EQ((Bytes(pf().sent[1].payload.begin() + 4, pf().sent[1].payload.begin() + 8)), (Bytes{0, 0, 0, 0}));
+}
+
+TEST_F(InternalStatsTest, DaemonFailuresStopBeforeTheLineCard) {
+    struct Case {
+        Reply reply;
+        std::int32_t result;
+        std::string message;
+    };
+    const Case cases[] = {
+        {Reply::send_failure(0x40aa0001), 0x40aa0001, std::string(79, 'x')},  // cut to the 80-byte buffer
+        {Reply::recv_failure(0x40aa0002), 0x40aa0002, "timed out\n"},
+        {Reply::empty(), 0, "mts payload is empty"},
+        {Reply::bytes({0x00, 0x03, 0x00, 0x00, 0x00, 0x00}), 0,
+         "qd_cli_show_internal_stats: failed to find nif port for ifidx 0x1a001000"},
+        {Reply::bytes({0x00, 0x03, 0x1a, 0x00, 0x20}), 0, "Truncated NIF port reply: 5 of 6 bytes\n"},
+    };
+    for (const Case &c : cases) {
+        fresh();
+        pf().error_texts[0x40aa0001] = std::string(100, 'x');
+        pf().error_texts[0x40aa0002] = "timed out";
+        pf().replies.push_back(c.reply);
+        EXPECT_EQ(run(), c.result);
+        EXPECT_EQ(pf().printed, c.message);
+        EXPECT_EQ(pf().flushes, 1u);
+        EXPECT_EQ(pf().sent.size(), 1u);
+        for (const std::string &error : qdtest::ledger_errors()) ADD_FAILURE() << c.message << ": " << error;
+    }
+}
+
+TEST_F(InternalStatsTest, LineCardFailuresAreToldAndReturnZero) {
+    Bytes short_records = lc_reply(3, 2);
+    short_records.resize(short_records.size() + 83);
+    struct Case {
+        Reply reply;
+        std::string message;
+    };
+    const Case cases[] = {
+        {Reply::send_failure(0x40aa0003), "Cmd send failed for Ethernet1/1 with error code no such card\n"},
+        {Reply::recv_failure(0x40aa0003), "Cmd recv failed for Ethernet1/1 with error code no such card\n"},
+        {Reply::empty(), "mts payload is empty"},
+        {Reply::bytes(lc_reply(2, 2, 0x40aa0003)), "Cmd not supported for Ethernet1/1, error code no such card\n"},
+        {Reply::bytes(lc_reply(0, 0)), "No internal statistic information to display!\n"},
+        {Reply::bytes(Bytes(31)), "Truncated internal statistics reply: 31 of 32 bytes\n"},
+        {Reply::bytes(short_records), "Truncated internal statistics reply: 283 of 284 bytes\n"},
+        {Reply::recv_failure(0x40aa0004),  // cut to 79 characters; the '%' prints as it stands
+         "Cmd recv failed for Ethernet1/1 with error code 100% busy: the agent did not an"},
+    };
+    for (const Case &c : cases) {
+        fresh();
+        pf().error_texts[0x40aa0003] = "no such card";
+        pf().error_texts[0x40aa0004] = "100% busy: the agent did not answer in time";
+        pf().replies.push_back(Reply::bytes(kNifOfSlot3));
+        pf().replies.push_back(c.reply);
+        EXPECT_EQ(run(), 0) << c.message;
+        EXPECT_EQ(pf().printed, c.message);
+        EXPECT_EQ(pf().flushes, 1u) << c.message;
+        EXPECT_EQ(pf().sent.size(), 2u) << c.message;
+        for (const std::string &error : qdtest::ledger_errors()) ADD_FAILURE() << c.message << ": " << error;
+    }
+}
+
+// Fails the allocation numbered `fail_at` (0 = the first), and keeps count
+// of what is allocated and still held.
+class FailingResource : public std::pmr::memory_resource {
+public:
+    explicit FailingResource(int fail_at) : fail_at_(fail_at) {}
+    std::vector<std::size_t> sizes;
+    std::size_t held = 0;
+
+private:
+    void *do_allocate(std::size_t bytes, std::size_t align) override {
+        if (static_cast<int>(sizes.size()) == fail_at_) throw std::bad_alloc();
+        sizes.push_back(bytes);
+        held += bytes;
+        return std::pmr::new_delete_resource()->allocate(bytes, align);
+    }
+    void do_deallocate(void *p, std::size_t bytes, std::size_t align) override {
+        held -= bytes;
+        std::pmr::new_delete_resource()->deallocate(p, bytes, align);
+    }
+    bool do_is_equal(const std::pmr::memory_resource &other) const noexcept override { return this == &other; }
+    int fail_at_;
+};
+
+TEST_F(InternalStatsTest, SevenTablesAreAllocatedInOrderAndFreedOnEveryPath) {
+    // Three eNIF and one iHIF port: n = 3 rows, N = 4 records.
+    Bytes reply = lc_reply(4, 4);
+    put_be16(reply, 32 + 84 * 3, 0);
+    put_be16(reply, 32 + 84 * 3 + 6, 1);
+    {
+        pf().replies.push_back(Reply::bytes(kNifOfSlot3));
+        pf().replies.push_back(Reply::bytes(reply));
+        FailingResource never(-1);
+        EXPECT_EQ(qdcli::internal_stats::show_internal_stats(command.info(), kIf, "Ethernet1/1", &never), 0);
+        EXPECT_EQ(never.sizes, (std::vector<std::size_t>{3 * 3 * 8, 3 * 3 * 8, 3 * 5 * 8, 3 * 3 * 8, 3 * 3 * 8,
+                                                         3 * 4 * 8, 4 * sizeof(qd_port_map_entry)}));
+        EXPECT_EQ(never.held, 0u);
+        EXPECT_NE(pf().printed.find(" port map \n"), std::string::npos);
+    }
+    for (int fail_at = 0; fail_at < 7; ++fail_at) {
+        fresh();
+        pf().replies.push_back(Reply::bytes(kNifOfSlot3));
+        pf().replies.push_back(Reply::bytes(reply));
+        FailingResource failing(fail_at);
+        EXPECT_EQ(qdcli::internal_stats::show_internal_stats(command.info(), kIf, "Ethernet1/1", &failing), 0);
+        EXPECT_EQ(pf().printed, "Failed to allocate memory!") << fail_at;
+        EXPECT_EQ(pf().flushes, 1u);
+        EXPECT_EQ(failing.sizes.size(), static_cast<std::size_t>(fail_at));
+        EXPECT_EQ(failing.held, 0u) << fail_at;
+        for (const std::string &error : qdtest::ledger_errors()) ADD_FAILURE() << fail_at << ": " << error;
+    }
+}
+
+}  // namespace
