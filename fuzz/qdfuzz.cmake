@@ -3,8 +3,7 @@
 set(QDFUZZ_DIR ${CMAKE_CURRENT_LIST_DIR})
 set(QDFUZZ_HARNESS_SOURCES
   ${QDFUZZ_DIR}/harness/harness.cpp
-  ${QDFUZZ_DIR}/harness/layouts.cpp
-  ${QDFUZZ_DIR}/harness/pending_handlers.cpp)
+  ${QDFUZZ_DIR}/harness/layouts.cpp)
 
 # Names of all targets, sorted.
 function(qdfuzz_target_names out)
