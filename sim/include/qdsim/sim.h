@@ -87,4 +87,32 @@ void open_switch_stream(cmd_rsp *rsp, std::uint32_t mts_handle);
 // Releases every system resource the simulator created (shared memory).
 void shutdown();
 
+// Reads the value at a JSON pointer of the state document (pretty JSON).
+bool get_state_value(const std::string &path, std::string &value, std::string &error);
+
+// The simulated clock: close_command advances it by one tick; a host may
+// advance it further. Every counter with a rate grows by rate x ticks.
+void advance_clock(std::uint64_t ticks = 1);
+std::uint64_t clock_ticks();
+
+// What close_command would report for a handle so far (messages released
+// twice, never released, replies never received), without closing it.
+std::vector<std::string> check_ledger(std::uint32_t mts_handle);
+
+// The switch's complaints about how it was used (also written to standard
+// error as they happen), since the last call.
+std::vector<std::string> take_diagnostics();
+
+OutputMode output_mode();
+
+// Hands a response record a stream of attributes made by the host;
+// cmd_rsp_attr_getnext then walks it. Word 8 gets `mts_handle`; the stream
+// is released when that command is closed or the record gets another one.
+void attach_stream(cmd_rsp *rsp, std::vector<Attribute> attributes, std::uint32_t mts_handle);
+
+// Runs a command line with the platform's own commands (what vsh_system2
+// does when no runner is installed); a runner may hand lines it does not
+// know to this. Returns the command's status (non-zero when unknown).
+int run_platform_command(const std::string &line);
+
 }  // namespace qdsim

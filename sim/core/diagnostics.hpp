@@ -1,0 +1,17 @@
+// Complaints of the switch about how it was used: a message released twice,
+// printer output never flushed, an argument that does not fit its
+// attribute. Each is written to standard error at once and kept until a
+// host takes them (qdsim::take_diagnostics).
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace qdsim {
+
+void diagnostic(const std::string &text);
+std::vector<std::string> take_diagnostics();
+// Whether diagnostics are echoed to standard error (on by default).
+void set_diagnostics_echo(bool echo);
+
+}  // namespace qdsim

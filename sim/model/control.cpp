@@ -1,0 +1,148 @@
+// Control of the switch's model for hosts: loading scenarios, the list of
+// interfaces, and reading and changing the state document.
+#include <memory>
+
+#include "core/lock.hpp"
+#include "model/scenario.hpp"
+#include "qdsim/sim.h"
+
+namespace qdsim {
+namespace {
+
+bool load(bool read_ok, const ScenarioSource &source, ScenarioError &error) {
+    if (!read_ok) return false;
+    std::unique_ptr<Model> model = build_model(source, error);
+    if (!model) return false;
+    install_model(std::move(model));
+    return true;
+}
+
+}  // namespace
+
+bool load_scenario_file(const std::string &path, ScenarioError &error) {
+    SwitchLock lock(switch_mutex());
+    ScenarioSource source;
+    return load(read_scenario_file(path, source, error), source, error);
+}
+
+bool load_scenario_text(const std::string &text, const std::string &name, ScenarioError &error) {
+    SwitchLock lock(switch_mutex());
+    ScenarioSource source;
+    return load(read_scenario_text(text, name, source, error), source, error);
+}
+
+void load_default_scenario() {
+    SwitchLock lock(switch_mutex());
+    install_model(build_default_model());
+}
+
+const std::string &default_scenario_text() {
+    static const std::string text = [] {
+        ScenarioSource source;
+        ScenarioError error;
+        return read_default_scenario(source, error) ? source.doc.dump(2) + "\n" : std::string("{}\n");
+    }();
+    return text;
+}
+
+std::vector<InterfaceInfo> interfaces() {
+    SwitchLock lock(switch_mutex());
+    std::vector<InterfaceInfo> out;
+    for (const Interface &i : current_model().interfaces()) out.push_back({i.if_index, i.type, i.sub_intf, i.name});
+    return out;
+}
+
+std::optional<std::uint32_t> find_interface(const std::string &spelling) {
+    SwitchLock lock(switch_mutex());
+    const Interface *i = current_model().find_interface(spelling);
+    if (i == nullptr) return std::nullopt;
+    return i->if_index;
+}
+
+std::string dump_state_json() {
+    SwitchLock lock(switch_mutex());
+    return current_model().state().dump(2) + "\n";
+}
+
+bool get_state_value(const std::string &path, std::string &value, std::string &error) {
+    SwitchLock lock(switch_mutex());
+    const Json *v = nullptr;
+    try {
+        const Json::json_pointer pointer(path);
+        const Json &state = current_model().state();
+        if (state.contains(pointer)) v = &state.at(pointer);
+    } catch (const Json::exception &) {
+        error = "\"" + path + "\" is not a JSON pointer (such as /interfaces/Ethernet1~11)";
+        return false;
+    }
+    if (v == nullptr) {
+        error = "nothing at " + path;
+        return false;
+    }
+    value = v->dump(2);
+    return true;
+}
+
+bool set_state_value(const std::string &path, const std::string &value, std::string &error) {
+    SwitchLock lock(switch_mutex());
+    Json parsed;
+    try {
+        parsed = Json::parse(value);
+    } catch (const Json::parse_error &e) {
+        error = "the value is not JSON: " + std::string(e.what());
+        return false;
+    }
+    ScenarioSource source{current_model().state(), {}, "state"};
+    try {
+        const Json::json_pointer pointer(path);
+        if (pointer.empty()) {
+            source.doc = std::move(parsed);
+        } else {
+            const Json::json_pointer parent = pointer.parent_pointer();
+            if (!source.doc.contains(parent) || !(source.doc.at(parent).is_object() || source.doc.at(parent).is_array())) {
+                error = "nothing at " + parent.to_string() + " to hold " + pointer.back();
+                return false;
+            }
+            Json &holder = source.doc.at(parent);
+            if (holder.is_array() && pointer.back() != "-") {
+                // An array element is replaced, never inserted past the end.
+                const std::string &token = pointer.back();
+                std::size_t index = 0;
+                try {
+                    index = std::stoul(token);
+                } catch (const std::exception &) {
+                    error = "\"" + token + "\" is not an index of " + parent.to_string();
+                    return false;
+                }
+                if (index >= holder.size()) {
+                    error = parent.to_string() + " has " + std::to_string(holder.size()) + " elements; use /- to append";
+                    return false;
+                }
+            }
+            source.doc[pointer] = std::move(parsed);
+        }
+    } catch (const Json::exception &e) {
+        error = "\"" + path + "\" is not a JSON pointer into the state: " + e.what();
+        return false;
+    }
+    ScenarioError refused;
+    std::unique_ptr<Model> model = build_model(source, refused);
+    if (!model) {
+        error = refused.reason;
+        return false;
+    }
+    install_model(std::move(model));
+    return true;
+}
+
+void advance_clock(std::uint64_t ticks) {
+    SwitchLock lock(switch_mutex());
+    current_model().tick(ticks);
+}
+
+std::uint64_t clock_ticks() {
+    SwitchLock lock(switch_mutex());
+    return current_model().ticks();
+}
+
+}  // namespace qdsim

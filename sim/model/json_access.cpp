@@ -1,0 +1,114 @@
+#include "model/json_access.hpp"
+
+#include <cstdlib>
+
+namespace qdsim {
+namespace {
+
+template <class J>
+J *find_in(J &base, std::string_view pointer) {
+    if (pointer.empty()) return &base;
+    try {
+        const Json::json_pointer ptr{std::string(pointer)};
+        if (!base.contains(ptr)) return nullptr;
+        return &base.at(ptr);
+    } catch (const Json::exception &) {
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+const Json *find(const Json &base, std::string_view pointer) { return find_in(base, pointer); }
+Json *find(Json &base, std::string_view pointer) { return find_in(base, pointer); }
+
+bool read_unsigned(const Json &value, std::uint64_t &out) {
+    if (value.is_number_unsigned()) {
+        out = value.get<std::uint64_t>();
+        return true;
+    }
+    if (value.is_number_integer()) {
+        const std::int64_t v = value.get<std::int64_t>();
+        if (v < 0) return false;
+        out = static_cast<std::uint64_t>(v);
+        return true;
+    }
+    if (value.is_string()) {
+        const std::string &s = value.get_ref<const std::string &>();
+        if (s.size() < 3 || s.size() > 18 || s[0] != '0' || (s[1] != 'x' && s[1] != 'X')) return false;
+        char *end = nullptr;
+        const unsigned long long v = std::strtoull(s.c_str() + 2, &end, 16);
+        if (end == nullptr || *end != '\0') return false;
+        out = v;
+        return true;
+    }
+    return false;
+}
+
+std::uint64_t get_u64(const Json &base, std::string_view pointer, std::uint64_t fallback) {
+    const Json *v = find(base, pointer);
+    std::uint64_t out = 0;
+    if (v == nullptr) return fallback;
+    if (v->is_boolean()) return v->get<bool>() ? 1 : 0;
+    return read_unsigned(*v, out) ? out : fallback;
+}
+
+std::uint32_t get_u32(const Json &base, std::string_view pointer, std::uint32_t fallback) {
+    return static_cast<std::uint32_t>(get_u64(base, pointer, fallback));
+}
+
+std::int64_t get_i64(const Json &base, std::string_view pointer, std::int64_t fallback) {
+    const Json *v = find(base, pointer);
+    if (v == nullptr) return fallback;
+    if (v->is_number_integer()) return v->get<std::int64_t>();
+    std::uint64_t u = 0;
+    return read_unsigned(*v, u) ? static_cast<std::int64_t>(u) : fallback;
+}
+
+bool get_bool(const Json &base, std::string_view pointer, bool fallback) {
+    const Json *v = find(base, pointer);
+    if (v == nullptr) return fallback;
+    if (v->is_boolean()) return v->get<bool>();
+    if (v->is_number()) return v->get<double>() != 0;
+    return fallback;
+}
+
+std::string get_string(const Json &base, std::string_view pointer, const std::string &fallback) {
+    const Json *v = find(base, pointer);
+    return v != nullptr && v->is_string() ? v->get<std::string>() : fallback;
+}
+
+void zero_counters(Json &value) {
+    if (value.is_object()) {
+        for (auto it = value.begin(); it != value.end(); ++it)
+            if (it.key() != "rates") zero_counters(it.value());
+    } else if (value.is_array()) {
+        for (Json &element : value) zero_counters(element);
+    } else if (value.is_number_integer()) {
+        value = 0u;
+    }
+}
+
+void zero_counter_blocks(Json &value) {
+    if (value.is_object()) {
+        for (auto it = value.begin(); it != value.end(); ++it) {
+            if (it.key() == "rates") continue;
+            if (it.key() == "counters") zero_counters(it.value());
+            else zero_counter_blocks(it.value());
+        }
+    } else if (value.is_array()) {
+        for (Json &element : value) zero_counter_blocks(element);
+    }
+}
+
+std::string pointer_token(std::string_view token) {
+    std::string out = "/";
+    for (char c : token) {
+        if (c == '~') out += "~0";
+        else if (c == '/') out += "~1";
+        else out += c;
+    }
+    return out;
+}
+
+}  // namespace qdsim

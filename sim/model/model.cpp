@@ -1,0 +1,184 @@
+#include "model/model.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+
+#include "core/lock.hpp"
+#include "model/scenario.hpp"
+
+namespace qdsim {
+
+std::string hex32(std::uint32_t v) {
+    char buf[16];
+    std::snprintf(buf, sizeof buf, "0x%08x", v);
+    return buf;
+}
+
+std::string ethernet_name(std::uint32_t slot, std::uint32_t port) {
+    return "Ethernet" + std::to_string(slot) + "/" + std::to_string(port);
+}
+
+std::string sub_interface_name(std::uint32_t slot, std::uint32_t port, std::uint32_t sub_id) {
+    return ethernet_name(slot, port) + "." + std::to_string(sub_id);
+}
+
+std::string host_name(std::uint32_t extender, std::uint32_t module, std::uint32_t port) {
+    return "Ethernet" + std::to_string(extender) + "/" + std::to_string(module) + "/" + std::to_string(port);
+}
+
+std::uint32_t ethernet_index(std::uint8_t type, std::uint32_t slot, std::uint32_t port, std::uint32_t sub_id) {
+    return (std::uint32_t{type} << 24) | (((slot - 1) & 0xffu) << 16) | (((port - 1) & 0xffu) << 8) | (sub_id & 0xffu);
+}
+
+std::uint32_t host_index(std::uint32_t extender, std::uint32_t module, std::uint32_t port) {
+    return (31u << 24) | ((extender & 0xffu) << 16) | (((port - 1) & 0xffu) << 8) | ((module - 1) & 0xffu);
+}
+
+namespace {
+
+std::string lower(std::string_view s) {
+    std::string out;
+    for (char c : s)
+        if (c != ' ' && c != '\t') out += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return out;
+}
+
+template <class T, class Pred>
+const T *find_if_ptr(const std::vector<T> &v, Pred pred) {
+    auto it = std::find_if(v.begin(), v.end(), pred);
+    return it == v.end() ? nullptr : &*it;
+}
+
+std::unique_ptr<Model> &installed() {
+    static std::unique_ptr<Model> model;
+    return model;
+}
+
+}  // namespace
+
+void Model::reindex() {
+    std::sort(interfaces_.begin(), interfaces_.end(),
+              [](const Interface &a, const Interface &b) { return a.if_index < b.if_index; });
+    by_index_.clear();
+    by_lower_name_.clear();
+    for (std::size_t i = 0; i < interfaces_.size(); ++i) {
+        by_index_[interfaces_[i].if_index] = i;
+        by_lower_name_[lower(interfaces_[i].name)] = i;
+    }
+}
+
+const Interface *Model::interface(std::uint32_t if_index) const {
+    auto it = by_index_.find(if_index);
+    return it == by_index_.end() ? nullptr : &interfaces_[it->second];
+}
+
+const Interface *Model::interface_named(std::string_view canonical_name) const {
+    auto it = by_lower_name_.find(lower(canonical_name));
+    if (it == by_lower_name_.end() || interfaces_[it->second].name != canonical_name) return nullptr;
+    return &interfaces_[it->second];
+}
+
+const Interface *Model::find_interface(std::string_view spelling) const {
+    const std::string s = lower(spelling);
+    if (s.empty()) return nullptr;
+    std::uint64_t number = 0;
+    if (read_unsigned(Json(s), number) ||
+        (std::all_of(s.begin(), s.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)); }) &&
+         s.size() <= 10 && (number = std::stoull(s), true)))
+        return number <= 0xffffffffu ? interface(static_cast<std::uint32_t>(number)) : nullptr;
+    if (auto it = by_lower_name_.find(s); it != by_lower_name_.end()) return &interfaces_[it->second];
+    std::size_t letters = 0;
+    while (letters < s.size() && std::isalpha(static_cast<unsigned char>(s[letters]))) ++letters;
+    if (letters == 0 || letters == s.size() || !std::isdigit(static_cast<unsigned char>(s[letters]))) return nullptr;
+    if (std::string_view("ethernet").substr(0, letters) != std::string_view(s).substr(0, letters)) return nullptr;
+    auto it = by_lower_name_.find("ethernet" + s.substr(letters));
+    return it == by_lower_name_.end() ? nullptr : &interfaces_[it->second];
+}
+
+const Extender *Model::extender(std::uint32_t number) const {
+    return find_if_ptr(extenders_, [&](const Extender &e) { return e.number == number; });
+}
+const Extender *Model::extender_at_slot(std::uint32_t slot) const {
+    return find_if_ptr(extenders_, [&](const Extender &e) { return e.slot == slot; });
+}
+const Extender *Model::extender_at_node(std::uint32_t node) const {
+    return find_if_ptr(extenders_, [&](const Extender &e) { return e.node == node; });
+}
+const Extender *Model::extender_behind(std::uint32_t uplink_if_index) const {
+    return find_if_ptr(extenders_, [&](const Extender &e) {
+        return std::find(e.uplinks.begin(), e.uplinks.end(), uplink_if_index) != e.uplinks.end();
+    });
+}
+const LineCard *Model::line_card(std::uint32_t slot) const {
+    return find_if_ptr(line_cards_, [&](const LineCard &c) { return c.slot == slot; });
+}
+const LineCard *Model::line_card_at_node(std::uint32_t node) const {
+    return find_if_ptr(line_cards_, [&](const LineCard &c) { return c.node == node; });
+}
+
+std::int32_t Model::platform_type() const {
+    return static_cast<std::int32_t>(get_i64(state_, "/platform/type", 2));
+}
+std::uint32_t Model::vdc() const { return get_u32(state_, "/platform/vdc", 1); }
+std::uint16_t Model::card_id() const { return static_cast<std::uint16_t>(get_u32(state_, "/platform/card_id", 0)); }
+std::uint32_t Model::sw_card_id() const { return get_u32(state_, "/platform/sw_card_id", card_id()); }
+
+std::array<std::uint8_t, 8> Model::cos_map() const {
+    std::array<std::uint8_t, 8> map{};
+    for (unsigned cos = 0; cos < 8; ++cos)
+        map[cos] = static_cast<std::uint8_t>(get_u32(state_, "/cos_map/" + std::to_string(cos), cos / 2));
+    return map;
+}
+
+void Model::set_cos_map(const std::array<std::uint8_t, 8> &map) {
+    Json values = Json::array();
+    for (std::uint8_t q : map) values.push_back(q);
+    state_["cos_map"] = std::move(values);
+}
+
+std::optional<FaultAction> Model::take_fault(const FaultQuery &q) {
+    for (const Fault &f : faults_) {
+        if (f.target != q.target) continue;
+        if (f.command && (!q.command || *f.command != *q.command)) continue;
+        if (f.if_index && (!q.if_index || *f.if_index != *q.if_index)) continue;
+        if (f.extender && (!q.extender || *f.extender != *q.extender)) continue;
+        if (f.operation && (!q.operation || *f.operation != *q.operation)) continue;
+        if (f.mask && (!q.mask || *f.mask != *q.mask)) continue;
+        Json &entry = state_["faults"][f.position];
+        if (entry.contains("count")) {
+            const std::uint64_t left = get_u64(entry, "/count", 0);
+            if (left == 0) continue;  // spent
+            entry["count"] = left - 1;
+        }
+        return f.action;
+    }
+    return std::nullopt;
+}
+
+void Model::tick(std::uint64_t ticks) {
+    for (const Rate &rate : rates_) {
+        if (!state_.contains(rate.target)) continue;  // a service removed the counter
+        Json &counter = state_.at(rate.target);
+        std::uint64_t value = 0;
+        if (!counter.is_number_integer() || !read_unsigned(counter, value)) continue;
+        counter = value + rate.per_tick * ticks;  // unsigned: wraps at 2^64 like the hardware's
+    }
+    state_["clock"]["ticks"] = this->ticks() + ticks;
+}
+
+std::uint64_t Model::ticks() const { return get_u64(state_, "/clock/ticks", 0); }
+
+Model &current_model() {
+    SwitchLock lock(switch_mutex());
+    std::unique_ptr<Model> &model = installed();
+    if (!model) model = build_default_model();
+    return *model;
+}
+
+void install_model(std::unique_ptr<Model> model) {
+    SwitchLock lock(switch_mutex());
+    installed() = std::move(model);
+}
+
+}  // namespace qdsim

@@ -1,0 +1,162 @@
+// The simulated switch: a validated state document plus an index of its
+// core entities.
+//
+// The document holds everything the switch knows (see sim/README.md for
+// its layout); the index gives the interfaces, extenders and line cards
+// with their identities (index, name, slot, node) and a pointer to each
+// entity's object in the document, where services find their sections.
+//
+// Services run under the switch lock and get the model from current_model().
+// They may change values inside sections freely (a clear zeroes counters,
+// a configuration stores a value); they never replace an entity's object or
+// the containers that hold the entities (those are the index's): structural
+// changes go through set_state_value, which checks and re-indexes.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "model/faults.hpp"
+#include "model/json_access.hpp"
+
+namespace qdsim {
+
+enum class InterfaceKind { ethernet, host, other };
+
+struct Interface {
+    std::uint32_t if_index = 0;
+    std::uint8_t type = 0;            // 26 or 1 (Ethernet), 31 (host), other codes for other kinds
+    InterfaceKind kind = InterfaceKind::ethernet;
+    bool sub_intf = false;
+    std::string name;                 // canonical: Ethernet1/5, Ethernet1/5.100, Ethernet101/1/7
+    std::uint8_t slot = 0;            // Ethernet: its line card; host: its extender's slot
+    std::uint16_t port = 0;           // port number within the card or extender
+    std::uint8_t sub_id = 0;          // sub-interface number
+    std::uint32_t parent = 0;         // sub-interface: index of its main interface
+    std::uint16_t extender = 0;       // host: its extender; Ethernet: the extender it leads to, else 0
+    Json *data = nullptr;             // its object under /interfaces
+};
+
+struct Extender {
+    std::uint16_t number = 0;         // 100 to 199
+    std::uint8_t slot = 0;
+    std::uint32_t node = 0;           // MTS node of its statistics agent
+    std::vector<std::uint32_t> uplinks;  // Ethernet interfaces that lead to it
+    std::vector<std::uint32_t> ports;    // its host interfaces, ascending
+    Json *data = nullptr;             // its object under /extenders
+};
+
+struct LineCard {
+    std::uint8_t slot = 0;
+    std::uint32_t node = 0;           // MTS node of its statistics agent
+    Json *data = nullptr;             // its object under /line_cards
+};
+
+class Model {
+public:
+    Model() = default;
+    Model(const Model &) = delete;
+    Model &operator=(const Model &) = delete;
+
+    // ---- Entities ----
+    const std::vector<Interface> &interfaces() const { return interfaces_; }  // ascending index
+    const Interface *interface(std::uint32_t if_index) const;
+    const Interface *interface_named(std::string_view canonical_name) const;
+    // A user's spelling: "Ethernet1/1", "eth1/1", "e 1/1", any case; also
+    // the name of an interface of another kind, or its index ("0x1a000000").
+    const Interface *find_interface(std::string_view spelling) const;
+
+    const std::vector<Extender> &extenders() const { return extenders_; }
+    const Extender *extender(std::uint32_t number) const;
+    const Extender *extender_at_slot(std::uint32_t slot) const;
+    const Extender *extender_at_node(std::uint32_t node) const;
+    const Extender *extender_behind(std::uint32_t uplink_if_index) const;
+
+    const std::vector<LineCard> &line_cards() const { return line_cards_; }
+    const LineCard *line_card(std::uint32_t slot) const;
+    const LineCard *line_card_at_node(std::uint32_t node) const;
+
+    // ---- Platform ----
+    std::int32_t platform_type() const;
+    std::uint32_t vdc() const;
+    std::uint16_t card_id() const;
+    std::uint32_t sw_card_id() const;
+
+    // Multicast queue of each CoS (/cos_map).
+    std::array<std::uint8_t, 8> cos_map() const;
+    void set_cos_map(const std::array<std::uint8_t, 8> &map);
+
+    // ---- The document ----
+    Json &state() { return state_; }
+    const Json &state() const { return state_; }
+
+    // ---- Faults ----
+    // The first active fault that matches; spends one use of it.
+    std::optional<FaultAction> take_fault(const FaultQuery &query);
+
+    // ---- Clock ----
+    // Advances every counter that has a rate by rate x ticks.
+    void tick(std::uint64_t ticks = 1);
+    std::uint64_t ticks() const;
+
+    // Node of the statistics agent of a slot: ((slot + 1) << 8 | 2), 16 bits.
+    static std::uint32_t slot_node(std::uint32_t slot) { return (((slot + 1) << 8) | 2) & 0xffffu; }
+
+private:
+    friend class ModelBuilder;
+
+    struct Fault {
+        FaultTarget target = FaultTarget::daemon;
+        FaultAction action;
+        std::optional<std::uint32_t> command;
+        std::optional<std::uint32_t> if_index;
+        std::optional<std::uint32_t> extender;
+        std::optional<std::string> operation;
+        std::optional<std::uint64_t> mask;
+        std::size_t position = 0;  // index in /faults
+    };
+    struct Rate {
+        Json::json_pointer target;
+        std::uint64_t per_tick = 0;
+    };
+
+    void reindex();
+
+    Json state_;
+    std::vector<Interface> interfaces_;
+    std::map<std::uint32_t, std::size_t> by_index_;
+    std::map<std::string, std::size_t> by_lower_name_;
+    std::vector<Extender> extenders_;
+    std::vector<LineCard> line_cards_;
+    std::vector<Fault> faults_;
+    std::vector<Rate> rates_;
+};
+
+// The switch's model, loading the embedded default scenario on first use.
+// Callers hold the switch lock (SwitchLock) while they use it.
+Model &current_model();
+
+// Replaces the switch's model (the loaders call this).
+void install_model(std::unique_ptr<Model> model);
+
+// Canonical names.
+std::string ethernet_name(std::uint32_t slot, std::uint32_t port);
+std::string sub_interface_name(std::uint32_t slot, std::uint32_t port, std::uint32_t sub_id);
+std::string host_name(std::uint32_t extender, std::uint32_t module, std::uint32_t port);
+
+// Interface indexes: the type code in the top byte.
+//   Ethernet S/P (type 26 or 1): type << 24 | (S - 1) << 16 | (P - 1) << 8
+//   sub-interface S/P.N:          the main interface's index | N
+//   host interface E/M/P:         31 << 24 | E << 16 | (P - 1) << 8 | (M - 1)
+std::uint32_t ethernet_index(std::uint8_t type, std::uint32_t slot, std::uint32_t port, std::uint32_t sub_id = 0);
+std::uint32_t host_index(std::uint32_t extender, std::uint32_t module, std::uint32_t port);
+
+std::string hex32(std::uint32_t v);
+
+}  // namespace qdsim

@@ -1,0 +1,1069 @@
+#include "model/scenario.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <deque>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "core/diagnostics.hpp"
+#include "core/errors.hpp"
+#include "model/embedded.hpp"
+#include "model/merge.hpp"
+#include "model/sections.hpp"
+
+namespace qdsim {
+
+std::string ScenarioError::message() const {
+    std::string out = file.empty() ? std::string("scenario") : file;
+    if (line) out += ":" + std::to_string(line) + ":" + std::to_string(column);
+    return out + ": " + reason;
+}
+
+namespace {
+
+// Members of the top level that the core reads itself.
+const std::vector<std::string> kCoreRootKeys = {"description",  "platform",      "cos_map",          "clock",
+                                                "defaults",     "line_cards",    "ethernet",         "sub_interfaces",
+                                                "extenders",    "other_interfaces", "interfaces",    "faults",
+                                                "rates"};
+// Members every entity may carry besides its registered sections.
+const std::vector<std::string> kBuiltinDataKeys = {"rates", "description"};
+const std::vector<std::string> kDefaultKinds = {"ethernet", "host", "other", "extender", "line_card"};
+
+constexpr unsigned kMaxExtends = 8;
+
+struct Refusal {
+    ScenarioError error;
+};
+
+// One layer of an entity's data: where it was written and what it holds.
+struct Layer {
+    std::string base;   // source pointer of the object the layer's members sit in
+    const Json *value;  // the layer's data members
+};
+
+// Where an entity's data comes from: layers, lowest priority first.
+struct Origin {
+    std::string declaration;  // source pointer of the declaration
+    std::vector<Layer> layers;
+};
+
+struct PendingInterface {
+    Interface identity;
+    Scope scope = Scope::ethernet;
+    Origin origin;
+};
+
+struct PendingExtender {
+    Extender identity;
+    Origin origin;
+    Json normalized;  // identity members of its state entry
+};
+
+struct PendingCard {
+    LineCard identity;
+    Origin origin;
+};
+
+std::string join(const std::vector<std::string> &names) {
+    std::string out;
+    for (const std::string &n : names) out += (out.empty() ? "" : ", ") + n;
+    return out;
+}
+
+bool contains(const std::vector<std::string> &names, const std::string &name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+std::string lower(std::string s) {
+    for (char &c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return s;
+}
+
+}  // namespace
+
+class ModelBuilder {
+public:
+    explicit ModelBuilder(const ScenarioSource &source) : src_(source), root_(source.doc) {}
+
+    std::unique_ptr<Model> build() {
+        if (!root_.is_object()) fail("", "a scenario is a JSON object");
+        model_ = std::make_unique<Model>();
+        out_ = Json::object();
+        check_root_members();
+        if (const Json *d = member("", "description")) {
+            if (!d->is_string()) fail("/description", "expected a text");
+            out_["description"] = *d;
+        }
+        build_platform();
+        build_cos_map();
+        build_clock();
+        read_defaults();
+        declare_line_cards();
+        declare_ethernet();
+        declare_sub_interfaces();
+        declare_extenders();
+        declare_other_interfaces();
+        apply_interface_overrides();
+        finish_interfaces();
+        finish_extenders();
+        finish_line_cards();
+        build_faults();
+        build_root_sections();
+        model_->state_ = std::move(out_);
+        attach_data_pointers();
+        build_rates();
+        model_->reindex();
+        return std::move(model_);
+    }
+
+private:
+    // ---- Refusing ----
+
+    [[noreturn]] void fail(const std::string &pointer, const std::string &reason, bool at_key = false) const {
+        Refusal r;
+        const SourcePosition where = position_of(src_.positions, pointer, at_key);
+        r.error.file = where.line ? where.file : src_.origin;
+        r.error.line = where.line;
+        r.error.column = where.column;
+        r.error.reason = (pointer.empty() ? std::string() : "at " + pointer + ": ") + reason;
+        throw r;
+    }
+
+    // Source pointer of `relative` within an entity's data: the layer of
+    // highest priority that holds it (or its nearest enclosing value).
+    static std::string locate(const Origin &origin, std::string relative) {
+        while (true) {
+            for (auto layer = origin.layers.rbegin(); layer != origin.layers.rend(); ++layer)
+                if (relative.empty() || find(*layer->value, relative) != nullptr) return layer->base + relative;
+            if (relative.empty()) return origin.declaration;
+            relative.erase(relative.rfind('/'));
+        }
+    }
+
+    [[noreturn]] void fail_in(const Origin &origin, const std::string &relative, const std::string &reason,
+                              bool at_key = false) const {
+        fail(locate(origin, relative), reason, at_key);
+    }
+
+    // Source pointer of a pointer into the state being built.
+    std::string locate_state(const std::string &pointer) const {
+        for (const auto &[prefix, origin] : state_origins_) {
+            if (pointer == prefix) return locate(*origin, "");
+            if (pointer.size() > prefix.size() && pointer.compare(0, prefix.size(), prefix) == 0 &&
+                pointer[prefix.size()] == '/')
+                return locate(*origin, pointer.substr(prefix.size()));
+        }
+        return pointer;
+    }
+
+    // ---- Reading values ----
+
+    const Json *member(const std::string &pointer, const std::string &name) const {
+        const Json *container = find(root_, pointer);
+        if (container == nullptr || !container->is_object() || !container->contains(name)) return nullptr;
+        return &(*container)[name];
+    }
+
+    const Json &object_at(const Json &v, const std::string &pointer) const {
+        if (!v.is_object()) fail(pointer, "expected an object");
+        return v;
+    }
+
+    const Json &array_at(const Json &v, const std::string &pointer) const {
+        if (!v.is_array()) fail(pointer, "expected an array");
+        return v;
+    }
+
+    std::uint64_t unsigned_at(const Json &v, const std::string &pointer, std::uint64_t min, std::uint64_t max) const {
+        std::uint64_t out = 0;
+        if (!read_unsigned(v, out)) fail(pointer, "expected an unsigned integer");
+        if (out < min || out > max)
+            fail(pointer, std::to_string(out) + " is out of range " + std::to_string(min) + "-" + std::to_string(max));
+        return out;
+    }
+
+    std::uint64_t required_unsigned(const Json &obj, const std::string &pointer, const std::string &name,
+                                    std::uint64_t min, std::uint64_t max) const {
+        if (!obj.contains(name)) fail(pointer, "missing member \"" + name + "\"");
+        return unsigned_at(obj[name], pointer + pointer_token(name), min, max);
+    }
+
+    void members_among(const Json &obj, const std::string &pointer, const std::vector<std::string> &names,
+                       const std::string &what) const {
+        for (auto it = obj.begin(); it != obj.end(); ++it)
+            if (!contains(names, it.key()))
+                fail(pointer + pointer_token(it.key()),
+                     "unknown member \"" + it.key() + "\" of " + what + " (known: " + join(names) + ")", true);
+    }
+
+    // The members of a declaration that are data, not identity.
+    const Json *extras(const Json &declaration, const std::vector<std::string> &identity_keys) {
+        Json data = Json::object();
+        for (auto it = declaration.begin(); it != declaration.end(); ++it)
+            if (!contains(identity_keys, it.key())) data[it.key()] = it.value();
+        storage_.push_back(std::move(data));
+        return &storage_.back();
+    }
+
+    // The pending interface a reference names: its canonical name or a
+    // spelling the shell accepts ("eth1/3", "e101/1/2"), in any case.
+    PendingInterface *referenced(const std::string &name) {
+        std::string key = lower(name);
+        key.erase(std::remove(key.begin(), key.end(), ' '), key.end());
+        auto it = by_name_.find(key);
+        if (it == by_name_.end()) {
+            std::size_t letters = 0;
+            while (letters < key.size() && std::isalpha(static_cast<unsigned char>(key[letters]))) ++letters;
+            if (letters > 0 && letters < key.size() && std::string("ethernet").compare(0, letters, key, 0, letters) == 0)
+                it = by_name_.find("ethernet" + key.substr(letters));
+        }
+        return it == by_name_.end() ? nullptr : &ifaces_[it->second];
+    }
+
+    // Ports: 5, "1-48", "7", or an array of these.
+    std::vector<std::uint32_t> ports_at(const Json &v, const std::string &pointer) const {
+        std::vector<std::uint32_t> ports;
+        auto one = [&](const Json &item, const std::string &p) {
+            std::uint64_t first = 0, last = 0;
+            if (item.is_number()) {
+                first = last = unsigned_at(item, p, 1, 256);
+            } else if (item.is_string()) {
+                const std::string s = item.get<std::string>();
+                const std::size_t dash = s.find('-');
+                const std::string a = s.substr(0, dash), b = dash == std::string::npos ? a : s.substr(dash + 1);
+                auto digits = [](const std::string &t) {
+                    return !t.empty() && t.size() <= 4 &&
+                           std::all_of(t.begin(), t.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)); });
+                };
+                if (!digits(a) || !digits(b)) fail(p, "port range \"" + s + "\" is not N or N-M");
+                first = std::stoul(a);
+                last = std::stoul(b);
+                if (first < 1 || last > 256 || first > last)
+                    fail(p, "port range \"" + s + "\" is not within 1-256 in ascending order");
+            } else {
+                fail(p, "expected a port number or a range such as \"1-48\"");
+            }
+            for (std::uint64_t port = first; port <= last; ++port) ports.push_back(static_cast<std::uint32_t>(port));
+        };
+        if (v.is_array()) {
+            for (std::size_t i = 0; i < v.size(); ++i) one(v[i], pointer + "/" + std::to_string(i));
+        } else {
+            one(v, pointer);
+        }
+        if (ports.empty()) fail(pointer, "no ports");
+        return ports;
+    }
+
+    // ---- Top level ----
+
+    void check_root_members() const {
+        for (auto it = root_.begin(); it != root_.end(); ++it) {
+            if (contains(kCoreRootKeys, it.key()) || section_known(Scope::root, it.key())) continue;
+            if (it.key() == "extends")
+                fail("/extends", "\"extends\" is resolved when a scenario is read from a file or a text", true);
+            std::vector<std::string> known = kCoreRootKeys;
+            for (const std::string &n : section_names(Scope::root)) known.push_back(n);
+            fail(pointer_token(it.key()), "unknown section \"" + it.key() + "\" (known: " + join(known) + ")", true);
+        }
+    }
+
+    void build_platform() {
+        Json platform = {{"type", 2}, {"vdc", 1}, {"card_id", 0}};
+        if (const Json *p = member("", "platform")) {
+            object_at(*p, "/platform");
+            members_among(*p, "/platform", {"type", "vdc", "card_id", "sw_card_id"}, "the platform");
+            if (p->contains("type")) {
+                const Json &t = (*p)["type"];
+                if (!t.is_number_integer() || t.get<std::int64_t>() < INT32_MIN || t.get<std::int64_t>() > INT32_MAX)
+                    fail("/platform/type", "expected a signed 32-bit integer");
+                platform["type"] = t.get<std::int64_t>();
+            }
+            if (p->contains("vdc")) platform["vdc"] = unsigned_at((*p)["vdc"], "/platform/vdc", 0, UINT32_MAX);
+            if (p->contains("card_id")) platform["card_id"] = unsigned_at((*p)["card_id"], "/platform/card_id", 0, 0xffff);
+            if (p->contains("sw_card_id"))
+                platform["sw_card_id"] = unsigned_at((*p)["sw_card_id"], "/platform/sw_card_id", 0, UINT32_MAX);
+        }
+        if (!platform.contains("sw_card_id")) platform["sw_card_id"] = platform["card_id"];
+        out_["platform"] = std::move(platform);
+    }
+
+    void build_cos_map() {
+        Json map = Json::array({0, 0, 1, 1, 2, 2, 3, 3});
+        if (const Json *m = member("", "cos_map")) {
+            array_at(*m, "/cos_map");
+            if (m->size() != 8) fail("/cos_map", "expected the queues of the 8 CoS values, found " + std::to_string(m->size()));
+            for (std::size_t cos = 0; cos < 8; ++cos)
+                map[cos] = unsigned_at((*m)[cos], "/cos_map/" + std::to_string(cos), 0, 3);
+        }
+        out_["cos_map"] = std::move(map);
+    }
+
+    void build_clock() {
+        std::uint64_t ticks = 0;
+        if (const Json *c = member("", "clock")) {
+            object_at(*c, "/clock");
+            members_among(*c, "/clock", {"ticks"}, "the clock");
+            if (c->contains("ticks")) ticks = unsigned_at((*c)["ticks"], "/clock/ticks", 0, UINT64_MAX);
+        }
+        out_["clock"] = {{"ticks", ticks}};
+    }
+
+    void read_defaults() {
+        const Json *d = member("", "defaults");
+        if (d == nullptr) return;
+        object_at(*d, "/defaults");
+        for (auto it = d->begin(); it != d->end(); ++it) {
+            const std::string pointer = "/defaults" + pointer_token(it.key());
+            if (!contains(kDefaultKinds, it.key()))
+                fail(pointer, "unknown interface kind \"" + it.key() + "\" (known: " + join(kDefaultKinds) + ")", true);
+            object_at(it.value(), pointer);
+            defaults_[it.key()] = Layer{pointer, &it.value()};
+        }
+    }
+
+    void with_defaults(Origin &origin, const std::string &kind) const {
+        if (auto it = defaults_.find(kind); it != defaults_.end()) origin.layers.push_back(it->second);
+    }
+
+    // ---- Declarations ----
+
+    void add_card(std::uint32_t slot, const std::string &declaration, const Json *data) {
+        PendingCard card;
+        card.identity.slot = static_cast<std::uint8_t>(slot);
+        card.identity.node = Model::slot_node(slot);
+        card.origin.declaration = declaration;
+        with_defaults(card.origin, "line_card");
+        if (data) card.origin.layers.push_back({declaration, data});
+        cards_[slot] = std::move(card);
+    }
+
+    void declare_line_cards() {
+        const Json *cards = member("", "line_cards");
+        if (cards == nullptr) return;
+        array_at(*cards, "/line_cards");
+        for (std::size_t i = 0; i < cards->size(); ++i) {
+            const std::string pointer = "/line_cards/" + std::to_string(i);
+            const Json &entry = object_at((*cards)[i], pointer);
+            const std::uint32_t slot = static_cast<std::uint32_t>(required_unsigned(entry, pointer, "slot", 1, 255));
+            if (cards_.count(slot)) fail(pointer + "/slot", "line card in slot " + std::to_string(slot) + " declared twice");
+            add_card(slot, pointer, extras(entry, {"slot"}));
+        }
+    }
+
+    void add_interface(PendingInterface pending, const std::string &pointer) {
+        const std::string key = lower(pending.identity.name);
+        if (auto it = by_name_.find(key); it != by_name_.end()) {
+            const SourcePosition first = position_of(src_.positions, ifaces_[it->second].origin.declaration);
+            fail(pointer, "interface " + pending.identity.name + " declared twice" +
+                              (first.line ? " (first at line " + std::to_string(first.line) + ")" : ""));
+        }
+        if (auto it = by_index_.find(pending.identity.if_index); it != by_index_.end())
+            fail(pointer, "interface index " + hex32(pending.identity.if_index) + " of " + pending.identity.name +
+                              " is taken by " + ifaces_[it->second].identity.name);
+        by_name_[key] = ifaces_.size();
+        by_index_[pending.identity.if_index] = ifaces_.size();
+        ifaces_.push_back(std::move(pending));
+    }
+
+    void declare_ethernet() {
+        Json normalized = Json::array();
+        if (const Json *eth = member("", "ethernet")) {
+            array_at(*eth, "/ethernet");
+            for (std::size_t i = 0; i < eth->size(); ++i) {
+                const std::string pointer = "/ethernet/" + std::to_string(i);
+                const Json &entry = object_at((*eth)[i], pointer);
+                const std::uint32_t slot = static_cast<std::uint32_t>(required_unsigned(entry, pointer, "slot", 1, 255));
+                std::uint8_t type = 26;
+                if (entry.contains("type")) {
+                    const std::uint64_t t = unsigned_at(entry["type"], pointer + "/type", 0, 255);
+                    if (t != 26 && t != 1) fail(pointer + "/type", "an Ethernet interface has type 26 or 1, not " + std::to_string(t));
+                    type = static_cast<std::uint8_t>(t);
+                }
+                if (!entry.contains("ports")) fail(pointer, "missing member \"ports\"");
+                const std::vector<std::uint32_t> ports = ports_at(entry["ports"], pointer + "/ports");
+                if (!cards_.count(slot)) add_card(slot, pointer + "/slot", nullptr);
+                const Json *data = extras(entry, {"slot", "ports", "type"});
+                for (std::uint32_t port : ports) {
+                    PendingInterface p;
+                    p.identity.name = ethernet_name(slot, port);
+                    p.identity.if_index = ethernet_index(type, slot, port);
+                    p.identity.type = type;
+                    p.identity.kind = InterfaceKind::ethernet;
+                    p.identity.slot = static_cast<std::uint8_t>(slot);
+                    p.identity.port = static_cast<std::uint16_t>(port);
+                    p.scope = Scope::ethernet;
+                    p.origin.declaration = pointer + "/ports";
+                    with_defaults(p.origin, "ethernet");
+                    p.origin.layers.push_back({pointer, data});
+                    add_interface(std::move(p), pointer + "/ports");
+                }
+                normalized.push_back({{"slot", slot}, {"ports", entry["ports"]}, {"type", type}});
+            }
+        }
+        out_["ethernet"] = std::move(normalized);
+    }
+
+    // "Ethernet1/5.100" and the spellings the shell accepts for it.
+    bool parse_sub_name(const std::string &name, std::uint32_t &slot, std::uint32_t &port, std::uint32_t &sub) const {
+        std::string s = lower(name);
+        std::size_t letters = 0;
+        while (letters < s.size() && std::isalpha(static_cast<unsigned char>(s[letters]))) ++letters;
+        if (letters == 0 || std::string("ethernet").compare(0, letters, s, 0, letters) != 0) return false;
+        unsigned a = 0, b = 0, c = 0;
+        char tail = 0;
+        if (std::sscanf(s.c_str() + letters, "%u/%u.%u%c", &a, &b, &c, &tail) != 3) return false;
+        slot = a;
+        port = b;
+        sub = c;
+        return true;
+    }
+
+    void declare_sub_interfaces() {
+        Json normalized = Json::array();
+        if (const Json *subs = member("", "sub_interfaces")) {
+            array_at(*subs, "/sub_interfaces");
+            for (std::size_t i = 0; i < subs->size(); ++i) {
+                const std::string pointer = "/sub_interfaces/" + std::to_string(i);
+                const Json &entry = (*subs)[i];
+                std::string name_pointer = pointer;
+                const Json *data = nullptr;
+                std::string name;
+                if (entry.is_string()) {
+                    name = entry.get<std::string>();
+                } else if (entry.is_object()) {
+                    if (!entry.contains("name") || !entry["name"].is_string()) fail(pointer, "missing text member \"name\"");
+                    name = entry["name"].get<std::string>();
+                    name_pointer = pointer + "/name";
+                    data = extras(entry, {"name"});
+                } else {
+                    fail(pointer, "expected a name such as \"Ethernet1/5.100\" or an object with a \"name\"");
+                }
+                std::uint32_t slot = 0, port = 0, sub = 0;
+                if (!parse_sub_name(name, slot, port, sub))
+                    fail(name_pointer, "\"" + name + "\" is not a sub-interface name such as Ethernet1/5.100");
+                if (sub < 1 || sub > 255) fail(name_pointer, "sub-interface number " + std::to_string(sub) + " is out of range 1-255");
+                auto parent = by_name_.find(lower(ethernet_name(slot, port)));
+                if (parent == by_name_.end() || ifaces_[parent->second].identity.kind != InterfaceKind::ethernet ||
+                    ifaces_[parent->second].identity.sub_intf)
+                    fail(name_pointer, "no Ethernet interface " + ethernet_name(slot, port) + " for " + name);
+                const Interface &main = ifaces_[parent->second].identity;
+                if (main.type != 26) fail(name_pointer, main.name + " has type " + std::to_string(main.type) + "; only type 26 has sub-interfaces");
+                PendingInterface p;
+                p.identity = main;
+                p.identity.name = sub_interface_name(slot, port, sub);
+                p.identity.if_index = main.if_index | sub;
+                p.identity.sub_intf = true;
+                p.identity.sub_id = static_cast<std::uint8_t>(sub);
+                p.identity.parent = main.if_index;
+                p.scope = Scope::ethernet;
+                p.origin.declaration = name_pointer;
+                with_defaults(p.origin, "ethernet");
+                if (data) p.origin.layers.push_back({pointer, data});
+                normalized.push_back(p.identity.name);
+                add_interface(std::move(p), name_pointer);
+            }
+        }
+        out_["sub_interfaces"] = std::move(normalized);
+    }
+
+    void declare_extenders() {
+        const Json *exts = member("", "extenders");
+        if (exts == nullptr) return;
+        array_at(*exts, "/extenders");
+        std::map<std::uint32_t, std::string> uplink_taken;
+        for (std::size_t i = 0; i < exts->size(); ++i) {
+            const std::string pointer = "/extenders/" + std::to_string(i);
+            const Json &entry = object_at((*exts)[i], pointer);
+            PendingExtender e;
+            e.identity.number = static_cast<std::uint16_t>(required_unsigned(entry, pointer, "number", 100, 199));
+            for (const PendingExtender &other : extenders_)
+                if (other.identity.number == e.identity.number)
+                    fail(pointer + "/number", "extender " + std::to_string(e.identity.number) + " declared twice");
+            const std::uint32_t slot = static_cast<std::uint32_t>(required_unsigned(entry, pointer, "slot", 1, 255));
+            if (cards_.count(slot)) fail(pointer + "/slot", "slot " + std::to_string(slot) + " holds a line card");
+            for (const PendingExtender &other : extenders_)
+                if (other.identity.slot == slot)
+                    fail(pointer + "/slot", "slot " + std::to_string(slot) + " holds extender " + std::to_string(other.identity.number));
+            e.identity.slot = static_cast<std::uint8_t>(slot);
+            e.identity.node = Model::slot_node(slot);
+            if (entry.contains("node"))
+                e.identity.node = static_cast<std::uint32_t>(unsigned_at(entry["node"], pointer + "/node", 1, 0xffff));
+            for (const PendingExtender &other : extenders_)
+                if (other.identity.node == e.identity.node)
+                    fail(pointer + "/node", "node " + hex32(e.identity.node) + " is extender " + std::to_string(other.identity.number) + "'s");
+            for (const auto &[card_slot, card] : cards_)
+                if (card.identity.node == e.identity.node)
+                    fail(pointer + "/node", "node " + hex32(e.identity.node) + " is the line card's in slot " + std::to_string(card_slot));
+
+            // Uplinks: "uplink": name, or "uplinks": [names].
+            Json uplink_names = Json::array();
+            std::string uplinks_pointer;
+            if (entry.contains("uplink") && entry.contains("uplinks")) fail(pointer, "give \"uplink\" or \"uplinks\", not both");
+            if (entry.contains("uplink")) {
+                uplinks_pointer = pointer + "/uplink";
+                uplink_names.push_back(entry["uplink"]);
+            } else if (entry.contains("uplinks")) {
+                uplinks_pointer = pointer + "/uplinks";
+                uplink_names = array_at(entry["uplinks"], uplinks_pointer);
+            } else {
+                fail(pointer, "missing member \"uplink\" (the Ethernet interface that leads to the extender)");
+            }
+            if (uplink_names.empty()) fail(uplinks_pointer, "an extender needs at least one uplink");
+            Json normalized_uplinks = Json::array();
+            for (std::size_t u = 0; u < uplink_names.size(); ++u) {
+                const std::string up = entry.contains("uplinks") ? uplinks_pointer + "/" + std::to_string(u) : uplinks_pointer;
+                if (!uplink_names[u].is_string()) fail(up, "expected an interface name");
+                const std::string name = uplink_names[u].get<std::string>();
+                PendingInterface *found = referenced(name);
+                if (found == nullptr || found->identity.kind != InterfaceKind::ethernet)
+                    fail(up, "no Ethernet interface named \"" + name + "\"");
+                Interface &uplink = found->identity;
+                if (uplink.sub_intf) fail(up, uplink.name + " is a sub-interface");
+                if (auto taken = uplink_taken.find(uplink.if_index); taken != uplink_taken.end())
+                    fail(up, uplink.name + " already leads to extender " + taken->second);
+                uplink_taken[uplink.if_index] = std::to_string(e.identity.number);
+                uplink.extender = e.identity.number;
+                e.identity.uplinks.push_back(uplink.if_index);
+                normalized_uplinks.push_back(uplink.name);
+            }
+
+            const Json ports_value = entry.contains("ports") ? entry["ports"] : Json("1-48");
+            const std::vector<std::uint32_t> ports = ports_at(ports_value, pointer + "/ports");
+            for (std::uint32_t port : ports) {
+                PendingInterface p;
+                p.identity.name = host_name(e.identity.number, 1, port);
+                p.identity.if_index = host_index(e.identity.number, 1, port);
+                p.identity.type = 31;
+                p.identity.kind = InterfaceKind::host;
+                p.identity.slot = e.identity.slot;
+                p.identity.port = static_cast<std::uint16_t>(port);
+                p.identity.extender = e.identity.number;
+                p.scope = Scope::host;
+                p.origin.declaration = entry.contains("ports") ? pointer + "/ports" : pointer;
+                with_defaults(p.origin, "host");
+                const std::string declared_at = p.origin.declaration;
+                add_interface(std::move(p), declared_at);
+                e.identity.ports.push_back(host_index(e.identity.number, 1, port));
+            }
+            std::sort(e.identity.ports.begin(), e.identity.ports.end());
+
+            e.origin.declaration = pointer;
+            with_defaults(e.origin, "extender");
+            e.origin.layers.push_back({pointer, extras(entry, {"number", "slot", "node", "uplink", "uplinks", "ports"})});
+            e.normalized = {{"number", e.identity.number},
+                            {"slot", slot},
+                            {"node", hex32(e.identity.node)},
+                            {"uplinks", normalized_uplinks},
+                            {"ports", ports_value}};
+            extenders_.push_back(std::move(e));
+        }
+    }
+
+    void declare_other_interfaces() {
+        Json normalized = Json::array();
+        if (const Json *others = member("", "other_interfaces")) {
+            array_at(*others, "/other_interfaces");
+            for (std::size_t i = 0; i < others->size(); ++i) {
+                const std::string pointer = "/other_interfaces/" + std::to_string(i);
+                const Json &entry = object_at((*others)[i], pointer);
+                if (!entry.contains("name") || !entry["name"].is_string() || entry["name"].get<std::string>().empty())
+                    fail(pointer, "missing text member \"name\"");
+                const std::uint64_t type = required_unsigned(entry, pointer, "type", 0, 255);
+                if (type == 26 || type == 1 || type == 31)
+                    fail(pointer + "/type", "type " + std::to_string(type) + " belongs to Ethernet and host interfaces, which are declared under \"ethernet\" and \"extenders\"");
+                std::uint32_t if_index = (static_cast<std::uint32_t>(type) << 24) | 0x00ff0000u | static_cast<std::uint32_t>(i + 1);
+                if (entry.contains("if_index"))
+                    if_index = static_cast<std::uint32_t>(unsigned_at(entry["if_index"], pointer + "/if_index", 1, UINT32_MAX));
+                PendingInterface p;
+                p.identity.name = entry["name"].get<std::string>();
+                p.identity.if_index = if_index;
+                p.identity.type = static_cast<std::uint8_t>(type);
+                p.identity.kind = InterfaceKind::other;
+                p.scope = Scope::other;
+                p.origin.declaration = pointer;
+                with_defaults(p.origin, "other");
+                p.origin.layers.push_back({pointer, extras(entry, {"name", "type", "if_index"})});
+                add_interface(std::move(p), pointer + "/name");
+                normalized.push_back({{"name", entry["name"]}, {"type", type}, {"if_index", hex32(if_index)}});
+            }
+        }
+        out_["other_interfaces"] = std::move(normalized);
+    }
+
+    void apply_interface_overrides() {
+        const Json *overrides = member("", "interfaces");
+        if (overrides == nullptr) return;
+        object_at(*overrides, "/interfaces");
+        for (auto it = overrides->begin(); it != overrides->end(); ++it) {
+            const std::string pointer = "/interfaces" + pointer_token(it.key());
+            auto found = by_name_.find(lower(it.key()));
+            if (found == by_name_.end())
+                fail(pointer, "no interface named \"" + it.key() + "\"", true);
+            PendingInterface &p = ifaces_[found->second];
+            if (p.identity.name != it.key())
+                fail(pointer, "write the interface's name as " + p.identity.name, true);
+            const Json &entry = object_at(it.value(), pointer);
+            if (entry.contains("if_index")) {
+                std::uint64_t given = 0;
+                if (!read_unsigned(entry["if_index"], given) || given != p.identity.if_index)
+                    fail(pointer + "/if_index", "the index of " + p.identity.name + " is " + hex32(p.identity.if_index) +
+                                                     ", fixed by its declaration");
+            }
+            p.origin.layers.push_back({pointer, extras(entry, {"if_index"})});
+        }
+    }
+
+    // ---- Entity data ----
+
+    Json merged_data(const Origin &origin) const {
+        Json data = Json::object();
+        for (const Layer &layer : origin.layers) deep_merge(data, *layer.value);
+        return data;
+    }
+
+    void check_data(const Json &data, Scope scope, const Origin &origin) const {
+        for (auto it = data.begin(); it != data.end(); ++it) {
+            const std::string key = it.key();
+            const std::string relative = pointer_token(key);
+            if (key == "description") {
+                if (!it.value().is_string()) fail_in(origin, relative, "expected a text");
+                continue;
+            }
+            if (key == "rates") continue;  // checked with the whole document
+            const SectionCheck *check = find_section(scope, key);
+            if (check == nullptr) {
+                std::vector<std::string> known = kBuiltinDataKeys;
+                for (const std::string &n : section_names(scope)) known.push_back(n);
+                fail_in(origin, relative,
+                        "unknown section \"" + key + "\" for " + scope_name(scope) + " (known: " + join(known) + ")", true);
+            }
+            if (*check) {
+                Checker checker(it.value(), [&](const std::string &inner, const std::string &reason) {
+                    fail_in(origin, relative + inner, reason);
+                });
+                (*check)(checker);
+            }
+        }
+    }
+
+    void finish_interfaces() {
+        Json all = Json::object();
+        for (PendingInterface &p : ifaces_) {
+            Json data = merged_data(p.origin);
+            check_data(data, p.scope, p.origin);
+            Json entry = {{"if_index", hex32(p.identity.if_index)}};
+            entry.update(data);
+            const std::string pointer = "/interfaces" + pointer_token(p.identity.name);
+            state_origins_.emplace_back(pointer, &p.origin);
+            all[p.identity.name] = std::move(entry);
+        }
+        out_["interfaces"] = std::move(all);
+    }
+
+    void finish_extenders() {
+        Json all = Json::array();
+        for (std::size_t i = 0; i < extenders_.size(); ++i) {
+            PendingExtender &e = extenders_[i];
+            Json data = merged_data(e.origin);
+            check_data(data, Scope::extender, e.origin);
+            Json entry = e.normalized;
+            entry.update(data);
+            state_origins_.emplace_back("/extenders/" + std::to_string(i), &e.origin);
+            all.push_back(std::move(entry));
+        }
+        out_["extenders"] = std::move(all);
+    }
+
+    void finish_line_cards() {
+        Json all = Json::array();
+        std::size_t i = 0;
+        for (auto &[slot, card] : cards_) {
+            Json data = merged_data(card.origin);
+            check_data(data, Scope::line_card, card.origin);
+            Json entry = {{"slot", slot}};
+            entry.update(data);
+            state_origins_.emplace_back("/line_cards/" + std::to_string(i++), &card.origin);
+            all.push_back(std::move(entry));
+        }
+        out_["line_cards"] = std::move(all);
+    }
+
+    void attach_data_pointers() {
+        Json &state = model_->state_;
+        for (PendingInterface &p : ifaces_) {
+            Interface identity = p.identity;
+            identity.data = &state["interfaces"][identity.name];
+            model_->interfaces_.push_back(std::move(identity));
+        }
+        for (std::size_t i = 0; i < extenders_.size(); ++i) {
+            Extender identity = extenders_[i].identity;
+            identity.data = &state["extenders"][i];
+            model_->extenders_.push_back(std::move(identity));
+        }
+        std::size_t i = 0;
+        for (auto &[slot, card] : cards_) {
+            LineCard identity = card.identity;
+            identity.data = &state["line_cards"][i++];
+            model_->line_cards_.push_back(identity);
+        }
+    }
+
+    // ---- Faults ----
+
+    void build_faults() {
+        Json normalized = Json::array();
+        const Json *faults = member("", "faults");
+        if (faults != nullptr) {
+            array_at(*faults, "/faults");
+            for (std::size_t i = 0; i < faults->size(); ++i) normalized.push_back(build_fault((*faults)[i], i));
+        }
+        out_["faults"] = std::move(normalized);
+    }
+
+    Json build_fault(const Json &entry, std::size_t index) {
+        const std::string pointer = "/faults/" + std::to_string(index);
+        object_at(entry, pointer);
+        static const std::map<std::string, FaultTarget> targets = {
+            {"daemon", FaultTarget::daemon}, {"agent", FaultTarget::agent},   {"sse", FaultTarget::sse},
+            {"enumeration", FaultTarget::enumeration}, {"statscl", FaultTarget::statscl},
+            {"card", FaultTarget::card},     {"debug", FaultTarget::debug}};
+        static const std::map<std::string, FaultKind> kinds = {
+            {"send_failure", FaultKind::send_failure},   {"recv_failure", FaultKind::recv_failure},
+            {"empty_payload", FaultKind::empty_payload}, {"short_payload", FaultKind::short_payload},
+            {"unsupported", FaultKind::unsupported},     {"failure", FaultKind::failure},
+            {"bad_status", FaultKind::bad_status}};
+
+        auto text_member = [&](const std::string &name) -> std::string {
+            if (!entry.contains(name)) fail(pointer, "missing member \"" + name + "\"");
+            if (!entry[name].is_string()) fail(pointer + "/" + name, "expected a text");
+            return entry[name].get<std::string>();
+        };
+        const std::string target_name = text_member("target");
+        auto target = targets.find(target_name);
+        if (target == targets.end())
+            fail(pointer + "/target", "unknown fault target \"" + target_name +
+                                          "\" (known: daemon, agent, sse, enumeration, statscl, card, debug)");
+        const std::string kind_name = text_member("kind");
+        auto kind = kinds.find(kind_name);
+        if (kind == kinds.end())
+            fail(pointer + "/kind", "unknown fault kind \"" + kind_name + "\"");
+
+        Model::Fault f;
+        f.target = target->second;
+        f.action.kind = kind->second;
+        f.position = index;
+
+        std::vector<std::string> allowed = {"target", "kind", "count", "description"};
+        std::vector<std::string> allowed_kinds;
+        switch (f.target) {
+        case FaultTarget::daemon:
+            allowed.insert(allowed.end(), {"command", "interface", "error", "bytes"});
+            allowed_kinds = {"send_failure", "recv_failure", "empty_payload", "short_payload", "unsupported"};
+            break;
+        case FaultTarget::agent:
+            allowed.insert(allowed.end(), {"command", "interface", "extender", "error", "bytes"});
+            allowed_kinds = {"send_failure", "recv_failure", "empty_payload", "short_payload", "unsupported"};
+            break;
+        case FaultTarget::sse:
+            allowed.insert(allowed.end(), {"operation", "error"});
+            allowed_kinds = {"failure"};
+            break;
+        case FaultTarget::enumeration:
+            allowed.insert(allowed.end(), {"mask", "error"});
+            allowed_kinds = {"failure", "bad_status"};
+            break;
+        case FaultTarget::statscl:
+            allowed.insert(allowed.end(), {"operation", "interface", "error"});
+            allowed_kinds = {"failure"};
+            break;
+        case FaultTarget::card:
+        case FaultTarget::debug:
+            allowed.insert(allowed.end(), {"operation", "error"});
+            allowed_kinds = {"failure"};
+            break;
+        }
+        members_among(entry, pointer, allowed, "a fault of the " + target_name);
+        if (!contains(allowed_kinds, kind_name))
+            fail(pointer + "/kind", "a fault of the " + target_name + " is one of: " + join(allowed_kinds));
+
+        Json normalized = entry;
+        if (entry.contains("command"))
+            f.command = static_cast<std::uint32_t>(unsigned_at(entry["command"], pointer + "/command", 0, 255));
+        if (entry.contains("interface")) {
+            if (!entry["interface"].is_string()) fail(pointer + "/interface", "expected an interface name");
+            const PendingInterface *found = referenced(entry["interface"].get<std::string>());
+            if (found == nullptr)
+                fail(pointer + "/interface", "no interface named \"" + entry["interface"].get<std::string>() + "\"");
+            f.if_index = found->identity.if_index;
+            normalized["interface"] = found->identity.name;
+        }
+        if (entry.contains("extender")) {
+            const std::uint32_t number = static_cast<std::uint32_t>(unsigned_at(entry["extender"], pointer + "/extender", 100, 199));
+            const bool known = std::any_of(extenders_.begin(), extenders_.end(),
+                                           [&](const PendingExtender &e) { return e.identity.number == number; });
+            if (!known) fail(pointer + "/extender", "no extender " + std::to_string(number));
+            f.extender = number;
+        }
+        if (entry.contains("operation")) {
+            const Json &op = entry["operation"];
+            if (f.target == FaultTarget::sse) {
+                f.command = static_cast<std::uint32_t>(unsigned_at(op, pointer + "/operation", 0, UINT32_MAX));
+            } else if (f.target == FaultTarget::statscl) {
+                if (!op.is_string() || (op != "get" && op != "clear"))
+                    fail(pointer + "/operation", "a statscl operation is \"get\" or \"clear\"");
+                f.operation = op.get<std::string>();
+            } else if (f.target == FaultTarget::card) {
+                if (!op.is_string() || op != "card_module_info")
+                    fail(pointer + "/operation", "the card operation that can fail is \"card_module_info\"");
+                f.operation = op.get<std::string>();
+            } else {
+                if (!op.is_string()) fail(pointer + "/operation", "expected the name of a debug function");
+                f.operation = op.get<std::string>();
+            }
+        }
+        if (entry.contains("mask"))
+            f.mask = unsigned_at(entry["mask"], pointer + "/mask", 0, UINT64_MAX);
+        if (entry.contains("count")) unsigned_at(entry["count"], pointer + "/count", 0, UINT32_MAX);
+        if (f.action.kind == FaultKind::short_payload) {
+            if (!entry.contains("bytes")) fail(pointer, "a short_payload fault needs \"bytes\" (the length kept)");
+            f.action.bytes = static_cast<std::uint32_t>(unsigned_at(entry["bytes"], pointer + "/bytes", 0, UINT32_MAX));
+        } else if (entry.contains("bytes")) {
+            fail(pointer + "/bytes", "\"bytes\" belongs to short_payload faults", true);
+        }
+        switch (f.action.kind) {
+        case FaultKind::send_failure: f.action.error = kErrSend; break;
+        case FaultKind::recv_failure: f.action.error = kErrTimeout; break;
+        case FaultKind::failure: f.action.error = kErrNoService; break;
+        default: f.action.error = 0; break;
+        }
+        if (entry.contains("error")) {
+            if (f.action.kind != FaultKind::send_failure && f.action.kind != FaultKind::recv_failure &&
+                f.action.kind != FaultKind::failure)
+                fail(pointer + "/error", "\"error\" belongs to send_failure, recv_failure and failure faults", true);
+            const Json &e = entry["error"];
+            if (e.is_string()) {
+                std::uint64_t number = 0;
+                if (auto code = error_by_name(e.get<std::string>())) f.action.error = *code;
+                else if (read_unsigned(e, number) && number != 0 && number <= UINT32_MAX)
+                    f.action.error = static_cast<std::int32_t>(number);
+                else fail(pointer + "/error", "unknown error \"" + e.get<std::string>() + "\"");
+            } else {
+                f.action.error = static_cast<std::int32_t>(unsigned_at(e, pointer + "/error", 1, UINT32_MAX));
+            }
+            if (f.action.error == 0) fail(pointer + "/error", "an error code is not 0");
+        }
+        model_->faults_.push_back(f);
+        return normalized;
+    }
+
+    // ---- Sections of the top level ----
+
+    void build_root_sections() {
+        for (auto it = root_.begin(); it != root_.end(); ++it) {
+            if (contains(kCoreRootKeys, it.key())) continue;
+            const SectionCheck *check = find_section(Scope::root, it.key());
+            const std::string pointer = pointer_token(it.key());
+            if (check && *check) {
+                Checker checker(it.value(), [&](const std::string &inner, const std::string &reason) {
+                    fail(pointer + inner, reason);
+                });
+                (*check)(checker);
+            }
+            out_[it.key()] = it.value();
+        }
+        if (const Json *rates = member("", "rates")) out_["rates"] = *rates;
+    }
+
+    // ---- Rates ----
+
+    void build_rates() { collect_rates(model_->state_, ""); }
+
+    void collect_rates(const Json &node, const std::string &pointer) {
+        if (node.is_object()) {
+            if (node.contains("rates")) {
+                const std::string rates_pointer = pointer + "/rates";
+                const Json &rates = node["rates"];
+                if (!rates.is_object()) fail_state(rates_pointer, "rates are an object beside the counters they advance");
+                for (auto it = rates.begin(); it != rates.end(); ++it) {
+                    const std::string rate_pointer = rates_pointer + pointer_token(it.key());
+                    if (it.key() == "rates" || !node.contains(it.key()))
+                        fail_state(rate_pointer, "no member \"" + it.key() + "\" beside these rates", true);
+                    add_rate(node[it.key()], it.value(), pointer + pointer_token(it.key()), rate_pointer);
+                }
+            }
+            for (auto it = node.begin(); it != node.end(); ++it)
+                if (it.key() != "rates") collect_rates(it.value(), pointer + pointer_token(it.key()));
+        } else if (node.is_array()) {
+            for (std::size_t i = 0; i < node.size(); ++i) collect_rates(node[i], pointer + "/" + std::to_string(i));
+        }
+    }
+
+    void add_rate(const Json &target, const Json &rate, const std::string &target_pointer, const std::string &rate_pointer) {
+        std::uint64_t value = 0;
+        if (rate.is_number_integer()) {
+            if (!read_unsigned(rate, value)) fail_state(rate_pointer, "a rate is not negative");
+            if (target.is_array()) {
+                for (std::size_t i = 0; i < target.size(); ++i)
+                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer);
+                return;
+            }
+            std::uint64_t ignored = 0;
+            if (!target.is_number_integer() || !read_unsigned(target, ignored))
+                fail_state(rate_pointer, "a rate advances a counter (an unsigned integer), and " + target_pointer + " is none");
+            if (value) model_->rates_.push_back({Json::json_pointer(target_pointer), value});
+        } else if (rate.is_object()) {
+            if (target.is_array()) {
+                for (std::size_t i = 0; i < target.size(); ++i)
+                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer);
+                return;
+            }
+            if (!target.is_object()) fail_state(rate_pointer, "these rates are for an object, and " + target_pointer + " is none");
+            for (auto it = rate.begin(); it != rate.end(); ++it) {
+                if (!target.contains(it.key()))
+                    fail_state(rate_pointer + pointer_token(it.key()), "no member \"" + it.key() + "\" to advance", true);
+                add_rate(target[it.key()], it.value(), target_pointer + pointer_token(it.key()),
+                         rate_pointer + pointer_token(it.key()));
+            }
+        } else if (rate.is_array()) {
+            if (!target.is_array() || target.size() != rate.size())
+                fail_state(rate_pointer, "an array of rates matches an array of as many counters");
+            for (std::size_t i = 0; i < rate.size(); ++i)
+                add_rate(target[i], rate[i], target_pointer + "/" + std::to_string(i), rate_pointer + "/" + std::to_string(i));
+        } else {
+            fail_state(rate_pointer, "a rate is an unsigned integer, an object or an array of rates");
+        }
+    }
+
+    [[noreturn]] void fail_state(const std::string &state_pointer, const std::string &reason, bool at_key = false) const {
+        fail(locate_state(state_pointer), reason, at_key);
+    }
+
+    const ScenarioSource &src_;
+    const Json &root_;
+    std::unique_ptr<Model> model_;
+    Json out_;
+    std::deque<Json> storage_;  // data layers cut from declarations (stable addresses)
+    std::map<std::string, Layer> defaults_;
+    std::map<std::uint32_t, PendingCard> cards_;
+    std::vector<PendingInterface> ifaces_;
+    std::map<std::string, std::size_t> by_name_;  // lower-case name -> ifaces_
+    std::map<std::uint32_t, std::size_t> by_index_;
+    std::vector<PendingExtender> extenders_;
+    std::vector<std::pair<std::string, const Origin *>> state_origins_;
+};
+
+std::unique_ptr<Model> build_model(const ScenarioSource &source, ScenarioError &error) {
+    try {
+        ModelBuilder builder(source);
+        return builder.build();
+    } catch (const Refusal &r) {
+        error = r.error;
+        return nullptr;
+    }
+}
+
+namespace {
+
+bool read_text(const std::string &text, const std::string &name, ScenarioSource &out, ScenarioError &error,
+               const std::string &base_dir, unsigned depth);
+
+bool read_file(const std::string &path, ScenarioSource &out, ScenarioError &error, unsigned depth) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        error = {path, 0, 0, "cannot be read"};
+        return false;
+    }
+    std::ostringstream text;
+    text << in.rdbuf();
+    const std::size_t slash = path.rfind('/');
+    const std::string dir = slash == std::string::npos ? "." : path.substr(0, slash);
+    return read_text(text.str(), path, out, error, dir, depth);
+}
+
+bool read_default(ScenarioSource &out, ScenarioError &error) {
+    out = {Json::object(), {}, "<default>"};
+    for (std::size_t i = 0; i < embedded::kDefaultFragmentCount; ++i) {
+        const embedded::Fragment &fragment = embedded::kDefaultFragments[i];
+        Json doc;
+        PositionMap positions;
+        ParseFailure failure;
+        const std::string name = std::string("<default>/") + fragment.name;
+        if (!parse_with_positions(fragment.text, name, doc, positions, failure)) {
+            error = {failure.where.file, failure.where.line, failure.where.column, failure.reason};
+            return false;
+        }
+        if (!doc.is_object()) {
+            error = {name, 1, 1, "a scenario fragment is a JSON object"};
+            return false;
+        }
+        deep_merge(out.doc, out.positions, doc, positions);
+    }
+    return true;
+}
+
+bool read_text(const std::string &text, const std::string &name, ScenarioSource &out, ScenarioError &error,
+               const std::string &base_dir, unsigned depth) {
+    Json doc;
+    PositionMap positions;
+    ParseFailure failure;
+    if (!parse_with_positions(text, name, doc, positions, failure)) {
+        error = {failure.where.file, failure.where.line, failure.where.column, failure.reason};
+        return false;
+    }
+    if (!doc.is_object() || !doc.contains("extends")) {
+        out = {std::move(doc), std::move(positions), name};
+        return true;
+    }
+    const Json &extends = doc["extends"];
+    const SourcePosition where = position_of(positions, "/extends");
+    if (!extends.is_string()) {
+        error = {name, where.line, where.column, "at /extends: expected \"default\" or the path of a scenario file"};
+        return false;
+    }
+    if (depth >= kMaxExtends) {
+        error = {name, where.line, where.column, "at /extends: scenarios extend each other too deeply (a cycle?)"};
+        return false;
+    }
+    ScenarioSource base;
+    const std::string target = extends.get<std::string>();
+    const bool ok = target == "default"
+                        ? read_default(base, error)
+                        : read_file(target.size() && target[0] == '/' ? target : base_dir + "/" + target, base, error,
+                                    depth + 1);
+    if (!ok) return false;
+    doc.erase("extends");
+    positions.erase("/extends");
+    deep_merge(base.doc, base.positions, doc, positions);
+    out = {std::move(base.doc), std::move(base.positions), name};
+    return true;
+}
+
+}  // namespace
+
+bool read_scenario_file(const std::string &path, ScenarioSource &out, ScenarioError &error) {
+    return read_file(path, out, error, 0);
+}
+
+bool read_scenario_text(const std::string &text, const std::string &name, ScenarioSource &out, ScenarioError &error,
+                        const std::string &base_dir) {
+    return read_text(text, name, out, error, base_dir, 0);
+}
+
+bool read_default_scenario(ScenarioSource &out, ScenarioError &error) { return read_default(out, error); }
+
+std::unique_ptr<Model> build_default_model() {
+    ScenarioSource source;
+    ScenarioError error;
+    std::unique_ptr<Model> model;
+    if (read_default_scenario(source, error)) model = build_model(source, error);
+    if (model) return model;
+    diagnostic("the embedded default scenario is refused: " + error.message());
+    ScenarioSource empty{Json::object(), {}, "<empty>"};
+    return build_model(empty, error);
+}
+
+}  // namespace qdsim

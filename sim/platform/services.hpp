@@ -1,0 +1,31 @@
+// Platform services that other parts of the simulator provide:
+//   - sse_call2 operations (the onboard flow-control log answers 1128);
+//   - what statscl_clear_qos_counters clears of a host interface besides
+//     its "qos_counters" section (each service that keeps QoS counters of
+//     host interfaces adds its own).
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "model/model.hpp"
+
+namespace qdsim::platform {
+
+// Returns -1 on failure; any other value means the buffer holds an answer.
+using Sse2Service = std::function<std::int32_t(void *buffer, std::uint32_t length, Model &)>;
+bool register_sse2_service(std::uint32_t operation, Sse2Service service);
+bool unregister_sse2_service(std::uint32_t operation);
+
+struct Sse2Registrar {
+    Sse2Registrar(std::uint32_t operation, Sse2Service service) { register_sse2_service(operation, std::move(service)); }
+};
+
+using QosClear = std::function<void(const Interface &host, Model &)>;
+void register_qos_clear(QosClear clear);
+
+struct QosClearRegistrar {
+    explicit QosClearRegistrar(QosClear clear) { register_qos_clear(std::move(clear)); }
+};
+
+}  // namespace qdsim::platform

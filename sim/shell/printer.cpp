@@ -1,0 +1,153 @@
+// The shell printer: typed arguments, formats, flushes.
+#include "shell/printer.hpp"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <map>
+
+#include "core/diagnostics.hpp"
+#include "core/errors.hpp"
+#include "core/lock.hpp"
+#include "core/session.hpp"
+#include "render/prt_render.hpp"
+#include "shell/catalogue.hpp"
+#include "shell/output.hpp"
+
+namespace qdsim::shell {
+namespace {
+
+std::map<std::uint32_t, Flush> &pending() {
+    static std::map<std::uint32_t, Flush> buffers;
+    return buffers;
+}
+
+std::string hex(std::uint32_t v) {
+    char buf[16];
+    std::snprintf(buf, sizeof buf, "0x%08x", v);
+    return buf;
+}
+
+// The printer takes %[-][width][.precision]s and %%; anything else in a
+// format is a mistake of the caller (it is printed as it stands).
+bool format_is_plain(const char *format) {
+    for (const char *p = format; *p; ++p) {
+        if (*p != '%') continue;
+        ++p;
+        if (*p == '%') continue;
+        if (*p == '-') ++p;
+        while (*p >= '0' && *p <= '9') ++p;
+        if (*p == '.') {
+            ++p;
+            while (*p >= '0' && *p <= '9') ++p;
+        }
+        if (*p != 's') return false;
+    }
+    return true;
+}
+
+void check_argument(std::uint32_t attr, const void *value, std::uint32_t length) {
+    const AttributeInfo *info = find_attribute(attr);
+    if (info == nullptr) return;
+    if (value == nullptr && length > 0) {
+        diagnostic("printer argument " + hex(attr) + " (" + info->name + ") has no value");
+        return;
+    }
+    if (info->kind == AttrKind::text) {
+        const auto *text = static_cast<const char *>(value);
+        if (length == 0 || text == nullptr || std::memchr(text, 0, length) != text + length - 1)
+            diagnostic("printer argument " + hex(attr) + " (" + info->name +
+                       ") is a text: its length is the text's plus its NUL, given " + std::to_string(length));
+        return;
+    }
+    const std::uint32_t expected = expected_length(info->kind);
+    if (expected && length != expected)
+        diagnostic("printer argument " + hex(attr) + " (" + info->name + ") is a " + kind_name(info->kind) + " of " +
+                   std::to_string(expected) + " bytes, given " + std::to_string(length));
+}
+
+// Output left behind when a command ends is delivered with a complaint.
+const CommandEndRegistrar deliver_leftovers{[](std::uint32_t mts_handle) {
+    auto it = pending().find(output_handle(mts_handle));
+    if (it == pending().end()) return;
+    Flush left = std::move(it->second);
+    pending().erase(it);
+    if (left.text.empty() && left.values.empty()) return;
+    diagnostic("command " + hex(mts_handle) + " ended with " + std::to_string(left.text.size()) +
+               " characters of printer output never flushed");
+    deliver(render(left, mode()));
+}};
+
+}  // namespace
+}  // namespace qdsim::shell
+
+using namespace qdsim;
+
+extern "C" {
+
+std::uint32_t cmd_paraminfo_to_rxhandle(cmd_paraminfo *pinfo) {
+    return shell::output_handle(pinfo ? pinfo->mts_handle : 0);
+}
+
+std::int32_t cmd_prt_arg_make(cmd_prt_arg *arg, std::uint32_t attr_id, const void *value, std::uint32_t length) {
+    SwitchLock lock(switch_mutex());
+    if (arg == nullptr) {
+        diagnostic("cmd_prt_arg_make without an argument record");
+        return kErrBadArgument;
+    }
+    shell::check_argument(attr_id, value, length);
+    qdprt::encode_arg(arg, attr_id, value, length);
+    return 0;
+}
+
+std::int32_t cmd_prt(std::uint32_t handle, const char *format, ...) {
+    SwitchLock lock(switch_mutex());
+    if (!shell::is_output_handle(handle)) {
+        diagnostic("cmd_prt with handle " + shell::hex(handle) + ", which is not an output handle");
+        return kErrBadArgument;
+    }
+    if (format == nullptr) {
+        diagnostic("cmd_prt without a format");
+        return kErrBadArgument;
+    }
+    if (!shell::format_is_plain(format))
+        diagnostic(std::string("cmd_prt format \"") + format + "\" has a conversion other than %s and %%");
+    const std::size_t count = qdprt::count_conversions(format);
+    std::vector<qdprt::ArgView> args;
+    va_list ap;
+    va_start(ap, format);
+    for (std::size_t i = 0; i < count; ++i) {
+        const cmd_prt_arg *record = va_arg(ap, const cmd_prt_arg *);
+        if (record == nullptr) diagnostic(std::string("cmd_prt argument ") + std::to_string(i + 1) + " of \"" + format + "\" is null");
+        args.push_back(qdprt::decode_arg(record));
+    }
+    va_end(ap);
+    shell::Flush &out = shell::pending()[handle];
+    out.text += qdprt::render(format, args);
+    for (const qdprt::ArgView &a : args) {
+        shell::PrintedValue v;
+        v.attr = a.attr;
+        if (a.value != nullptr) {
+            const auto *bytes = static_cast<const std::uint8_t *>(a.value);
+            v.bytes.assign(bytes, bytes + a.length);
+        }
+        out.values.push_back(std::move(v));
+    }
+    return 0;
+}
+
+std::int32_t cmd_prt_send(std::uint32_t handle) {
+    SwitchLock lock(switch_mutex());
+    if (!shell::is_output_handle(handle)) {
+        diagnostic("cmd_prt_send with handle " + shell::hex(handle) + ", which is not an output handle");
+        return kErrBadArgument;
+    }
+    auto it = shell::pending().find(handle);
+    if (it == shell::pending().end()) return 0;
+    shell::Flush flush = std::move(it->second);
+    shell::pending().erase(it);
+    shell::deliver(shell::render(flush, shell::mode()));
+    return 0;
+}
+
+}  // extern "C"

@@ -1,0 +1,139 @@
+// Faults injected from the scenario, per command code, interface,
+// extender or platform operation.
+#include "agent/agent.hpp"
+#include "core/errors.hpp"
+#include "sim_fixture.hpp"
+
+namespace simtest {
+namespace {
+
+class FaultTest : public SimTest {
+protected:
+    void with_faults(const std::string &faults) {
+        qdsim::ScenarioError e;
+        ASSERT_TRUE(qdsim::load_scenario_text(R"({"extends": "default", "faults": )" + faults + "}", "faults.json", e))
+            << e.message();
+    }
+};
+
+TEST_F(FaultTest, SendFailureStopsTheRequestBeforeTheDaemon) {
+    with_faults(R"([{"target": "daemon", "command": 19, "kind": "send_failure"}])");
+    const Exchange ex = daemon(handle, QD_CLI_CMD_CONF_WRR_COSMAP, 0, 0x0301);
+    EXPECT_EQ(ex.send_rc, qdsim::kErrSend);
+    EXPECT_STREQ(syserr2str(ex.send_rc), "message could not be sent");
+    EXPECT_EQ(qdsim::current_model().cos_map()[0], 0);  // never configured
+}
+
+TEST_F(FaultTest, RecvFailureLosesTheReplyAfterTheDaemonActed) {
+    with_faults(R"([{"target": "daemon", "command": 19, "kind": "recv_failure", "error": "timeout"}])");
+    const Exchange ex = daemon(handle, QD_CLI_CMD_CONF_WRR_COSMAP, 0, 0x0301);
+    EXPECT_EQ(ex.send_rc, 0);
+    EXPECT_EQ(ex.recv_rc, qdsim::kErrTimeout);
+    EXPECT_EQ(qdsim::current_model().cos_map()[0], 3);
+    EXPECT_EQ(qdsim::live_messages(), 0u);
+}
+
+TEST_F(FaultTest, EmptyAndShortPayloads) {
+    with_faults(R"([{"target": "daemon", "command": 20, "kind": "empty_payload", "count": 1},
+                    {"target": "daemon", "command": 20, "kind": "short_payload", "bytes": 6}])");
+    Exchange ex = daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP);
+    EXPECT_EQ(ex.recv_rc, 0);
+    EXPECT_FALSE(ex.has_payload);
+    ex = daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP);  // the first fault is spent
+    EXPECT_EQ(ex.payload.size(), 6u);
+}
+
+TEST_F(FaultTest, CountedFaultsAreSpentAndTheStateShowsWhatIsLeft) {
+    with_faults(R"([{"target": "daemon", "command": 20, "kind": "send_failure", "count": 2}])");
+    EXPECT_NE(daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP).send_rc, 0);
+    EXPECT_EQ(qdsim::current_model().state()["faults"][0]["count"], 1);
+    EXPECT_NE(daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP).send_rc, 0);
+    EXPECT_EQ(daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP).send_rc, 0);
+}
+
+TEST_F(FaultTest, UnsupportedUsesTheCommandsOwnRefusal) {
+    with_faults(R"([{"target": "daemon", "command": 20, "kind": "unsupported"}])");
+    const Exchange ex = daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP);
+    ASSERT_EQ(ex.payload.size(), 12u);
+    EXPECT_EQ(host32(ex.payload, 0), QD_STATUS_UNSUPPORTED);
+    EXPECT_EQ(ex.payload[4], 0xff);
+}
+
+TEST_F(FaultTest, AnInterfaceFaultHitsOnlyThatInterface) {
+    with_faults(R"([{"target": "daemon", "interface": "eth1/3", "kind": "send_failure"}])");
+    const std::uint32_t e13 = *qdsim::find_interface("Ethernet1/3");
+    const std::uint32_t e14 = *qdsim::find_interface("Ethernet1/4");
+    EXPECT_EQ(daemon(handle, 99, e13).send_rc, qdsim::kErrSend);
+    EXPECT_EQ(daemon(handle, 99, e14).send_rc, 0);
+    EXPECT_EQ(daemon(handle, 99, 0).send_rc, 0);
+    EXPECT_EQ(qdsim::current_model().state()["faults"][0]["interface"], "Ethernet1/3");
+}
+
+TEST_F(FaultTest, AgentFaultsMatchTheExtender) {
+    with_faults(R"([{"target": "agent", "command": 27, "extender": 102, "kind": "recv_failure"}])");
+    const lc_stats_req req = lc_request(LC_STATS_CMD_VAQ_DROPS, 0);
+    const qdsim::Model &m = qdsim::current_model();
+    Exchange ex = exchange(handle, m.extender(101)->node, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
+    EXPECT_EQ(ex.recv_rc, 0);
+    ex = exchange(handle, m.extender(102)->node, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
+    EXPECT_EQ(ex.recv_rc, qdsim::kErrTimeout);
+}
+
+TEST_F(FaultTest, AgentUnsupportedSetsTheHeaderStatus) {
+    with_faults(R"([{"target": "agent", "command": 16, "interface": "Ethernet101/1/2", "kind": "unsupported"}])");
+    const std::uint32_t hif = *qdsim::find_interface("Ethernet101/1/2");
+    const lc_stats_req req = lc_request(LC_STATS_CMD_HIF_QUEUING, 3, hif);
+    const Exchange ex = exchange(handle, qdsim::current_model().extender(101)->node, LC_STATS_SAP, LC_STATS_OPC, &req,
+                                 sizeof req, 5);
+    ASSERT_GE(ex.payload.size(), 32u);
+    EXPECT_EQ(be32(ex.payload, 28), static_cast<std::uint32_t>(qdsim::kErrUnsupported));
+    EXPECT_EQ(ex.payload[0], LC_STATS_CMD_HIF_QUEUING);
+}
+
+TEST_F(FaultTest, PlatformServiceFaults) {
+    with_faults(R"([{"target": "sse", "operation": 1077, "kind": "failure", "count": 1},
+                    {"target": "enumeration", "mask": "0x800000", "kind": "bad_status"},
+                    {"target": "statscl", "operation": "clear", "kind": "failure", "error": "no_service"},
+                    {"target": "card", "operation": "card_module_info", "kind": "failure"}])");
+    std::int32_t type = 0;
+    sse_req req{};
+    req.length = 4;
+    req.answer = &type;
+    EXPECT_EQ(sse_call(SSE_OP_PLATFORM_TYPE, &req), qdsim::kErrNoService);
+    EXPECT_EQ(sse_call(SSE_OP_PLATFORM_TYPE, &req), 0);
+    EXPECT_EQ(type, 2);
+
+    cmd_paraminfo source{}, copy{};
+    cmd_param_arg arg{};
+    if_range range{};
+    populate_intf_range(&range, 0, 0, 0);
+    pinfo_basic_copy(&copy, &source);
+    pinfo_insert_arg(&copy, &arg);
+    populate_param_arg(&arg, 2060, 0x40200002, 0, 0x800000, 0, &range);
+    enum_result result{};
+    std::int32_t status = 0;
+    EXPECT_EQ(invoke_enumeration_function("pmcli_eth", "pm_cli_if_index_enum_func", &copy, &result, &status), 0);
+    EXPECT_EQ(status, -1);
+    EXPECT_EQ(result.indexes, nullptr);
+
+    EXPECT_EQ(statscl_clear_qos_counters(0, *qdsim::find_interface("Ethernet101/1/1"), 0, nullptr), qdsim::kErrNoService);
+    std::uint8_t card[6];
+    EXPECT_NE(get_card_module_info(card), 0);
+}
+
+TEST_F(FaultTest, FaultsThatDoNotFitTheirTargetAreRefused) {
+    qdsim::ScenarioError e;
+    EXPECT_FALSE(qdsim::load_scenario_text(R"({"faults": [{"target": "sse", "kind": "empty_payload"}]})", "f.json", e));
+    EXPECT_NE(e.reason.find("a fault of the sse is one of: failure"), std::string::npos) << e.message();
+    EXPECT_FALSE(qdsim::load_scenario_text(R"({"faults": [{"target": "daemon", "kind": "short_payload"}]})", "f.json", e));
+    EXPECT_NE(e.reason.find("needs \"bytes\""), std::string::npos);
+    EXPECT_FALSE(qdsim::load_scenario_text(R"({"faults": [{"target": "daemon", "kind": "send_failure", "extender": 101}]})",
+                                           "f.json", e));
+    EXPECT_NE(e.reason.find("unknown member \"extender\""), std::string::npos);
+    EXPECT_FALSE(qdsim::load_scenario_text(R"({"faults": [{"target": "daemon", "kind": "send_failure", "error": "oops"}]})",
+                                           "f.json", e));
+    EXPECT_NE(e.reason.find("unknown error \"oops\""), std::string::npos);
+}
+
+}  // namespace
+}  // namespace simtest

@@ -1,0 +1,285 @@
+// Platform operations answered from the model: interfaces, extenders,
+// enumeration, system services, the statistics client, the agents, and
+// command lines.
+#include <cstdlib>
+
+#include "agent/agent.hpp"
+#include "core/cleanup.hpp"
+#include "core/errors.hpp"
+#include "shell/commands.hpp"
+#include "sim_fixture.hpp"
+
+namespace simtest {
+namespace {
+
+using PlatformTest = SimTest;
+
+std::uint32_t index_of(const char *name) { return *qdsim::find_interface(name); }
+
+TEST_F(PlatformTest, InterfaceTypesNamesAndSlots) {
+    const std::uint32_t eth = index_of("Ethernet2/5"), hif = index_of("Ethernet102/1/7");
+    EXPECT_EQ(eth, 0x1a010400u);
+    EXPECT_EQ(hif, 0x1f660600u);
+    std::uint8_t type = 0, slot = 0;
+    EXPECT_EQ(if_index_get_type(eth, &type), 0);
+    EXPECT_EQ(type, 26);
+    EXPECT_EQ(if_index_get_type(hif, &type), 0);
+    EXPECT_EQ(type, 31);
+    EXPECT_EQ(if_index_get_type(0x12345678, &type), qdsim::kErrNoInterface);
+    EXPECT_EQ(type, 0);
+    if_index_get_slot(eth, &slot);
+    EXPECT_EQ(slot, 2);
+    if_index_get_slot(hif, &slot);
+    EXPECT_EQ(slot, 34);  // its extender's slot
+    EXPECT_EQ(if_index_is_sub_intf(eth), 0);
+
+    char name[32];
+    EXPECT_EQ(snprintf_if_index(name, sizeof name, hif), 15);
+    EXPECT_STREQ(name, "Ethernet102/1/7");
+    char small[8];
+    snprintf_if_index(small, sizeof small, hif);
+    EXPECT_STREQ(small, "Etherne");
+    EXPECT_EQ(snprintf_if_index(name, sizeof name, 0), -1);
+    EXPECT_STREQ(name, "unknown-0x00000000");
+    EXPECT_EQ(hton_if_index(0x1a000000u), 0x0000001au);
+}
+
+TEST_F(PlatformTest, ExtenderLookupsTakeOneBelowTheExtenderNumber) {
+    std::uint8_t slot = 99, sat = 0;
+    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(100, 0, &slot), 0);  // extender 101
+    EXPECT_EQ(slot, 33);
+    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(101, 0, &slot), 0);
+    EXPECT_EQ(slot, 34);
+    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(102, 0, &slot), qdsim::kErrNoModule);
+    EXPECT_EQ(slot, 0);
+    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(100, 1, &slot), qdsim::kErrNoModule);
+    EXPECT_EQ(if_index_sat_get_sat_from_slot(34, &sat), 0);
+    EXPECT_EQ(sat, 102);
+    EXPECT_EQ(if_index_sat_get_sat_from_slot(1, &sat), qdsim::kErrNoModule);
+
+    satmgr_module_info info{};
+    EXPECT_EQ(satmgr_get_module_info(33, &info), 0);
+    EXPECT_EQ(info.node, 0x2202u);  // the node of slot 33
+    EXPECT_EQ(info.word0, 101u);
+    EXPECT_EQ(satmgr_get_module_info(0, &info), qdsim::kErrNoModule);
+    EXPECT_EQ(satmgr_get_module_info(1, &info), qdsim::kErrNoModule);  // a line card is no module
+}
+
+class EnumerationTest : public SimTest {
+protected:
+    // One pass as the library makes it.
+    std::vector<std::uint32_t> pass(std::uint64_t mask, const char *lib = "pmcli_eth") {
+        cmd_paraminfo source{}, copy{};
+        source.mts_handle = handle;
+        cmd_param_arg arg{};
+        if_range range{};
+        populate_intf_range(&range, 0, 0, 0);
+        range.word1 = 0;
+        pinfo_basic_copy(&copy, &source);
+        pinfo_insert_arg(&copy, &arg);
+        populate_param_arg(&arg, 2060, 0x40200002, 0, static_cast<std::uint32_t>(mask),
+                           static_cast<std::uint32_t>(mask >> 32), &range);
+        enum_result result{};
+        std::int32_t status = 0;
+        rc = invoke_enumeration_function(lib, "pm_cli_if_index_enum_func", &copy, &result, &status);
+        EXPECT_EQ(source.argc, 0);  // the source record is not changed
+        std::vector<std::uint32_t> out;
+        if (rc < 0) return out;
+        EXPECT_EQ(status, 0);
+        EXPECT_NE(result.indexes, nullptr);  // allocated even when empty
+        out.assign(result.indexes, result.indexes + result.count);
+        std::free(result.indexes);
+        return out;
+    }
+    std::int32_t rc = 0;
+};
+
+TEST_F(EnumerationTest, FourPassesReportEveryEthernetAndHostInterfaceOnce) {
+    qdsim::ScenarioError e;
+    ASSERT_TRUE(qdsim::load_scenario_text(R"({"extends": "default",
+      "ethernet": [{"slot": 1, "ports": "1-48"}, {"slot": 2, "ports": "1-46"}, {"slot": 2, "ports": "47-48", "type": 1}],
+      "sub_interfaces": ["Ethernet1/1.5"], "other_interfaces": [{"name": "mgmt0", "type": 40}]})", "e.json", e))
+        << e.message();
+    const auto others = pass(0x1, "pmcli");
+    const auto type1 = pass(0x4000000000000000ull, "pmcli");
+    const auto eth = pass(0x800000);
+    const auto hosts = pass(0x10000000);
+    ASSERT_EQ(others.size(), 1u);
+    EXPECT_EQ(type1.size(), 2u);
+    EXPECT_EQ(eth.size(), 94u);  // the sub-interface is not enumerated
+    ASSERT_EQ(hosts.size(), 96u);
+    EXPECT_EQ(eth.front(), index_of("Ethernet1/1"));
+    EXPECT_EQ(eth[48], index_of("Ethernet2/1"));
+    EXPECT_TRUE(std::is_sorted(eth.begin(), eth.end()));
+    EXPECT_EQ(hosts.front(), index_of("Ethernet101/1/1"));
+    EXPECT_EQ(hosts.back(), index_of("Ethernet102/1/48"));
+    EXPECT_EQ(pass(0x2).size(), 0u);  // a bit that selects nothing
+}
+
+TEST_F(EnumerationTest, UnknownFunctionsAndMissingArgumentsFail) {
+    pass(0x800000, "pmcli_fc");
+    EXPECT_LT(rc, 0);
+    cmd_paraminfo copy{};
+    enum_result result{};
+    std::int32_t status = 0;
+    EXPECT_LT(invoke_enumeration_function("pmcli", "pm_cli_if_index_enum_func", &copy, &result, &status), 0);
+    EXPECT_EQ(status, -1);
+    qdsim::take_diagnostics();
+}
+
+TEST_F(PlatformTest, SystemServicesAnswerFromTheModel) {
+    std::int32_t type = 0;
+    sse_req req{};
+    req.length = 4;
+    req.answer = &type;
+    EXPECT_EQ(sse_call(SSE_OP_PLATFORM_TYPE, &req), 0);
+    EXPECT_EQ(type, 2);
+    req.length = 2;
+    EXPECT_EQ(sse_call(SSE_OP_PLATFORM_TYPE, &req), qdsim::kErrBadArgument);
+    EXPECT_EQ(sse_call(1, &req), qdsim::kErrUnsupported);
+    std::uint32_t buffer[2] = {7, 0};
+    EXPECT_EQ(sse_call2(SSE_OP_ONBOARD_LOG, buffer, sizeof buffer), -1);  // no log service here
+    EXPECT_EQ(sysmgr_vdc_get(), 1u);
+    std::uint8_t card[6] = {0xee, 0xee, 0, 0, 0xee, 0xee};
+    EXPECT_EQ(get_card_module_info(card), 0);
+    std::uint16_t id = 0;
+    std::memcpy(&id, card + 2, 2);
+    EXPECT_EQ(id, 184);
+    EXPECT_EQ(pfm_get_sw_card_id_from_module(), 184u);
+}
+
+TEST_F(PlatformTest, QosCountersOfHostInterfacesOnly) {
+    qos_counter_block block;
+    std::memset(&block, 0xab, sizeof block);
+    const std::uint32_t hif = index_of("Ethernet101/1/1");
+    EXPECT_EQ(statscl_get_qos_counters(0, hif, 0, &block), 0);
+    EXPECT_EQ(block.tx_queue_drops, 12u);
+    EXPECT_EQ(block.platform0[0], 0);
+    EXPECT_EQ(statscl_clear_qos_counters(0, hif, 0, nullptr), 0);
+    statscl_get_qos_counters(0, hif, 0, &block);
+    EXPECT_EQ(block.tx_queue_drops, 0u);
+    EXPECT_EQ(statscl_get_qos_counters(0, index_of("Ethernet1/1"), 0, &block), qdsim::kErrUnsupported);
+    EXPECT_EQ(statscl_clear_qos_counters(0, 0, 0, nullptr), qdsim::kErrNoInterface);
+    EXPECT_EQ(statscl_get_qos_counters(1, hif, 0, &block), qdsim::kErrBadArgument);
+}
+
+TEST_F(PlatformTest, AgentsServeTheirSlotsNodesOnly) {
+    const lc_stats_req req = lc_request(LC_STATS_CMD_VAQ_DROPS, 0);
+    // Slot 1's line card and extender 101 (slot 33) have agents; slot 5 has none.
+    Exchange ex = exchange(handle, 0x0202, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
+    EXPECT_EQ(ex.send_rc, 0);
+    ex = exchange(handle, 0x2202, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
+    EXPECT_EQ(ex.send_rc, 0);
+    ASSERT_GE(ex.payload.size(), 32u);
+    EXPECT_EQ(be32(ex.payload, 28), static_cast<std::uint32_t>(qdsim::kErrUnsupported));  // nobody serves 27 yet
+    ex = exchange(handle, 0x0602, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
+    EXPECT_EQ(ex.send_rc, qdsim::kErrNoRoute);
+}
+
+TEST_F(PlatformTest, AgentsCheckTheRequestAndDecodeItForTheSubCommand) {
+    qdsim::agent::Request seen;
+    ASSERT_TRUE(qdsim::agent::register_subcommand({200, "test", 2, [&](const qdsim::agent::Request &r, qdsim::Model &) {
+                                                       seen = r;
+                                                       return qdsim::agent::Reply::ok({1, 2, 3}, 3);
+                                                   }}));
+    lc_stats_req req = lc_request(200, 2, 0x1a002f00u);
+    req.hdr.slot[3] = 33;
+    req.hdr.vaq_id[3] = 101;
+    Exchange ex = exchange(handle, 0x2202, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
+    ASSERT_EQ(ex.payload.size(), 35u);
+    EXPECT_EQ(ex.payload[0], 200);
+    EXPECT_EQ(ex.payload[1], 2);
+    EXPECT_EQ(ex.payload[2], 3);
+    EXPECT_EQ(be32(ex.payload, 28), 0u);
+    EXPECT_EQ(ex.payload[34], 3);
+    EXPECT_EQ(seen.target_if_index, 0x1a002f00u);
+    EXPECT_EQ(seen.slot, 33u);
+    EXPECT_EQ(seen.vaq_id, 101u);
+    ASSERT_NE(seen.extender, nullptr);
+    EXPECT_EQ(seen.extender->number, 101);
+
+    req.hdr.variant = 3;  // not the variant the sub-command takes
+    ex = exchange(handle, 0x2202, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
+    EXPECT_EQ(be32(ex.payload, 28), static_cast<std::uint32_t>(qdsim::kErrBadRequest));
+    req.hdr.variant = 2;
+    req.hdr.fixed_one[0] = 0;
+    req.hdr.fixed_one[3] = 1;  // converted to network order by mistake
+    ex = exchange(handle, 0x2202, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
+    EXPECT_EQ(be32(ex.payload, 28), static_cast<std::uint32_t>(qdsim::kErrBadRequest));
+    ex = exchange(handle, 0x2202, LC_STATS_SAP, LC_STATS_OPC, &req, 32, 5);
+    EXPECT_EQ(be32(ex.payload, 28), static_cast<std::uint32_t>(qdsim::kErrBadRequest));
+    ex = exchange(handle, 0x2202, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 0);  // daemon's receive options
+    EXPECT_EQ(ex.recv_rc, qdsim::kErrBadOptions);
+    qdsim::agent::unregister_subcommand(200);
+}
+
+TEST_F(PlatformTest, CommandLinesGoToTheRunnerOrThePlatformsCommands) {
+    vsh_cmd_req req{};
+    req.word0 = 1;
+    req.word776 = 2;
+    req.word780 = 2;
+    std::strcpy(req.cmd_line, "clear  interface priority-flow-control Ethernet1/1");
+    std::string rest;
+    qdsim::shell::register_platform_command("clear interface priority-flow-control", [&](const std::string &r, qdsim::Model &) {
+        rest = r;
+        return 0;
+    });
+    EXPECT_EQ(vsh_system2(&req), 0);
+    EXPECT_EQ(rest, "Ethernet1/1");
+    EXPECT_NE(qdsim::run_platform_command("clear interface priority-flow-controlx"), 0);
+
+    std::string ran;
+    qdsim::set_command_runner([&](const std::string &line) {
+        ran = line;
+        return 5;
+    });
+    EXPECT_EQ(vsh_system2(&req), 5);
+    EXPECT_EQ(ran, "clear  interface priority-flow-control Ethernet1/1");
+    req.word780 = 0;
+    EXPECT_EQ(vsh_system2(&req), qdsim::kErrBadArgument);
+    qdsim::shell::unregister_platform_command("clear interface priority-flow-control");
+    qdsim::take_diagnostics();
+}
+
+TEST_F(PlatformTest, RequestAttributesAndStreamsAreWalkedToTheEnd) {
+    const std::uint32_t eth = index_of("Ethernet1/1");
+    qdsim::Attribute a{ATTR_IF_INDEX, {}};
+    a.value.resize(4);
+    std::memcpy(a.value.data(), &eth, 4);
+    qdsim::set_request_attributes({a, {0x14ff1234, {1}}});
+    void *value = nullptr;
+    std::uint32_t length = 0;
+    EXPECT_EQ(cmd_req_attr_getnext(output_handle(), &value, &length), static_cast<std::int32_t>(ATTR_IF_INDEX));
+    EXPECT_EQ(length, 4u);
+    EXPECT_EQ(*static_cast<std::uint32_t *>(value), eth);
+    EXPECT_EQ(cmd_req_attr_getnext(output_handle(), &value, &length), 0x14ff1234);
+    EXPECT_EQ(cmd_req_attr_getnext(output_handle(), &value, &length), -1);
+
+    cmd_rsp rsp{};
+    qdsim::attach_stream(&rsp, {{0x0cff00b7, a.value}, {58, {}}}, handle);
+    EXPECT_EQ(rsp.mts_handle, handle);
+    EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), 0x0cff00b7);
+    EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), 58);
+    EXPECT_EQ(length, 0u);
+    EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), -1);
+
+    cmd_rsp other{};
+    qdsim::open_switch_stream(&other, handle);  // no producer registered here: an empty stream
+    EXPECT_EQ(other.mts_handle, handle);
+    EXPECT_EQ(cmd_rsp_attr_getnext(&other, &value, &length), -1);
+    finish();  // the streams go with the command
+    EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), -1);
+    EXPECT_TRUE(diagnosed(qdsim::take_diagnostics(), "already released"));
+}
+
+TEST_F(PlatformTest, ShutdownRunsTheCleanupsOnceNewestFirst) {
+    std::string order;
+    qdsim::register_cleanup("a", [&] { order += "a"; });
+    qdsim::register_cleanup("b", [&] { order += "b"; });
+    qdsim::shutdown();
+    qdsim::shutdown();
+    EXPECT_EQ(order, "ba");
+}
+
+}  // namespace
+}  // namespace simtest

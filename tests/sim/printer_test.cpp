@@ -1,0 +1,145 @@
+// The shell printer: rendering, flushing, structured output, the catalogue.
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "shell/catalogue.hpp"
+#include "sim_fixture.hpp"
+
+namespace simtest {
+namespace {
+
+class PrinterTest : public SimTest {
+protected:
+    cmd_prt_arg u32(std::uint32_t attr, const std::uint32_t &value) {
+        cmd_prt_arg a;
+        cmd_prt_arg_make(&a, attr, &value, 4);
+        return a;
+    }
+    cmd_prt_arg u64(std::uint32_t attr, const std::uint64_t &value) {
+        cmd_prt_arg a;
+        cmd_prt_arg_make(&a, attr, &value, 8);
+        return a;
+    }
+    cmd_prt_arg text(std::uint32_t attr, const char *value) {
+        cmd_prt_arg a;
+        cmd_prt_arg_make(&a, attr, value, static_cast<std::uint32_t>(std::strlen(value) + 1));
+        return a;
+    }
+};
+
+TEST_F(PrinterTest, ConversionsTakeOneTypedArgumentEachWithWidthAndAlignment) {
+    const std::uint32_t group = 3, bandwidth = 50;
+    const std::uint64_t drops = 5000000000ull;
+    const cmd_prt_arg g = u32(0x14ff003b, group), s = text(0x30ff003c, "WRR     "), b = u32(0x14ff003d, bandwidth);
+    const cmd_prt_arg d = u64(0x15ff003e, drops);
+    cmd_prt(output_handle(), "        %s       %s     %5s\n", &g, &s, &b);
+    cmd_prt(output_handle(), "[%-6s|%.3s] 100%%\n", &g, &d);
+    EXPECT_EQ(output, "");  // nothing goes out before the flush
+    cmd_prt_send(output_handle());
+    EXPECT_EQ(output, "        3       WRR             50\n[3     |500] 100%\n");
+}
+
+TEST_F(PrinterTest, TextAttributesUnderTheUnsignedTypeByteRenderAsText) {
+    const cmd_prt_arg name = text(0x14ff00aa, "Ethernet1/1"), mode = text(0x14ff00ae, "YES");
+    cmd_prt(output_handle(), "%s queuing information extend: %s\n", &name, &mode);
+    cmd_prt_send(output_handle());
+    EXPECT_EQ(output, "Ethernet1/1 queuing information extend: YES\n");
+}
+
+TEST_F(PrinterTest, UnknownAttributesRenderByTheirTypeByte) {
+    const std::int32_t minus = -1;
+    const std::uint8_t byte = 200;
+    cmd_prt_arg a, b;
+    cmd_prt_arg_make(&a, 0x11ff7001, &minus, 4);
+    cmd_prt_arg_make(&b, 0x02ff7002, &byte, 1);
+    cmd_prt(output_handle(), "%s %s\n", &a, &b);
+    cmd_prt_send(output_handle());
+    EXPECT_EQ(output, "-1 200\n");
+}
+
+TEST_F(PrinterTest, JsonModeMakesOneObjectPerFlushWithNamedMembers) {
+    qdsim::set_output_mode(qdsim::OutputMode::json);
+    const std::uint32_t g0 = 0, g1 = 1;
+    const cmd_prt_arg name = text(0x30ff003a, "Ethernet1/1");
+    cmd_prt(output_handle(), "%s queuing information:\n", &name);
+    const cmd_prt_arg a = u32(0x14ff003b, g0), b = u32(0x14ff003b, g1);
+    cmd_prt(output_handle(), "%s\n", &a);
+    cmd_prt(output_handle(), "%s\n", &b);
+    cmd_prt_send(output_handle());
+    cmd_prt(output_handle(), "mts payload is empty");
+    cmd_prt_send(output_handle());
+
+    const std::size_t newline = output.find('\n');
+    ASSERT_NE(newline, std::string::npos);
+    const auto first = nlohmann::json::parse(output.substr(0, newline));
+    EXPECT_EQ(first["if_name"], "Ethernet1/1");
+    EXPECT_EQ(first["tx_qos_group"], nlohmann::json::array({0, 1}));  // repeated names become arrays
+    const auto second = nlohmann::json::parse(output.substr(newline + 1));
+    EXPECT_EQ(second["message"], "mts payload is empty");
+}
+
+TEST_F(PrinterTest, XmlModeEscapesTextAndKeepsPrintOrder) {
+    qdsim::set_output_mode(qdsim::OutputMode::xml);
+    const std::uint64_t drops = 7;
+    const cmd_prt_arg name = text(0x30ff003a, "a<b&c"), d = u64(0x15ff003e, drops);
+    cmd_prt(output_handle(), "%s %s\n", &name, &d);
+    cmd_prt_send(output_handle());
+    EXPECT_EQ(output, "<output><if_name>a&lt;b&amp;c</if_name><mcast_tail_drops>7</mcast_tail_drops></output>\n");
+}
+
+TEST_F(PrinterTest, ArgumentsThatDoNotFitTheirAttributeAreDiagnosed) {
+    const std::uint64_t wide = 1;
+    cmd_prt_arg a;
+    cmd_prt_arg_make(&a, 0x14ff003d, &wide, 8);  // a 32-bit value given 8 bytes
+    cmd_prt_arg_make(&a, 0x30ff003a, "abc", 3);  // length without the NUL
+    cmd_prt(output_handle(), "%d\n");           // not a conversion of this printer
+    cmd_prt(handle, "x");                        // the transport handle, not the output handle
+    const auto d = qdsim::take_diagnostics();
+    EXPECT_TRUE(diagnosed(d, "oper_bandwidth) is a u32 of 4 bytes, given 8"));
+    EXPECT_TRUE(diagnosed(d, "if_name) is a text"));
+    EXPECT_TRUE(diagnosed(d, "a conversion other than %s"));
+    EXPECT_TRUE(diagnosed(d, "not an output handle"));
+}
+
+TEST_F(PrinterTest, OutputNeverFlushedIsDeliveredWhenTheCommandEnds) {
+    cmd_prt(output_handle(), "left behind\n");
+    finish();
+    EXPECT_EQ(output, "left behind\n");
+    EXPECT_TRUE(diagnosed(qdsim::take_diagnostics(), "never flushed"));
+}
+
+TEST_F(PrinterTest, OutputHandleIsTheTransportHandleMarked) {
+    cmd_paraminfo pinfo{};
+    pinfo.mts_handle = handle;
+    EXPECT_EQ(cmd_paraminfo_to_rxhandle(&pinfo), output_handle());
+    EXPECT_NE(cmd_paraminfo_to_rxhandle(&pinfo), handle);
+}
+
+// Every attribute the handlers use has an entry, with a unique name.
+TEST(Catalogue, CoversEveryAttributeOfTheReportsOnce) {
+    using qdsim::shell::find_attribute;
+    std::vector<std::uint32_t> numbers;
+    for (std::uint32_t n = 0x01; n <= 0x07; ++n) numbers.push_back(n);
+    numbers.push_back(0x39);
+    for (std::uint32_t n = 0x3a; n <= 0xfa; ++n)
+        if (n != 0x88 && n != 0x89 && n != 0xa9) numbers.push_back(n);
+    for (std::uint32_t n : numbers) {
+        bool found = false;
+        for (const auto &a : qdsim::shell::attribute_catalogue()) found = found || (a.id & 0xffffu) == n;
+        EXPECT_TRUE(found) << "attribute number 0x" << std::hex << n;
+    }
+    EXPECT_NE(find_attribute(58), nullptr);
+    EXPECT_EQ(find_attribute(0x14ff00aa)->kind, qdsim::shell::AttrKind::text);
+    EXPECT_EQ(find_attribute(0x14ff00ae)->kind, qdsim::shell::AttrKind::text);
+    EXPECT_EQ(find_attribute(0x11ff00a5)->kind, qdsim::shell::AttrKind::i32);
+    EXPECT_EQ(find_attribute(0x14ff009d)->kind, qdsim::shell::AttrKind::u64);
+    std::set<std::string> names;
+    std::set<std::uint32_t> ids;
+    for (const auto &a : qdsim::shell::attribute_catalogue()) {
+        EXPECT_TRUE(names.insert(a.name).second) << a.name;
+        EXPECT_TRUE(ids.insert(a.id).second) << std::hex << a.id;
+    }
+}
+
+}  // namespace
+}  // namespace simtest

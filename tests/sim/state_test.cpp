@@ -1,0 +1,101 @@
+// The state document: dumping it, reading and changing values through it.
+#include <nlohmann/json.hpp>
+
+#include "model/model.hpp"
+#include "sim_fixture.hpp"
+
+namespace simtest {
+namespace {
+
+using StateTest = SimTest;
+
+TEST_F(StateTest, TheDumpHoldsEveryInterfaceWithItsDefaultsApplied) {
+    const auto state = nlohmann::json::parse(qdsim::dump_state_json());
+    EXPECT_EQ(state["interfaces"].size(), 192u);
+    EXPECT_EQ(state["interfaces"]["Ethernet1/1"]["if_index"], "0x1a000000");
+    EXPECT_EQ(state["interfaces"]["Ethernet101/1/9"]["qos_counters"]["tx_queue_drops"], 0);
+    EXPECT_EQ(state["platform"]["type"], 2);
+    EXPECT_FALSE(state.contains("defaults"));
+}
+
+TEST_F(StateTest, ADumpLoadsBackAsTheSameSwitch) {
+    qdsim::advance_clock(4);
+    const std::string before = qdsim::dump_state_json();
+    qdsim::ScenarioError e;
+    ASSERT_TRUE(qdsim::load_scenario_text(before, "dump.json", e)) << e.message();
+    EXPECT_EQ(qdsim::dump_state_json(), before);
+}
+
+TEST_F(StateTest, SetChangesWhatTheServicesSee) {
+    std::string error;
+    ASSERT_TRUE(qdsim::set_state_value("/cos_map/7", "0", error)) << error;
+    const Exchange ex = daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP);
+    EXPECT_EQ(ex.payload[11], 0);
+    ASSERT_TRUE(qdsim::set_state_value("/interfaces/Ethernet101~11~13/qos_counters/tx_queue_drops", "77", error)) << error;
+    qos_counter_block block{};
+    statscl_get_qos_counters(0, *qdsim::find_interface("Ethernet101/1/3"), 0, &block);
+    EXPECT_EQ(block.tx_queue_drops, 77u);
+    ASSERT_TRUE(qdsim::set_state_value("/platform/type", "3", error)) << error;
+    EXPECT_EQ(qdsim::current_model().platform_type(), 3);
+}
+
+TEST_F(StateTest, ABadValueIsRefusedAndTheStateKept) {
+    std::string error;
+    const std::string before = qdsim::dump_state_json();
+    EXPECT_FALSE(qdsim::set_state_value("/cos_map/1", "9", error));
+    EXPECT_NE(error.find("9 is out of range 0-3"), std::string::npos) << error;
+    EXPECT_FALSE(qdsim::set_state_value("/cos_map/8", "1", error));
+    EXPECT_NE(error.find("use /- to append"), std::string::npos) << error;
+    EXPECT_FALSE(qdsim::set_state_value("/interfaces/Ethernet1~11/queing", "{}", error));
+    EXPECT_NE(error.find("unknown section \"queing\""), std::string::npos) << error;
+    EXPECT_FALSE(qdsim::set_state_value("/interfaces/Ethernet1~11/if_index", "\"0x1\"", error));
+    EXPECT_FALSE(qdsim::set_state_value("/nowhere/at/all", "1", error));
+    EXPECT_NE(error.find("nothing at /nowhere/at"), std::string::npos) << error;
+    EXPECT_FALSE(qdsim::set_state_value("/cos_map/0", "{not json", error));
+    EXPECT_NE(error.find("not JSON"), std::string::npos) << error;
+    EXPECT_FALSE(qdsim::set_state_value("cos_map", "1", error));
+    EXPECT_EQ(qdsim::dump_state_json(), before);
+}
+
+TEST_F(StateTest, ShapeChangesGoThroughTheSameChecksAndReindex) {
+    std::string error;
+    ASSERT_TRUE(qdsim::set_state_value("/ethernet/-", R"({"slot": 5, "ports": "1-4"})", error)) << error;
+    EXPECT_EQ(qdsim::interfaces().size(), 196u);
+    ASSERT_TRUE(qdsim::find_interface("Ethernet5/4").has_value());
+    EXPECT_FALSE(qdsim::set_state_value("/extenders/0/slot", "5", error));  // slot 5 now holds a line card
+    EXPECT_NE(error.find("slot 5 holds a line card"), std::string::npos) << error;
+    ASSERT_TRUE(qdsim::set_state_value("/faults/-", R"({"target": "daemon", "command": 20, "kind": "send_failure"})", error))
+        << error;
+    EXPECT_EQ(daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP).send_rc, static_cast<std::int32_t>(0x41000001));
+}
+
+TEST(JsonAccess, DefaultsAndCounterClears) {
+    nlohmann::json section = {{"mtu", 1500}, {"hex", "0x1f"}, {"flag", 1},
+                              {"counters", {{"rx", 5}, {"tx", {1, 2}}}},
+                              {"groups", {{{"q_size", 7}, {"counters", {{"drops", 3}}}}}},
+                              {"rates", {{"mtu", 1}}}};
+    EXPECT_EQ(qdsim::get_u32(section, "/mtu"), 1500u);
+    EXPECT_EQ(qdsim::get_u32(section, "/hex"), 31u);
+    EXPECT_EQ(qdsim::get_u32(section, "/missing", 9), 9u);
+    EXPECT_EQ(qdsim::get_u32(section, "/counters", 9), 9u);  // an object is no number
+    EXPECT_TRUE(qdsim::get_bool(section, "/flag"));
+    EXPECT_EQ(qdsim::get_u32(section, "not a pointer", 4), 4u);
+    qdsim::zero_counter_blocks(section);
+    EXPECT_EQ(section["counters"]["rx"], 0);
+    EXPECT_EQ(section["counters"]["tx"], nlohmann::json::array({0, 0}));
+    EXPECT_EQ(section["groups"][0]["counters"]["drops"], 0);
+    EXPECT_EQ(section["groups"][0]["q_size"], 7);  // configuration stays
+    EXPECT_EQ(section["mtu"], 1500);
+    EXPECT_EQ(section["rates"]["mtu"], 1);
+}
+
+TEST_F(StateTest, ValuesAreReadByPointer) {
+    std::string value, error;
+    ASSERT_TRUE(qdsim::get_state_value("/extenders/1/uplinks", value, error)) << error;
+    EXPECT_EQ(nlohmann::json::parse(value), nlohmann::json::array({"Ethernet2/48"}));
+    EXPECT_FALSE(qdsim::get_state_value("/extenders/7", value, error));
+    EXPECT_FALSE(qdsim::get_state_value("extenders", value, error));
+}
+
+}  // namespace
+}  // namespace simtest
