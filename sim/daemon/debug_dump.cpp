@@ -98,6 +98,11 @@ extern "C" std::int32_t sdwrap_debug_dump(std::uint32_t handle, std::uint32_t no
     const auto *bytes = static_cast<const std::uint8_t *>(request);
     debug.record.assign(bytes, bytes + length);
     const daemon::DebugFunction function = it->second;
-    shell::deliver(function(debug, model));
+    try {
+        shell::deliver(function(debug, model));
+    } catch (const std::exception &e) {
+        diagnostic(std::string("debug function ") + func_name + " failed: " + e.what());
+        return kErrNoService;
+    }
     return 0;
 }

@@ -36,6 +36,8 @@ struct CountingIterator {
 
 class Recorder {
 public:
+    static constexpr std::size_t kMaxDepth = 64;
+
     Recorder(std::string_view text, const std::string &file, std::size_t &consumed, PositionMap &positions)
         : text_(text), file_(file), consumed_(consumed), positions_(positions) {
         line_starts_.push_back(0);
@@ -154,6 +156,11 @@ private:
     }
 
     bool open(Json container) {
+        if (stack_.size() >= kMaxDepth) {
+            failure.where = at(token_start());
+            failure.reason = "values nest deeper than " + std::to_string(kMaxDepth) + " levels";
+            return false;
+        }
         std::string pointer;
         Json *slot = place(std::move(container), pointer);
         stack_.push_back({slot, pointer, {}, 0});

@@ -963,6 +963,9 @@ std::unique_ptr<Model> build_model(const ScenarioSource &source, ScenarioError &
     } catch (const Refusal &r) {
         error = r.error;
         return nullptr;
+    } catch (const std::exception &e) {
+        error = {source.origin, 0, 0, std::string("a section check failed: ") + e.what()};
+        return nullptr;
     }
 }
 

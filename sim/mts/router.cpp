@@ -1,6 +1,7 @@
 #include "mts/router.hpp"
 
 #include <cstdio>
+#include <exception>
 #include <cstring>
 #include <deque>
 #include <map>
@@ -144,6 +145,11 @@ Message *find_message(const mts_msg *msg, Ledger **ledger_out = nullptr) {
     return &it->second;
 }
 
+std::string target_name(const Address &to) {
+    const RegisteredService *s = route(to);
+    return s ? s->service.name : "?";
+}
+
 std::uint32_t new_token() {
     std::uint32_t token = router().next_token++;
     if (token == 0) token = router().next_token++;
@@ -215,7 +221,14 @@ std::int32_t send(std::uint32_t handle, const Address &to, const void *payload, 
     const std::uint32_t word2 = target->service.recv_word2;
     const auto handler = target->service.handle;
     Request request{handle, to, static_cast<const std::uint8_t *>(payload), length};
-    Delivery delivery = handler(request);
+    Delivery delivery;
+    try {
+        delivery = handler(request);
+    } catch (const std::exception &e) {
+        // The service broke down: its reply never comes.
+        diagnostic("service \"" + target_name(to) + "\" failed on a request: " + e.what());
+        delivery = Delivery::recv_failed(kErrTimeout);
+    }
     if (delivery.kind == Delivery::Kind::no_route) return kErrNoRoute;
     if (delivery.kind == Delivery::Kind::send_failure) return delivery.error ? delivery.error : kErrSend;
 

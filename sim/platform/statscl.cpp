@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "core/diagnostics.hpp"
 #include "core/errors.hpp"
 #include "qdcli/platform.h"
 #include "core/lock.hpp"
@@ -67,7 +68,14 @@ std::int32_t statscl_clear_qos_counters(std::uint32_t a, std::uint32_t if_index,
     if (const std::int32_t rc = platform::host_or_error(model, if_index, "clear", host)) return rc;
     if (Json *counters = find(*host->data, "/qos_counters")) zero_counters(*counters);
     const std::vector<platform::QosClear> clears = platform::qos_clears();
-    for (const platform::QosClear &clear : clears) clear(*host, model);
+    for (const platform::QosClear &clear : clears) {
+        try {
+            clear(*host, model);
+        } catch (const std::exception &e) {
+            diagnostic("a QoS clear of " + host->name + " failed: " + e.what());
+            return kErrNoService;
+        }
+    }
     return 0;
 }
 

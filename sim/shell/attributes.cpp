@@ -84,7 +84,12 @@ void open_switch_stream(cmd_rsp *rsp, std::uint32_t mts_handle) {
     SwitchLock lock(switch_mutex());
     std::vector<Attribute> list;
     if (shell::attributes().producer) {
-        list = shell::attributes().producer(current_model(), mts_handle);
+        try {
+            list = shell::attributes().producer(current_model(), mts_handle);
+        } catch (const std::exception &e) {
+            diagnostic(std::string("the producer of the switch-wide stream failed: ") + e.what());
+            list.clear();
+        }
     } else {
         diagnostic("no producer of the switch-wide stream is registered: the stream is empty");
     }

@@ -75,7 +75,12 @@ int run_platform_command(const std::string &line) {
     }
     const std::string rest = words.size() > best->first.size() ? words.substr(best->first.size() + 1) : std::string();
     const shell::PlatformCommand command = best->second;
-    return command(rest, current_model());
+    try {
+        return command(rest, current_model());
+    } catch (const std::exception &e) {
+        diagnostic("platform command \"" + words + "\" failed: " + e.what());
+        return kErrNoService;
+    }
 }
 
 }  // namespace qdsim

@@ -2,6 +2,7 @@
 #include "mts/router.hpp"
 
 #include <algorithm>
+#include <stdexcept>
 
 #include "core/errors.hpp"
 #include "sim_fixture.hpp"
@@ -170,6 +171,21 @@ TEST_F(RouterTest, AnEmptyReplyHasNoPayloadAndLengthZero) {
     EXPECT_EQ(ex.recv_rc, 0);
     EXPECT_FALSE(ex.has_payload);
     qdsim::mts::unregister_service(id);
+}
+
+TEST_F(RouterTest, AServiceThatBreaksDownLosesItsReplyNotTheHost) {
+    qdsim::mts::Service broken;
+    broken.name = "broken";
+    broken.node = kNode;
+    broken.sap = kSap + 2;
+    broken.opcode = kOpcode;
+    broken.handle = [](const qdsim::mts::Request &) -> qdsim::mts::Delivery { throw std::runtime_error("bad section"); };
+    const auto id = qdsim::mts::register_service(broken);
+    const Exchange ex = exchange(handle, kNode, kSap + 2, kOpcode, "x", 1, 0);
+    qdsim::mts::unregister_service(id);
+    EXPECT_EQ(ex.send_rc, 0);
+    EXPECT_EQ(ex.recv_rc, qdsim::kErrTimeout);
+    EXPECT_TRUE(diagnosed(qdsim::take_diagnostics(), "service \"broken\" failed on a request: bad section"));
 }
 
 TEST_F(RouterTest, AnAddressIsServedOnce) {

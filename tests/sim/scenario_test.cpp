@@ -94,6 +94,13 @@ TEST_F(ScenarioTest, SemanticErrorsPointAtTheOffendingValue) {
     }
 }
 
+TEST_F(ScenarioTest, DeepNestingIsRefusedNotRecursedInto) {
+    const ScenarioError e = refused("{\"description\": " + std::string(100, '[') + std::string(100, ']') + "}");
+    EXPECT_EQ(e.line, 1u);
+    EXPECT_EQ(e.column, 80u);
+    EXPECT_NE(e.reason.find("nest deeper than 64"), std::string::npos) << e.message();
+}
+
 TEST_F(ScenarioTest, ARefusedScenarioKeepsTheCurrentSwitch) {
     refused("{\"ethernet\": [{\"slot\": 0, \"ports\": 1}]}");
     EXPECT_EQ(qdsim::interfaces().size(), 192u);
@@ -186,7 +193,11 @@ TEST_F(ScenarioTest, FilesAreReadAndTheirErrorsNamed) {
 TEST_F(ScenarioTest, TheShippedExamplesLoad) {
     for (const char *name : {"platform-1.json", "platform-2.json", "platform-3.json"}) {
         ScenarioError e;
-        EXPECT_TRUE(qdsim::load_scenario_file(std::string(QDSIM_SOURCE_DIR) + "/scenarios/" + name, e)) << e.message();
+        ASSERT_TRUE(qdsim::load_scenario_file(std::string(QDSIM_SOURCE_DIR) + "/scenarios/" + name, e)) << e.message();
+        // Its state loads back as the same switch.
+        const std::string state = qdsim::dump_state_json();
+        ASSERT_TRUE(qdsim::load_scenario_text(state, name, e)) << e.message();
+        EXPECT_EQ(qdsim::dump_state_json(), state) << name;
     }
 }
 

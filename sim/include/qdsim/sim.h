@@ -17,17 +17,18 @@ namespace qdsim {
 
 // A scenario refused while loading: where, and why.
 struct ScenarioError {
-    std::string file;  // "<default>" for the embedded scenario
-    std::size_t line = 0;
+    std::string file;  // "<default>/FRAGMENT" for the embedded scenario, "state" for set_state_value
+    std::size_t line = 0;    // 0 when the fault has no position (a file that cannot be read)
     std::size_t column = 0;
-    std::string reason;
-    std::string message() const;  // "FILE:LINE:COLUMN: REASON"
+    std::string reason;      // with the JSON pointer of the value at fault, where there is one
+    std::string message() const;  // "FILE:LINE:COLUMN: REASON", or "FILE: REASON" without a position
 };
 
 // Loads a scenario file, replacing the current switch. On error the current
 // switch is kept and `error` says what was wrong.
 bool load_scenario_file(const std::string &path, ScenarioError &error);
-// Loads a scenario from text (`name` is used in error messages).
+// Loads a scenario from text (`name` is used in error messages; a relative
+// "extends" is read from the current directory).
 bool load_scenario_text(const std::string &text, const std::string &name, ScenarioError &error);
 // Loads the embedded default chassis.
 void load_default_scenario();
@@ -102,6 +103,8 @@ std::vector<std::string> check_ledger(std::uint32_t mts_handle);
 // The switch's complaints about how it was used (also written to standard
 // error as they happen), since the last call.
 std::vector<std::string> take_diagnostics();
+// Whether diagnostics are also written to standard error (on by default).
+void set_diagnostics_echo(bool echo);
 
 OutputMode output_mode();
 
