@@ -2,8 +2,8 @@
 // hands the switch-wide report), produced from the model at that moment.
 //
 // Ethernet part: every Ethernet interface (types 26 and 1, sub-interfaces
-// left out) in ascending index order whose `queuing` section does not say
-// "supported": false, as
+// left out) in ascending index order that has a queuing report (a `queuing`
+// section that does not say "supported": false, as command 17 answers), as
 //
 //   0x0cff00b7 index;
 //   per qos-group, ascending by number (group 0 first): 0x14ff00b8 group,
@@ -11,7 +11,10 @@
 //   0x15ff00bb the multicast tail drops of the egress ASIC;
 //   per qos-group, ascending: 0x14ff00bc group to 0x02ff00cb, in ID order;
 //   0x14ff00cc the multicast packets received from the cross-bar, of the
-//     first group (the port total, as the Ethernet report takes it).
+//     first group as written (the port total, as the Ethernet report takes
+//     it from the first record of command 17).
+//
+// An MTU left out is 1500, a hardware MTU left out the configured one.
 //
 // Host part, last (the report hands the rest of the stream over at the first
 // host interface and keeps that interface's name): ONE host interface, the
@@ -121,9 +124,18 @@ std::uint32_t limit_of(const Json &base, const std::string &pointer) { return ge
 
 // ---- Ethernet interfaces ----
 
-void ethernet_interface(StreamOut &out, const Interface &i) {
-    const Json &queuing = section_of(i.data, "queuing");
-    std::vector<const Json *> groups = elements(queuing, "/qos_groups");
+constexpr std::uint64_t kDefaultMtu = 1500;
+
+// The `queuing` section of an Ethernet interface that has a queuing report.
+const Json *ethernet_queuing(const Interface &i) {
+    if (i.kind != InterfaceKind::ethernet || i.sub_intf || i.data == nullptr) return nullptr;
+    const Json *s = find(*i.data, "/queuing");
+    return s != nullptr && s->is_object() && get_bool(*s, "/supported", true) ? s : nullptr;
+}
+
+void ethernet_interface(StreamOut &out, const Interface &i, const Json &queuing) {
+    const std::vector<const Json *> written = elements(queuing, "/qos_groups");
+    std::vector<const Json *> groups = written;
     std::stable_sort(groups.begin(), groups.end(), [](const Json *a, const Json *b) {
         return get_u64(*a, "/qos_group") < get_u64(*b, "/qos_group");
     });
@@ -140,8 +152,9 @@ void ethernet_interface(StreamOut &out, const Interface &i) {
         out.u8(0x14ff00bcu, get_u64(*g, "/qos_group"));
         out.u32(0x14ff00bdu, get_u64(*g, "/q_size"));
         out.u32(0x14ff00beu, get_u64(*g, "/q_size_40g"));
-        out.u16(0x14ff00bfu, get_u64(*g, "/mtu_hw"));
-        out.u16(0x14ff00c0u, get_u64(*g, "/mtu"));
+        const std::uint64_t mtu = get_u64(*g, "/mtu", kDefaultMtu);
+        out.u16(0x14ff00bfu, get_u64(*g, "/mtu_hw", mtu));
+        out.u16(0x14ff00c0u, mtu);
         out.flag(0x02ff00c1u, get_bool(*g, "/no_drop"));
         out.u32(0x14ff00c2u, get_u64(*g, "/xon"));
         out.u32(0x14ff00c3u, get_u64(*g, "/xoff"));
@@ -157,7 +170,7 @@ void ethernet_interface(StreamOut &out, const Interface &i) {
         out.u32(0x02ff00cau, get_bool(*g, "/pfc_rx_active") ? 1 : 0);
         out.u32(0x02ff00cbu, get_bool(*g, "/pfc_tx_active") ? 1 : 0);
     }
-    const Json *first = groups.empty() ? nullptr : groups.front();
+    const Json *first = written.empty() ? nullptr : written.front();
     out.u32(0x14ff00ccu, first ? get_u64(section_of(first, "counters"), "/mcast_from_xbar") : 0);
 }
 
@@ -325,8 +338,7 @@ void host_interface(StreamOut &out, const Interface &i, bool full_report) {
 std::vector<Attribute> switch_stream(Model &model, std::uint32_t) {
     StreamOut out;
     for (const Interface &i : model.interfaces())
-        if (i.kind == InterfaceKind::ethernet && !i.sub_intf && get_bool(section_of(i.data, "queuing"), "/supported", true))
-            ethernet_interface(out, i);
+        if (const Json *queuing = ethernet_queuing(i)) ethernet_interface(out, i, *queuing);
     if (const Interface *host = shown_host(model))
         host_interface(out, *host, get_bool(section_of(&model.state(), "switch_report"), "/full_report"));
     return out.take();

@@ -267,10 +267,11 @@ TEST_F(PlatformTest, RequestAttributesAndStreamsAreWalkedToTheEnd) {
     EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), -1);
 
     cmd_rsp other{};
-    qdsim::open_switch_stream(&other, handle);  // the daemon's stream of the switch: Ethernet1/1 first
+    qdsim::open_switch_stream(&other, handle);  // the daemon's stream of the switch (sim_stream_*_test)
     EXPECT_EQ(other.mts_handle, handle);
-    EXPECT_EQ(cmd_rsp_attr_getnext(&other, &value, &length), 0x0cff00b7);
-    EXPECT_EQ(*static_cast<std::uint32_t *>(value), eth);
+    for (int n = 0; n < 100000 && cmd_rsp_attr_getnext(&other, &value, &length) != -1; ++n) {
+    }
+    EXPECT_EQ(cmd_rsp_attr_getnext(&other, &value, &length), -1);
     finish();  // the streams go with the command
     EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), -1);
     EXPECT_TRUE(diagnosed(qdsim::take_diagnostics(), "already released"));

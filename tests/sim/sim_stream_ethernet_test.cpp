@@ -6,11 +6,12 @@ namespace simtest {
 namespace {
 
 // Ethernet1/1 lists its qos-groups out of order, one with a rate; Ethernet1/2
-// has no queuing report; Ethernet1/3 (type 1) has no data; the
-// sub-interface is not the daemon's to report; no host interface is shown.
+// has no queuing report; Ethernet1/3 (type 1) has one without qos-groups;
+// Ethernet1/4 has no queuing section; the sub-interface is not the daemon's
+// to report; no host interface is shown.
 const char *kEthernetSwitch = R"({
   "platform": {"type": 2},
-  "ethernet": [{"slot": 1, "ports": "1-2"}, {"slot": 1, "ports": 3, "type": 1}],
+  "ethernet": [{"slot": 1, "ports": "1-2"}, {"slot": 1, "ports": 3, "type": 1}, {"slot": 1, "ports": 4}],
   "sub_interfaces": ["Ethernet1/1.5"],
   "switch_report": {"host_interface": null},
   "interfaces": {
@@ -21,13 +22,14 @@ const char *kEthernetSwitch = R"({
          "xon": 100, "xoff": 200, "q_size": 1000, "q_size_40g": 4000, "pfc_rx_active": true, "pfc_tx_active": false,
          "counters": {"rx_port_pkts": 11, "ucast_to_xbar": 12, "mcast_to_xbar": 13, "ucast_from_xbar": 14,
                       "tx_port_pkts": 15, "ingress_discards16": 0, "ingress_discards32": 16, "mcast_from_xbar": 99}},
-        {"qos_group": 0, "priority": false, "no_drop": false, "bandwidth": 70, "mtu": 1500, "mtu_hw": 1500,
+        {"qos_group": 0, "priority": false, "no_drop": false, "bandwidth": 70,
          "xon": 0, "xoff": 0, "q_size": 500, "q_size_40g": 2000, "pfc_rx_active": false, "pfc_tx_active": true,
          "counters": {"rx_port_pkts": 100, "ucast_to_xbar": 21, "mcast_to_xbar": 22, "ucast_from_xbar": 23,
                       "tx_port_pkts": 4294967301, "ingress_discards16": 3, "ingress_discards32": 40, "mcast_from_xbar": 8},
          "rates": {"counters": {"rx_port_pkts": 50}}}
       ]}},
-    "Ethernet1/2": {"queuing": {"supported": false}}
+    "Ethernet1/2": {"queuing": {"supported": false}},
+    "Ethernet1/3": {"queuing": {}}
   }
 })";
 
@@ -74,14 +76,16 @@ std::string receive(unsigned group0_rx_pkts) {
 }
 
 // The layout of the Ethernet report: groups in ascending order under their
-// headings, the 32-bit counters' low words, the 16-bit discard count when it
-// is set; interfaces in ascending index order (type 1 before type 26), the
-// unsupported interface and the sub-interface left out.
+// headings, the port's cross-bar total from the first group written, MTUs
+// of 1500 where none is given, the 32-bit counters' low words, the 16-bit
+// discard count when it is set; interfaces in ascending index order (type 1
+// before type 26), those without a queuing report and the sub-interface
+// left out.
 TEST_F(EthernetStreamTest, EachInterfaceInTheLayoutOfTheEthernetReport) {
     load(kEthernetSwitch);
     EXPECT_EQ(show_switch(), kType1Interface + kTransmit + receive(100) +
                                  "  Total Multicast crossbar statistics:\n"
-                                 "    Mcast pkts received from the cross-bar\t: 8\n");
+                                 "    Mcast pkts received from the cross-bar\t: 99\n");
 }
 
 TEST_F(EthernetStreamTest, PlatformType3ShowsTheTailDropsInsteadOfTheCrossbarTotal) {
