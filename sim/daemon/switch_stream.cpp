@@ -352,10 +352,10 @@ std::string lower(std::string s) {
 }
 
 // The declared host interface a spelling names ("Ethernet101/1/1",
-// "eth101/1/1", any case), or an empty text.
+// "eth101/1/1", any case: what Model::find_interface accepts for it), or an
+// empty text.
 std::string declared_host(const Json &declared, const std::string &spelling) {
     std::string key = lower(spelling);
-    key.erase(std::remove(key.begin(), key.end(), ' '), key.end());
     std::size_t letters = 0;
     while (letters < key.size() && std::isalpha(static_cast<unsigned char>(key[letters]))) ++letters;
     if (letters == 0 || std::string("ethernet").compare(0, letters, key, 0, letters) != 0) return {};

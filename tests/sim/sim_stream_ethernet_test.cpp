@@ -45,35 +45,31 @@ const std::string kTransmit = "Ethernet1/1 queuing information:\n"
                               "        0       WRR             70\n"
                               "        1       priority        30\n";
 
-std::string receive(unsigned group0_rx_pkts) {
-    return "\n  RX Queuing\n"
-           "    qos-group 0\n"
-           "    q-size: 500, q-size-40g: 2000, HW MTU: 1500 (1500 configured)\n"
-           "    drop-type: drop, xon: 0, xoff: 0\n"
-           "    Statistics:\n"
-           "        Pkts received over the port\t\t: " +
-           std::to_string(group0_rx_pkts) +
-           "\n"
-           "        Ucast pkts sent to the cross-bar\t: 21\n"
-           "        Mcast pkts sent to the cross-bar\t: 22\n"
-           "        Ucast pkts received from the cross-bar\t: 23\n"
-           "        Pkts sent to the port\t\t\t: 5\n"
-           "        Pkts discarded on ingress\t\t: 3\n"
-           "        Per-priority-pause status\t\t: Rx (Inactive), Tx (Active)\n"
-           "\n"
-           "    qos-group 1\n"
-           "    q-size: 1000, q-size-40g: 4000, HW MTU: 2304 (2240 configured)\n"
-           "    drop-type: no-drop, xon: 100, xoff: 200\n"
-           "    Statistics:\n"
-           "        Pkts received over the port\t\t: 11\n"
-           "        Ucast pkts sent to the cross-bar\t: 12\n"
-           "        Mcast pkts sent to the cross-bar\t: 13\n"
-           "        Ucast pkts received from the cross-bar\t: 14\n"
-           "        Pkts sent to the port\t\t\t: 15\n"
-           "        Pkts discarded on ingress\t\t: 16\n"
-           "        Per-priority-pause status\t\t: Rx (Active), Tx (Inactive)\n"
-           "\n";
-}
+const std::string kReceive = "\n  RX Queuing\n"
+                             "    qos-group 0\n"
+                             "    q-size: 500, q-size-40g: 2000, HW MTU: 1500 (1500 configured)\n"
+                             "    drop-type: drop, xon: 0, xoff: 0\n"
+                             "    Statistics:\n"
+                             "        Pkts received over the port\t\t: 100\n"
+                             "        Ucast pkts sent to the cross-bar\t: 21\n"
+                             "        Mcast pkts sent to the cross-bar\t: 22\n"
+                             "        Ucast pkts received from the cross-bar\t: 23\n"
+                             "        Pkts sent to the port\t\t\t: 5\n"
+                             "        Pkts discarded on ingress\t\t: 3\n"
+                             "        Per-priority-pause status\t\t: Rx (Inactive), Tx (Active)\n"
+                             "\n"
+                             "    qos-group 1\n"
+                             "    q-size: 1000, q-size-40g: 4000, HW MTU: 2304 (2240 configured)\n"
+                             "    drop-type: no-drop, xon: 100, xoff: 200\n"
+                             "    Statistics:\n"
+                             "        Pkts received over the port\t\t: 11\n"
+                             "        Ucast pkts sent to the cross-bar\t: 12\n"
+                             "        Mcast pkts sent to the cross-bar\t: 13\n"
+                             "        Ucast pkts received from the cross-bar\t: 14\n"
+                             "        Pkts sent to the port\t\t\t: 15\n"
+                             "        Pkts discarded on ingress\t\t: 16\n"
+                             "        Per-priority-pause status\t\t: Rx (Active), Tx (Inactive)\n"
+                             "\n";
 
 // The layout of the Ethernet report: groups in ascending order under their
 // headings, the port's cross-bar total from the first group written, MTUs
@@ -83,21 +79,22 @@ std::string receive(unsigned group0_rx_pkts) {
 // left out.
 TEST_F(EthernetStreamTest, EachInterfaceInTheLayoutOfTheEthernetReport) {
     load(kEthernetSwitch);
-    EXPECT_EQ(show_switch(), kType1Interface + kTransmit + receive(100) +
+    EXPECT_EQ(show_switch(), kType1Interface + kTransmit + kReceive +
                                  "  Total Multicast crossbar statistics:\n"
                                  "    Mcast pkts received from the cross-bar\t: 99\n");
 }
 
+// Platform type 3: the egress ASIC's tail drops after the transmit table,
+// no cross-bar total (whole text in the end-to-end case).
 TEST_F(EthernetStreamTest, PlatformType3ShowsTheTailDropsInsteadOfTheCrossbarTotal) {
     load(kEthernetSwitch);
     set("/platform/type", "3");
-    EXPECT_EQ(show_switch(), "Ethernet1/3 queuing information:\n"
-                             "    Statistics:\n"
-                             "        Mcast pkts tail dropped on this egress asic\t: 0 \n" +
-                                 kTransmit +
-                                 "    Statistics:\n"
-                                 "        Mcast pkts tail dropped on this egress asic\t: 77 \n" +
-                                 receive(100));
+    const std::string text = show_switch();
+    EXPECT_NE(text.find(kTransmit + "    Statistics:\n        Mcast pkts tail dropped on this egress asic\t: 77 \n" +
+                        kReceive),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(text.find("Total Multicast"), std::string::npos);
 }
 
 TEST_F(EthernetStreamTest, CountersGrowBetweenCommandsAndChangesShowAtOnce) {

@@ -122,23 +122,6 @@ std::vector<std::string> table(const std::string &text, const std::string &first
     return lines;
 }
 
-// Every data row (after the heading and rule lines) has a value starting
-// in the column where each label starts in the heading (or, where cells may
-// be empty, nothing that runs into that column).
-void expect_columns(const std::vector<std::string> &lines, std::size_t header_lines,
-                    const std::vector<std::string> &labels, bool empty_cells = false) {
-    ASSERT_GT(lines.size(), header_lines);
-    for (const std::string &label : labels) {
-        const std::size_t column = lines[0].find(label);
-        ASSERT_NE(column, std::string::npos) << label;
-        for (std::size_t i = header_lines; i < lines.size(); ++i) {
-            const std::string &row = lines[i];
-            EXPECT_TRUE(row.size() > column && (row[column] != ' ' || empty_cells) && row[column - 1] == ' ')
-                << "'" << label << "' at " << column << " in \"" << row << "\"";
-        }
-    }
-}
-
 // Format 1: the two-column statistics and the five-column port statistics.
 // Left out as in the report of an interface not named on the command line:
 // the buffer with frh 1, the control buffer, the control queue, the
@@ -162,50 +145,31 @@ TEST_F(HostStreamTest, TheHostInterfaceInTheLayoutOfTheHostInterfaceReport) {
                         "  ---------------+---------------+---------------+---------------+--------------\n"
                         "  1               2               3               4                  Active\n" +
                         kFlowControl);
-
-    expect_columns(table(text, "  queue    qos-group"), 2, {"qos-group"});
-    expect_columns(table(text, "  queue    qos-group"), 2, {"cos"}, true);
-    expect_columns(table(text, "  queue  rx"), 2, {"rx", "tx"});
-    expect_columns(table(text, "  rx drop"), 2, {"rx mcast drop", "rx error", "tx drop"});
-    expect_columns(table(text, "  cos     qos-group"), 2, {"rx pause", "tx pause", "masked rx pause"});
 }
 
-// Format 4: transmit and receive limits, the six-column table whose cell
-// borders fall on the rule's crossings, and no port statistics. Format 0
-// shows the control buffer like any other.
+// Format 4 (whole text in the switch-report end-to-end case): transmit and
+// receive limits, the six-column table whose cell borders fall on the rule's
+// crossings (the control queue's row left out), and no port statistics.
+// Format 0 shows the control buffer like any other.
 TEST_F(HostStreamTest, TheStatsFormatChoosesTheLimitsAndTheTable) {
     load(kHostSwitch);
     set("/interfaces/Ethernet101~11~12/hif_queuing/stats_format", "4");
-    const std::string rule = "  ---+----------------+-----------+------------+----------+-----------+\n";
-    const std::string text = show_switch();
-    EXPECT_EQ(text, kHeading + kLastBuffer + kQueueing +
-                        "\n  Queue Limit Tx: Disabled\n"
-                        "  Queue Limit Rx: 4096 bytes\n"
-                        "\n"
-                        "  Queue Statistics:\n" +
-                        rule +
-                        "  Que|Received /      |Tail Drop  |No Buffer   |MAC Error |Multicast  |\n"
-                        "  No |Transmitted     |           |            |          |Tail Drop  |\n" +
-                        rule + "  0rx|               7|          0|           0|         0|     -     |\n" +
-                        "  0tx|               8|          0|           0|         0|          0|\n" + rule +
-                        "  2rx|            1000|          2|           4|         6|     -     |\n" +
-                        "  2tx|            2000|          1|           3|         5|          7|\n" + rule +
-                        "  3rx|               0|          0|           0|         0|     -     |\n" +
-                        "  3tx|               0|          0|           0|         0|          0|\n" + rule + kFlowControl);
-    for (const std::string &row : table(text, "  ---+")) {
-        ASSERT_EQ(row.size(), rule.size() - 1) << row;
+    std::string text = show_switch();
+    EXPECT_NE(text.find(kQueueing + "\n  Queue Limit Tx: Disabled\n  Queue Limit Rx: 4096 bytes\n"), std::string::npos);
+    EXPECT_EQ(text.find("Port Statistics"), std::string::npos);
+    const std::string rule = "  ---+----------------+-----------+------------+----------+-----------+";
+    const std::vector<std::string> rows = table(text, rule);
+    ASSERT_EQ(rows.size(), 13u);  // four lines of heading; per queue two rows and a rule
+    EXPECT_EQ(rows[4], "  0rx|               7|          0|           0|         0|     -     |");
+    for (const std::string &row : rows) {
+        ASSERT_EQ(row.size(), rule.size()) << row;
         for (std::size_t i = 0; i < row.size(); ++i)
             EXPECT_EQ(row[i] == '|' || row[i] == '+', rule[i] == '+') << i << " in \"" << row << "\"";
     }
 
     set("/interfaces/Ethernet101~11~12/hif_queuing/stats_format", "0");
-    EXPECT_NE(show_switch().find("  10        20        3000     \n"
-                                 "\n"
-                                 "  Qos-group: 7 \n"
-                                 "  frh: 2\n"
-                                 "  drop-type: no-drop\n"
-                                 "  cos: 7\n"),
-              std::string::npos);
+    text = show_switch();
+    EXPECT_NE(text.find("\n  Qos-group: 7 \n  frh: 2\n  drop-type: no-drop\n  cos: 7\n"), std::string::npos) << text;
 }
 
 TEST_F(HostStreamTest, TheModelChoosesTheHostInterfaceAndTheFullReport) {
@@ -233,15 +197,6 @@ TEST_F(HostStreamTest, TheModelChoosesTheHostInterfaceAndTheFullReport) {
     EXPECT_EQ(show_switch(), "");
     set("/switch_report", R"({"host_interface": "Ethernet101/1/1"})");
     EXPECT_EQ(show_switch(), "");
-}
-
-TEST_F(HostStreamTest, CountersGrowBetweenCommands) {
-    load(kHostSwitch);
-    EXPECT_NE(show_switch().find("  2      1000            2000           \n"), std::string::npos);
-    next_command();
-    EXPECT_NE(show_switch().find("  2      1010            2000           \n"), std::string::npos);
-    set("/interfaces/Ethernet101~11~12/hif_queuing/counters/rx_error", "12345");
-    EXPECT_NE(show_switch().find("  1               2               12345           4 "), std::string::npos);
 }
 
 TEST_F(HostStreamTest, TheSwitchReportSectionIsChecked) {

@@ -37,21 +37,6 @@ protected:
     }
 };
 
-TEST_F(VaqDropsTest, TheDefaultSwitchReportsBothExtendersAndTheUnsupportedAsic) {
-    std::string expected = "\nNo. of Asics present in vaq 101 is = 2"
-                           "\nStats for Asic 0"
-                           "\nNo. of SS present in vaq 101 for asic 0 is = 4" +
-                           drop_line(0, 0) + drop_line(1, 3) + drop_line(2, 15) + drop_line(3, 1) +
-                           "\nStats for Asic 1"
-                           "\nCommand not supported on vaq 101 for asic_id 1"
-                           "\nNo. of Asics present in vaq 102 is = 1"
-                           "\nStats for Asic 0"
-                           "\nNo. of SS present in vaq 102 for asic 0 is = 12";
-    const unsigned drops102[] = {2, 0, 0, 7, 0, 0, 1, 0, 0, 0, 15, 4};
-    for (unsigned ss = 0; ss < 12; ++ss) expected += drop_line(ss, drops102[ss]);
-    EXPECT_EQ(show(), expected + kNote);
-}
-
 TEST_F(VaqDropsTest, AbsentExtendersPrintNothingAndAnExtenderWithoutAsicsIsNotSupported) {
     load(R"({"line_cards": [{"slot": 1}]})");
     EXPECT_EQ(show(), kNote);
@@ -77,34 +62,17 @@ TEST_F(VaqDropsTest, AbsentExtendersPrintNothingAndAnExtenderWithoutAsicsIsNotSu
                           kNote);
 }
 
-TEST_F(VaqDropsTest, AFailureAtOneExtenderLeavesTheOthersReported) {
+// The default switch, changed counters, and failed exchanges at single
+// extenders are the end-to-end cases vaq-drops-*; here: the extender's own
+// refusal and a reply cut short.
+TEST_F(VaqDropsTest, TheUnsupportedFaultAndAShortReplyStopAtTheirExtender) {
     load(R"({"extends": "default", "faults": [
-        {"target": "agent", "command": 27, "extender": 101, "kind": "recv_failure", "count": 1},
-        {"target": "agent", "command": 27, "extender": 102, "kind": "send_failure", "count": 1},
-        {"target": "agent", "command": 27, "extender": 101, "kind": "empty_payload", "count": 1},
-        {"target": "agent", "command": 27, "extender": 102, "kind": "unsupported", "count": 1},
-        {"target": "agent", "command": 27, "extender": 101, "kind": "short_payload", "bytes": 40, "count": 1}]})");
-    EXPECT_EQ(show(), "\n Cmd recv failed for vaq 101 with error code timed out waiting for the reply\n"
-                      "\n Cmd recv failed for vaq 102 with error code message could not be sent\n" +
-                          kNote);
-    EXPECT_EQ(show(), "mts payload is empty\nCommand not supported on vaq 102" + kNote);
-    const std::string third = show();
-    EXPECT_EQ(third.rfind("\nTruncated reply from vaq 101: 40 bytes, ", 0), 0u) << third;
-    EXPECT_NE(third.find("\nNo. of Asics present in vaq 102 is = 1"), std::string::npos);
-    // The faults are spent: both extenders answer again.
-    EXPECT_EQ(show().rfind("\nNo. of Asics present in vaq 101 is = 2", 0), 0u);
-}
-
-TEST_F(VaqDropsTest, ChangedCountersShowInTheNextCommand) {
-    std::string error;
-    ASSERT_TRUE(qdsim::set_state_value("/extenders/0/vaq_drops/asics/1/ss_drops", "[6, 15]", error)) << error;
-    ASSERT_TRUE(qdsim::set_state_value("/extenders/1/vaq_drops", "{}", error)) << error;
+        {"target": "agent", "command": 27, "extender": 101, "kind": "unsupported", "count": 1},
+        {"target": "agent", "command": 27, "extender": 102, "kind": "short_payload", "bytes": 40, "count": 1}]})");
     const std::string text = show();
-    EXPECT_NE(text.find("\nStats for Asic 1\nNo. of SS present in vaq 101 for asic 1 is = 2" + drop_line(0, 6) +
-                        drop_line(1, 15)),
-              std::string::npos)
-        << text;
-    EXPECT_NE(text.find("\nCommand not supported on vaq 102" + kNote), std::string::npos) << text;
+    EXPECT_EQ(text.rfind("\nCommand not supported on vaq 101\nTruncated reply from vaq 102: 40 bytes, ", 0), 0u) << text;
+    EXPECT_EQ(text.substr(text.size() - kNote.size()), kNote);
+    EXPECT_EQ(show().rfind("\nNo. of Asics present in vaq 101 is = 2", 0), 0u);
 }
 
 TEST_F(VaqDropsTest, TheCheckerRefusesWhatTheReplyCannotCarry) {
