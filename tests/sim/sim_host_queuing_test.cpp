@@ -1,15 +1,11 @@
 // The host-interface queuing reports of the library, run against the
 // extenders' agents: what the user sees of a host interface's hif_queuing
 // data, its faults, and its counters over time.
-#include <unistd.h>
-
-#include <cstdio>
-#include <functional>
-
 #include <nlohmann/json.hpp>
 
 #include "qdcli/handlers.h"
 #include "sim_fixture.hpp"
+#include "sim_host_output.hpp"
 
 namespace simtest {
 namespace {
@@ -51,23 +47,6 @@ const char *const kSwitch = R"({
   }
 })";
 
-std::string capture_stdout(const std::function<void()> &body) {
-    std::fflush(stdout);
-    FILE *sink = std::tmpfile();
-    const int saved = dup(STDOUT_FILENO);
-    dup2(fileno(sink), STDOUT_FILENO);
-    body();
-    std::fflush(stdout);
-    dup2(saved, STDOUT_FILENO);
-    close(saved);
-    std::string out;
-    std::rewind(sink);
-    char buffer[4096];
-    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, sink)) > 0;) out.append(buffer, n);
-    std::fclose(sink);
-    return out;
-}
-
 class HostQueuingTest : public SimTest {
 protected:
     void SetUp() override {
@@ -92,8 +71,7 @@ protected:
 
     // Runs one command, as the shell would, and ends it (the clock ticks).
     std::string text(const std::string &name, bool detailed = false) {
-        std::string out = capture_stdout([&] { run(qd_cli_show_queuing_hif, name, detailed); });
-        return out;
+        return capture_stdout([&] { run(qd_cli_show_queuing_hif, name, detailed); });
     }
     std::string typed(const std::string &name, bool detailed = false) {
         output.clear();
@@ -208,21 +186,6 @@ TEST_F(HostQueuingTest, TheOtherStatisticsFormats) {
     EXPECT_NE(out.find("  21              22              23              24                 Active\n"),
               std::string::npos)
         << out;
-}
-
-// The typed report carries the same values as attributes.
-TEST_F(HostQueuingTest, TypedReportCarriesTheValues) {
-    load_with(R"({"stats_format": 4, "queue_limit_rx": 4096})");
-    qdsim::set_output_mode(qdsim::OutputMode::json);
-    const std::string out = typed("Ethernet101/1/1", true);
-    const auto first_flush = nlohmann::json::parse(out.substr(0, out.find('\n')));
-    EXPECT_EQ(first_flush["hif_slot"], 33);
-    EXPECT_EQ(first_flush["queue_limit_tx"], 65536);
-    EXPECT_EQ(first_flush["queue_limit_rx"], 4096);
-    EXPECT_EQ(first_flush["rx_row_received"], nlohmann::json({0, 5, 12345}));  // low words
-    EXPECT_EQ(first_flush["tx_row_mcast_tail_drop"], nlohmann::json({0, 17, 0}));
-    EXPECT_EQ(first_flush["queue_mtu"], nlohmann::json({2240, 9216, 1500}));
-    EXPECT_EQ(out.find("port_tx_queue_drop"), std::string::npos);
 }
 
 TEST_F(HostQueuingTest, RefusalsAndFaultsAreTold) {

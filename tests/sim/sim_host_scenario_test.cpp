@@ -1,12 +1,8 @@
 // Host-interface queuing data in scenarios: what the checker refuses, and
 // what the default switch's host interfaces show.
-#include <unistd.h>
-
-#include <cstdio>
-#include <functional>
-
 #include "qdcli/handlers.h"
 #include "sim_fixture.hpp"
+#include "sim_host_output.hpp"
 
 namespace simtest {
 namespace {
@@ -30,24 +26,11 @@ protected:
         return error;
     }
 
+    // The text report; the command stays open, so the clock stands still.
     std::string show(const std::string &name) {
         cmd_paraminfo pinfo{};
         pinfo.mts_handle = handle;
-        std::fflush(stdout);
-        FILE *sink = std::tmpfile();
-        const int saved = dup(STDOUT_FILENO);
-        dup2(fileno(sink), STDOUT_FILENO);
-        qd_cli_show_queuing_hif(&pinfo, *qdsim::find_interface(name), name.c_str());
-        std::fflush(stdout);
-        dup2(saved, STDOUT_FILENO);
-        close(saved);
-        std::string out;
-        std::rewind(sink);
-        char buffer[4096];
-        for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, sink)) > 0;) out.append(buffer, n);
-        std::fclose(sink);
-        return out;  // the command stays open: the clock stands still
-
+        return capture_stdout([&] { qd_cli_show_queuing_hif(&pinfo, *qdsim::find_interface(name), name.c_str()); });
     }
 };
 
@@ -119,22 +102,6 @@ TEST_F(HostScenarioTest, TheDefaultSwitchShowsEveryKindOfHostInterface) {
         for (const std::string &line : lines) EXPECT_NE(out.find(line), std::string::npos) << name << ": " << line << "\n" << out;
     }
     EXPECT_TRUE(qdsim::take_diagnostics().empty());
-}
-
-// Detailed, a control buffer shows in the formats other than 0, and the
-// control queues everywhere.
-TEST_F(HostScenarioTest, TheDefaultControlBuffersAndQueuesShowWhenDetailed) {
-    cmd_paraminfo pinfo{};
-    pinfo.mts_handle = handle;
-    pinfo.cmd_id = CMD_ID_SHOW_QUEUING_IF;
-    qdsim::set_output_mode(qdsim::OutputMode::text);
-    output.clear();
-    qd_cli_show_queuing_hif_xmlized(&pinfo, *qdsim::find_interface("Ethernet102/1/1"), "Ethernet102/1/1");
-    EXPECT_NE(output.find("\n  Qos-group: ctrl\n  frh: 0\n  drop-type: drop\n  cos: 7\n"), std::string::npos) << output;
-    EXPECT_NE(output.find("  ctrl-hi  n/a          7               PRI         0      2240\n"
-                          "  ctrl-lo  n/a          7               WRR         0      2240\n"),
-              std::string::npos);
-    EXPECT_NE(output.find("  0rx|           18231|          0|           0|         0|     -     | ctrl|\n"), std::string::npos);
 }
 
 }  // namespace
