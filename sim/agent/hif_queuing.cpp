@@ -31,8 +31,8 @@
 // which takes away what a template gave), or with "supported" false, is
 // answered with status "not supported" and no body.
 //
-// Clearing the QoS counters of a host interface zeroes its "counters"
-// blocks here too.
+// Every counter sits in a "counters" block, so the QoS clear of a host
+// interface (platform/hif_qos_clear.cpp) zeroes them and nothing else.
 #include <algorithm>
 #include <array>
 #include <set>
@@ -42,7 +42,6 @@
 #include "core/errors.hpp"
 #include "core/wire_writer.hpp"
 #include "model/sections.hpp"
-#include "platform/services.hpp"
 #include "qdcli/wire.h"
 
 namespace qdsim::agent {
@@ -368,12 +367,6 @@ void check_section(const Checker &check) {
 }
 
 const SectionRegistrar section{Scope::host, kSection, check_section};
-
-// ---- Clearing ----
-
-const platform::QosClearRegistrar clear{[](const Interface &host, Model &) {
-    if (Json *s = find(*host.data, std::string("/") + kSection)) zero_counter_blocks(*s);
-}};
 
 }  // namespace
 }  // namespace qdsim::agent
