@@ -18,7 +18,8 @@ if [ -f "$dir/options" ]; then
   done <"$dir/options"
 fi
 for f in "$dir"/scenario*; do
-  # qdsh runs in the case directory: the relative name keeps messages portable.
+  # qdsh runs in a copy of the case directory: the relative name keeps
+  # messages portable.
   [ -f "$f" ] && args+=(--scenario "$(basename "$f")")
 done
 if [ -f "$dir/commands" ]; then
@@ -32,8 +33,15 @@ stdin=/dev/null
 
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT
-(cd "$dir" && exec "$qdsh" "${args[@]}") <"$stdin" >"$tmp/stdout" 2>"$tmp/stderr"
+# A scratch copy of the case: whatever the simulator creates in its working
+# directory (the pause log's key file) stays out of the source tree, and must
+# be gone again when qdsh has exited.
+mkdir "$tmp/work"
+cp -R "$dir"/. "$tmp/work/"
+(cd "$tmp/work" && exec "$qdsh" "${args[@]}") <"$stdin" >"$tmp/stdout" 2>"$tmp/stderr"
 echo $? >"$tmp/status"
+left_behind=""
+[ -e "$tmp/work/vrid" ] && left_behind="the pause log's key directory vrid/"
 
 if [ "${QDSH_E2E_UPDATE:-0}" = 1 ]; then
   cp "$tmp/stdout" "$dir/expected"
@@ -65,6 +73,10 @@ if [ "$got" != "$want" ]; then
   echo "$name: exit status $got, expected $want"
   echo "--- standard error:"
   sed -n '1,20p' "$tmp/stderr"
+  failed=1
+fi
+if [ -n "$left_behind" ]; then
+  echo "$name: qdsh left $left_behind in its working directory"
   failed=1
 fi
 [ $failed = 0 ] && echo "$name: passed"
