@@ -868,9 +868,9 @@ private:
             const SectionCheck *check = find_section(Scope::root, it.key());
             const std::string pointer = pointer_token(it.key());
             if (check && *check) {
-                Checker checker(it.value(), [&](const std::string &inner, const std::string &reason) {
-                    fail(pointer + inner, reason);
-                });
+                Checker checker(
+                    it.value(), [&](const std::string &inner, const std::string &reason) { fail(pointer + inner, reason); },
+                    &out_);
                 (*check)(checker);
             }
             out_[it.key()] = it.value();

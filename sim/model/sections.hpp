@@ -27,9 +27,14 @@ const char *scope_name(Scope scope);
 class Checker {
 public:
     using Fail = std::function<void(const std::string &relative_pointer, const std::string &reason)>;
-    Checker(const Json &value, Fail fail) : value_(value), fail_(std::move(fail)) {}
+    Checker(const Json &value, Fail fail, const Json *declared = nullptr)
+        : value_(value), fail_(std::move(fail)), declared_(declared) {}
 
     const Json &value() const { return value_; }
+    // Sections of the top level only: the switch as declared, with its
+    // `interfaces`, `extenders` and `line_cards` (their merged data), so that
+    // a section can check the names it refers to. Null in other scopes.
+    const Json *declared() const { return declared_; }
 
     // Refuses the scenario; `relative_pointer` is inside the section ("" is
     // the section itself). Does not return.
@@ -52,6 +57,7 @@ private:
     const Json &at(const std::string &relative_pointer) const;
     const Json &value_;
     Fail fail_;
+    const Json *declared_ = nullptr;
 };
 
 using SectionCheck = std::function<void(const Checker &)>;

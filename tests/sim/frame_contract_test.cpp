@@ -68,8 +68,9 @@ TEST_F(FrameContractTest, LineCardExchangeReachesTheExtendersAgentBySlot) {
     qdcli::ReceivedMessage reply(handle);
     const auto r = qdcli::lc_stats_exchange(handle, qdcli::lc_stats_node(ext->slot), request, reply);
     ASSERT_TRUE(r.ok());
-    ASSERT_TRUE(reply.payload().covers(0, 32));
-    EXPECT_EQ(qdcli::lc_reply_status(reply.payload()), static_cast<std::uint32_t>(0x41000008));  // not served yet
+    ASSERT_TRUE(reply.payload().covers(0, 33));
+    EXPECT_EQ(qdcli::lc_reply_status(reply.payload()), 0u);
+    EXPECT_EQ(reply.payload().u8(32), 2);  // the extender's ASICs
 }
 
 TEST_F(FrameContractTest, TheFourPassesVisitEveryInterfaceOnceInOrder) {

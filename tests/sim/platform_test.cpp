@@ -168,10 +168,12 @@ TEST_F(PlatformTest, AgentsServeTheirSlotsNodesOnly) {
     // Slot 1's line card and extender 101 (slot 33) have agents; slot 5 has none.
     Exchange ex = exchange(handle, 0x0202, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
     EXPECT_EQ(ex.send_rc, 0);
+    ASSERT_GE(ex.payload.size(), 32u);
+    EXPECT_EQ(be32(ex.payload, 28), static_cast<std::uint32_t>(qdsim::kErrUnsupported));  // a line card keeps no drops
     ex = exchange(handle, 0x2202, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
     EXPECT_EQ(ex.send_rc, 0);
     ASSERT_GE(ex.payload.size(), 32u);
-    EXPECT_EQ(be32(ex.payload, 28), static_cast<std::uint32_t>(qdsim::kErrUnsupported));  // nobody serves 27 yet
+    EXPECT_EQ(be32(ex.payload, 28), 0u);
     ex = exchange(handle, 0x0602, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
     EXPECT_EQ(ex.send_rc, qdsim::kErrNoRoute);
 }
@@ -265,8 +267,10 @@ TEST_F(PlatformTest, RequestAttributesAndStreamsAreWalkedToTheEnd) {
     EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), -1);
 
     cmd_rsp other{};
-    qdsim::open_switch_stream(&other, handle);  // no producer registered here: an empty stream
+    qdsim::open_switch_stream(&other, handle);  // the daemon's stream of the switch (sim_stream_*_test)
     EXPECT_EQ(other.mts_handle, handle);
+    for (int n = 0; n < 100000 && cmd_rsp_attr_getnext(&other, &value, &length) != -1; ++n) {
+    }
     EXPECT_EQ(cmd_rsp_attr_getnext(&other, &value, &length), -1);
     finish();  // the streams go with the command
     EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), -1);
