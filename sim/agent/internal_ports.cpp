@@ -93,7 +93,8 @@ void check_ports(const Checker &check) {
         const auto kind = kind_value && kind_value->is_string()
                               ? std::find(kKinds.begin(), kKinds.end(), kind_value->get<std::string>())
                               : kKinds.end();
-        if (kind == kKinds.end()) check.fail(kind_value ? at + "/kind" : at, "\"kind\" is \"enif\", \"ihif\" or \"inif\"");
+        if (kind == kKinds.end())
+            check.fail(kind_value ? at + "/kind" : at, "\"kind\" is \"enif\", \"ihif\" or \"inif\"");
         const std::size_t k = static_cast<std::size_t>(kind - kKinds.begin());
         if (!find(check.value(), at + "/glb_idx")) check.fail(at, "a port record names its \"glb_idx\"");
         numbered.emplace_back(k, check.unsigned_value(at + "/glb_idx", UINT16_MAX));
@@ -106,7 +107,8 @@ void check_ports(const Checker &check) {
                 check.fail(at + "/nif_class", "an iNIF port's NIF class is not 0 (0 is an eNIF's)");
         }
         if (find(check.value(), at + "/port_type")) {
-            if (*kind != "ihif") check.fail(at + "/port_type", "only an iHIF port's type is chosen (NIF ports are type 2)");
+            if (*kind != "ihif")
+                check.fail(at + "/port_type", "only an iHIF port's type is chosen (NIF ports are type 2)");
             if (check.unsigned_value(at + "/port_type", UINT16_MAX) == PORT_TYPE_NIF)
                 check.fail(at + "/port_type", "type 2 is a NIF port's, not an iHIF's");
         }
