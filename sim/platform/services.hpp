@@ -14,11 +14,17 @@ namespace qdsim::platform {
 
 // Returns -1 on failure; any other value means the buffer holds an answer.
 using Sse2Service = std::function<std::int32_t(void *buffer, std::uint32_t length, Model &)>;
-bool register_sse2_service(std::uint32_t operation, Sse2Service service);
+// What a service still writes into the buffer when an injected fault makes
+// the call fail (-1): the part of its answer that it knows before it could
+// fail (the onboard log, its event count). Optional.
+using Sse2Failure = std::function<void(void *buffer, std::uint32_t length, Model &)>;
+bool register_sse2_service(std::uint32_t operation, Sse2Service service, Sse2Failure on_failure = {});
 bool unregister_sse2_service(std::uint32_t operation);
 
 struct Sse2Registrar {
-    Sse2Registrar(std::uint32_t operation, Sse2Service service) { register_sse2_service(operation, std::move(service)); }
+    Sse2Registrar(std::uint32_t operation, Sse2Service service, Sse2Failure on_failure = {}) {
+        register_sse2_service(operation, std::move(service), std::move(on_failure));
+    }
 };
 
 using QosClear = std::function<void(const Interface &host, Model &)>;

@@ -11,16 +11,21 @@
 namespace qdsim::platform {
 namespace {
 
-std::map<std::uint32_t, Sse2Service> &sse2_services() {
-    static std::map<std::uint32_t, Sse2Service> registry;
+struct Sse2Entry {
+    Sse2Service service;
+    Sse2Failure on_failure;
+};
+
+std::map<std::uint32_t, Sse2Entry> &sse2_services() {
+    static std::map<std::uint32_t, Sse2Entry> registry;
     return registry;
 }
 
 }  // namespace
 
-bool register_sse2_service(std::uint32_t operation, Sse2Service service) {
+bool register_sse2_service(std::uint32_t operation, Sse2Service service, Sse2Failure on_failure) {
     SwitchLock lock(switch_mutex());
-    auto [it, inserted] = sse2_services().emplace(operation, std::move(service));
+    auto [it, inserted] = sse2_services().emplace(operation, Sse2Entry{std::move(service), std::move(on_failure)});
     if (!inserted) diagnostic("sse_call2 operation " + std::to_string(operation) + " registered twice");
     return inserted;
 }
@@ -51,12 +56,15 @@ std::int32_t sse_call(std::uint32_t op, sse_req *req) {
 std::int32_t sse_call2(std::uint32_t op, void *buffer, std::uint32_t length) {
     SwitchLock lock(switch_mutex());
     Model &model = current_model();
-    if (model.take_fault({FaultTarget::sse, op, std::nullopt, std::nullopt, std::nullopt, std::nullopt})) return -1;
     auto it = platform::sse2_services().find(op);
-    if (it == platform::sse2_services().end()) return -1;
-    const platform::Sse2Service service = it->second;
+    const platform::Sse2Entry entry = it == platform::sse2_services().end() ? platform::Sse2Entry{} : it->second;
     try {
-        return service(buffer, length, model);
+        if (model.take_fault({FaultTarget::sse, op, std::nullopt, std::nullopt, std::nullopt, std::nullopt})) {
+            if (entry.on_failure) entry.on_failure(buffer, length, model);
+            return -1;
+        }
+        if (!entry.service) return -1;
+        return entry.service(buffer, length, model);
     } catch (const std::exception &e) {
         diagnostic("sse_call2 operation " + std::to_string(op) + " failed: " + e.what());
         return -1;

@@ -1,5 +1,6 @@
 #include "frame/printer.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 
@@ -25,18 +26,24 @@ void Printer::bind(Bound &bound, const PrtValue &value) {
 }
 
 void Printer::literal(std::string_view text) {
-    if (text.find('%') == std::string_view::npos) {
-        const std::string copy(text);
-        cmd_prt(handle_, copy.c_str());
-        return;
+    // cmd_prt takes its text as a format: every '%' is doubled so that it
+    // prints as it stands. Messages fit the stack buffer; a longer text is
+    // assembled on the heap.
+    const std::size_t escaped_size = text.size() + static_cast<std::size_t>(std::count(text.begin(), text.end(), '%'));
+    char stack_buffer[512];
+    std::string heap_buffer;
+    char *out = stack_buffer;
+    if (escaped_size >= sizeof stack_buffer) {
+        heap_buffer.resize(escaped_size);
+        out = heap_buffer.data();
     }
-    std::string escaped;
-    escaped.reserve(text.size() + 8);
+    std::size_t n = 0;
     for (const char c : text) {
-        escaped += c;
-        if (c == '%') escaped += '%';
+        out[n++] = c;
+        if (c == '%') out[n++] = '%';
     }
-    cmd_prt(handle_, escaped.c_str());
+    out[n] = '\0';
+    cmd_prt(handle_, out);
 }
 
 void Printer::formatted(std::size_t buffer_size, const char *format, ...) {

@@ -1,0 +1,152 @@
+// Onboard pause-event list: the input is
+//   [flags: 1][event count: 4, host order, signed][segment bytes...]
+// The count is what the logging service answers; the segment bytes are the
+// shared-memory segment of 268-byte event records the service keeps.
+//   flags bit 0: the service call fails
+//   bit 1: the key cannot be made     bit 2: the segment cannot be attached
+//   bit 3: the segment size cannot be asked for   bit 4: the detach fails
+//
+// The segment calls are served here in place of the kernel's: the segment
+// ends where an inaccessible page begins (a read past it faults), and it
+// must be detached exactly once for every attach.
+#include <sys/ipc.h>
+#include <sys/mman.h>
+#include <sys/shm.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "harness/harness.hpp"
+#include "qdcli/handlers.h"
+
+namespace {
+
+constexpr key_t kKey = 0x51440041;
+constexpr int kSegmentId = 7;
+
+struct Segment {
+    bool present = false;
+    std::uint8_t flags = 0;
+    void *map = nullptr;
+    std::size_t map_size = 0;
+    std::uint8_t *data = nullptr;
+    std::size_t size = 0;
+    int attached = 0;  // attaches not yet detached
+    int detach_errors = 0;
+
+    void place(const qdfuzz::Bytes &bytes) {
+        const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+        const std::size_t pages = (bytes.size() + page - 1) / page;
+        map_size = (pages + 1) * page;
+        map = mmap(nullptr, map_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (map == MAP_FAILED) std::abort();
+        auto *guard = static_cast<std::uint8_t *>(map) + pages * page;
+        mprotect(guard, page, PROT_NONE);
+        data = guard - bytes.size();
+        size = bytes.size();
+        if (!bytes.empty()) std::memcpy(data, bytes.data(), bytes.size());
+        present = true;
+    }
+    void clear() {
+        if (map != nullptr) munmap(map, map_size);
+        *this = Segment{};
+    }
+};
+
+Segment segment;
+
+}  // namespace
+
+extern "C" key_t ftok(const char *, int) noexcept {
+    if ((segment.flags & 2) != 0) {
+        errno = ENOENT;
+        return -1;
+    }
+    return kKey;
+}
+
+extern "C" int shmget(key_t key, size_t size, int) noexcept {
+    if (key != kKey || !segment.present || size > segment.size) {
+        errno = segment.present ? EINVAL : ENOENT;
+        return -1;
+    }
+    return kSegmentId;
+}
+
+extern "C" void *shmat(int id, const void *, int) noexcept {
+    if (id != kSegmentId || (segment.flags & 4) != 0) {
+        errno = EINVAL;
+        return reinterpret_cast<void *>(-1);
+    }
+    ++segment.attached;
+    return segment.data;
+}
+
+extern "C" int shmctl(int id, int command, struct shmid_ds *info) noexcept {
+    if (id != kSegmentId || command != IPC_STAT || info == nullptr || (segment.flags & 8) != 0) {
+        errno = EACCES;
+        return -1;
+    }
+    std::memset(info, 0, sizeof *info);
+    info->shm_segsz = segment.size;
+    return 0;
+}
+
+extern "C" int shmdt(const void *address) noexcept {
+    if (address != segment.data || segment.attached == 0) {
+        ++segment.detach_errors;
+        errno = EINVAL;
+        return -1;
+    }
+    --segment.attached;
+    if ((segment.flags & 16) != 0) {
+        errno = EINVAL;
+        return -1;
+    }
+    return 0;
+}
+
+QDFUZZ_ENTRY(pause_events) {
+    qdfuzz::Session session;
+    qdfuzz::Input in(data, size);
+    segment.clear();
+    segment.flags = in.u8();
+    const auto count = static_cast<std::int32_t>(in.le32());
+    segment.place(in.rest());
+    const bool fail = (segment.flags & 1) != 0;
+    session.pf().sse_call2_handler = [count, fail](std::uint32_t, void *buffer, std::uint32_t length) {
+        if (length >= 8) std::memcpy(static_cast<std::uint8_t *>(buffer) + 4, &count, 4);
+        return fail ? -1 : 0;
+    };
+    qd_cli_show_logging_onboard_flow_control_pe();
+    if (segment.attached != 0 || segment.detach_errors != 0) {
+        std::fprintf(stderr, "shared-memory segment: %d attaches left, %d bad detaches\n", segment.attached,
+                     segment.detach_errors);
+        std::abort();
+    }
+    session.check();
+    segment.clear();
+    return 0;
+}
+
+std::vector<qdfuzz::Bytes> qdfuzz_seeds_pause_events() {
+    auto input = [](std::uint8_t flags, std::int32_t count, std::size_t records, std::size_t extra = 0) {
+        qdfuzz::Bytes b{flags};
+        qdfuzz::put_host32(b, 1, static_cast<std::uint32_t>(count));
+        b.resize(5 + 268 * records + extra, 0);
+        for (std::size_t r = 0; r < records; ++r) {
+            std::uint8_t *rec = &b[5 + 268 * r];
+            std::snprintf(reinterpret_cast<char *>(rec + 4), 256, "2026-11-23 09:%02zu:00.123456", r % 60);
+            rec[260] = static_cast<std::uint8_t>(r % 112);
+            rec[264] = static_cast<std::uint8_t>(r % 4);
+        }
+        return b;
+    };
+    qdfuzz::Bytes unterminated = input(0, 1, 1);
+    std::memset(&unterminated[5 + 4], 'x', 256);
+    return {input(0, 3, 3), input(0, 5, 2, 100), input(1, 0, 0), input(1, 4, 0), input(0, -1, 1),
+            input(16, 2, 2), input(8, 2, 3), unterminated, input(2, 1, 1), input(4, 1, 1)};
+}

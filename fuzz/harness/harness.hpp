@@ -1,0 +1,144 @@
+// Shared harness of the fuzz targets and of their replay in the test suite.
+//
+// A target is one file fuzz/entries/<name>.cpp that defines
+//
+//   extern "C" int qdfuzz_<name>(const std::uint8_t *data, std::size_t size);
+//   std::vector<qdfuzz::Bytes> qdfuzz_seeds_<name>();
+//
+// The first runs one input through a real handler on the scripted platform
+// and returns 0; the second gives a few well-formed inputs built from the
+// reply layouts. The build finds the file by its name: the libFuzzer binary
+// qdfuzz_<name>, the replay test fuzz_replay.<name> and the seed writer all
+// come from that one file. An entry body is a few lines:
+//
+//   extern "C" int qdfuzz_cosmap_show(const std::uint8_t *data, std::size_t size) {
+//       qdfuzz::Session session;
+//       session.reply(data, size);                     // the input is the payload
+//       qd_cli_show_wrrqueue_cosmap(session.command());
+//       session.check();                               // aborts on any ledger entry
+//       return 0;
+//   }
+//
+// Inputs that script more than one exchange, or an attribute stream, are
+// framed as below (Frames builds them for seeds).
+//
+// Exchange frame:   [kind: 1][length: 2, little-endian][payload: length]
+//   kind % 4: 0 a reply carrying the payload, 1 mts_send fails, 2 mts_recv
+//   fails, 3 a reply without payload. A length that runs past the end of the
+//   input takes the bytes that are left.
+//
+// Attribute record: [id: 4, host order][length: 2, little-endian][value: length]
+//   A value cut short by the end of the input is handed over as it is; fewer
+//   than six bytes left end the stream.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "double/platform_double.hpp"
+#include "qdcli/platform.h"
+
+namespace qdfuzz {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// Consumes an input from the front; reads past the end give zeros.
+class Input {
+public:
+    Input(const std::uint8_t *data, std::size_t size) : data_(data), size_(data ? size : 0) {}
+    std::size_t remaining() const { return size_ - pos_; }
+    bool empty() const { return remaining() == 0; }
+    std::uint8_t u8();
+    std::uint16_t le16();
+    std::uint32_t le32();
+    Bytes take(std::size_t count);  // at most what is left
+    Bytes rest() { return take(remaining()); }
+
+private:
+    const std::uint8_t *data_;
+    std::size_t size_;
+    std::size_t pos_ = 0;
+};
+
+// One exchange frame from the input.
+qdtest::Reply next_reply(Input &in);
+// One attribute record from the input; false when fewer than six bytes are left.
+bool next_attr(Input &in, qdtest::Attr &attr);
+
+// One fuzz input's run: a clean scripted platform and platform-type cache on
+// entry, the message ledger checked by check().
+class Session {
+public:
+    Session();
+    Session(const Session &) = delete;
+    Session &operator=(const Session &) = delete;
+
+    qdtest::Platform &pf() { return qdtest::platform(); }
+
+    // Scripts the next exchange with a reply carrying these bytes.
+    void reply(const std::uint8_t *data, std::size_t size);
+    void reply(Bytes payload);
+    // Scripts exchanges from frames until the input ends or `limit` are
+    // scripted; returns how many.
+    std::size_t replies(Input &in, std::size_t limit);
+    // Scripts one reply without payload for each exchange a handler may make
+    // beyond the input's frames, so a short input never runs a handler into
+    // an unscripted send.
+    void pad_replies(std::size_t total);
+    // Appends attribute records to the response stream until the input ends.
+    // Each record with id `reply_id` also scripts one exchange whose payload
+    // is the record's value.
+    void stream(Input &in, std::int64_t reply_id = -1);
+
+    // The shell's parameter-info record of the command (MTS handle 0x77).
+    cmd_paraminfo *command(std::uint32_t cmd_id = 0);
+
+    // Aborts with the ledger's findings when a message was not released
+    // exactly once or was used after its release.
+    void check();
+
+private:
+    qdtest::Command command_;
+};
+
+// Builds framed inputs for seed corpora.
+class Frames {
+public:
+    Frames &raw(const Bytes &bytes);
+    Frames &reply(const Bytes &payload);
+    Frames &send_failure();
+    Frames &recv_failure();
+    Frames &no_payload();
+    Frames &attr(std::uint32_t id, const Bytes &value);
+    Frames &attr_u8(std::uint32_t id, std::uint8_t value) { return attr(id, {value}); }
+    Frames &attr_u16(std::uint32_t id, std::uint16_t value);
+    Frames &attr_u32(std::uint32_t id, std::uint32_t value);
+    Frames &attr_u64(std::uint32_t id, std::uint64_t value);
+    Bytes bytes() const { return bytes_; }
+    operator Bytes() const { return bytes_; }
+
+private:
+    Frames &frame(std::uint8_t kind, const Bytes &payload);
+    Bytes bytes_;
+};
+
+// Byte helpers for building reply layouts in seeds.
+void put_be16(Bytes &b, std::size_t offset, std::uint16_t v);
+void put_be32(Bytes &b, std::size_t offset, std::uint32_t v);
+void put_host32(Bytes &b, std::size_t offset, std::uint32_t v);
+void put_be64_low_first(Bytes &b, std::size_t offset, std::uint64_t v);
+void put_host64_low_first(Bytes &b, std::size_t offset, std::uint64_t v);
+Bytes cut(const Bytes &b, std::size_t length);
+
+// Names the input under way in the report of a failed check (replay only).
+void set_input_label(std::string label);
+
+}  // namespace qdfuzz
+
+// The calling convention of every entry.
+#define QDFUZZ_ENTRY(name)                                                    \
+    std::vector<qdfuzz::Bytes> qdfuzz_seeds_##name();                         \
+    extern "C" int qdfuzz_##name(const std::uint8_t *data, std::size_t size)

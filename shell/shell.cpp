@@ -1,0 +1,469 @@
+#include "shell.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <memory>
+#include <optional>
+
+#include <nlohmann/json.hpp>
+
+#include "iflist.hpp"
+#include "qdcli/platform.h"
+#include "qdcli/wire.h"
+#include "qdsim/sim.h"
+
+namespace qdsh {
+
+namespace {
+
+using PinfoHandler = std::int32_t (*)(cmd_paraminfo *);
+using IfNameHandler = std::int32_t (*)(cmd_paraminfo *, std::uint32_t, const char *);
+using StreamHandler = std::int32_t (*)(cmd_rsp *);
+using PlainHandler = std::int32_t (*)();
+using HelpCallback = char *(*)(void *, void *);
+using RecordCallback = std::int32_t (*)(void *, void *, std::uint32_t *);
+
+void out(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+std::string in_quotes(std::string_view s) {
+    return "\"" + std::string(s) + "\"";
+}
+
+std::optional<std::uint32_t> resolve(const std::string &spelling) {
+    return qdsim::find_interface(spelling);
+}
+
+std::string canonical_name(std::uint32_t if_index) {
+    for (const qdsim::InterfaceInfo &i : qdsim::interfaces())
+        if (i.if_index == if_index) return i.name;
+    return {};
+}
+
+// Everything one handler call points into: the parameter-info record and
+// its argument records and values, alive until the handler returns.
+struct Invocation {
+    cmd_paraminfo pinfo{};
+    std::array<cmd_param_arg, 256> records{};
+    std::deque<std::uint32_t> words;
+    std::deque<std::uint8_t> bytes;
+    std::vector<qdsim::Attribute> attributes;
+    std::uint32_t if_index = 0;  // the interface handed to a three-argument handler
+    std::array<char, 32> if_name{};
+
+    bool add(std::uint32_t param_type, std::uint32_t param_id, void *value) {
+        if (pinfo.argc == 255) return false;
+        const int i = pinfo.argc + 1;
+        records[i].param_type = param_type;
+        records[i].param_id = param_id;
+        records[i].value = value;
+        pinfo.args[i] = &records[i];
+        pinfo.argc = static_cast<std::uint8_t>(i);
+        return true;
+    }
+    bool add_byte(std::uint32_t param_type, std::uint8_t v) {
+        bytes.push_back(v);
+        return add(param_type, 0, &bytes.back());
+    }
+    bool add_word(std::uint32_t param_type, std::uint32_t param_id, std::uint32_t v) {
+        words.push_back(v);
+        return add(param_type, param_id, &words.back());
+    }
+};
+
+std::string status_text(std::int32_t status) {
+    std::string s = std::to_string(status);
+    if (status > 255 || status < -255) {
+        char hex[16];
+        std::snprintf(hex, sizeof hex, "0x%08x", static_cast<unsigned>(status));
+        s += std::string(" (") + hex + ")";
+    }
+    return s;
+}
+
+const char *type_name(std::uint8_t type) {
+    switch (type) {
+    case IF_TYPE_ETH: return "ethernet";
+    case IF_TYPE_ETH_ALT: return "front-panel";
+    case IF_TYPE_HIF: return "host-interface";
+    default: return "other";
+    }
+}
+
+// Interface names that complete `partial`: "eth1/" completes to every
+// "Ethernet1/..." (letters compared without case, as an abbreviation).
+std::vector<std::string> interface_completions(const std::string &partial) {
+    std::size_t split = 0;
+    while (split < partial.size() && std::isalpha(static_cast<unsigned char>(partial[split]))) ++split;
+    const std::string letters = partial.substr(0, split);
+    const std::string rest = partial.substr(split);
+    std::vector<std::string> names;
+    for (const qdsim::InterfaceInfo &i : qdsim::interfaces()) {
+        std::size_t n = 0;
+        while (n < i.name.size() && std::isalpha(static_cast<unsigned char>(i.name[n]))) ++n;
+        const std::string name_letters = i.name.substr(0, n);
+        const bool letters_ok =
+            letters.size() <= name_letters.size() &&
+            std::equal(letters.begin(), letters.end(), name_letters.begin(),
+                       [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b)); });
+        if (letters_ok && i.name.substr(n).starts_with(rest)) names.push_back(i.name);
+    }
+    return names;
+}
+
+}  // namespace
+
+void report_error(const std::string &message) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "qdsh: %s\n", message.c_str());
+    std::fflush(stderr);
+}
+
+bool Shell::run(std::string_view line) {
+    std::size_t first = 0;
+    while (first < line.size() && std::isspace(static_cast<unsigned char>(line[first]))) ++first;
+    if (first == line.size() || line[first] == '#') return true;  // blank line or comment
+
+    std::string_view trimmed = line;
+    while (!trimmed.empty() && std::isspace(static_cast<unsigned char>(trimmed.back()))) trimmed.remove_suffix(1);
+    if (trimmed.back() == '?') {
+        trimmed.remove_suffix(1);
+        return show_help(trimmed);
+    }
+
+    const MatchResult m = match_line(line);
+    if (!m.ok) {
+        report_error(m.error);
+        return false;
+    }
+    if (m.match.command->call == Call::builtin) return run_builtin(m.match);
+    return call_handler(m.match);
+}
+
+bool Shell::show_help(std::string_view before) const {
+    const std::vector<Candidate> list = candidates(before);
+    if (list.empty()) {
+        const MatchResult m = match_line(before);
+        report_error(m.ok ? "nothing may follow " + in_quotes(before) : m.error);
+        return false;
+    }
+    std::string text;
+    for (const Candidate &c : list) {
+        std::string help;
+        if (c.text == "<cr>")
+            help = "Run the command";
+        else if (c.is_word)
+            help = word_help(c.text);
+        else if (c.element != nullptr && c.element->kind == ParamKind::queue_limit)
+            help = queue_limit_help();
+        else
+            help = param_help(c.text);
+        char row[256];
+        std::snprintf(row, sizeof row, "  %-24s %s\n", c.text.c_str(), help.c_str());
+        text += row;
+    }
+    out(text);
+    std::fflush(stdout);
+    return true;
+}
+
+std::vector<std::string> Shell::complete(std::string_view line, std::size_t start) const {
+    const std::string partial(line.substr(std::min(start, line.size())));
+    std::string before(line.substr(0, std::min(start, line.size())));
+    before += ' ';
+    std::vector<std::string> out_list;
+    auto add = [&](const std::string &s) {
+        if (std::find(out_list.begin(), out_list.end(), s) == out_list.end()) out_list.push_back(s);
+    };
+    for (const Candidate &c : candidates(before)) {
+        if (c.text == "<cr>") continue;
+        if (c.is_word) {
+            if (c.text.starts_with(partial)) add(c.text);
+        } else if (c.element != nullptr &&
+                   (c.element->kind == ParamKind::interface || c.element->kind == ParamKind::interface_list ||
+                    c.element->kind == ParamKind::if_or_number)) {
+            for (const std::string &name : interface_completions(partial)) add(name);
+        }
+    }
+    return out_list;
+}
+
+bool Shell::call_handler(const Match &match) {
+    const Command &c = *match.command;
+    // Everything the user typed is checked before anything is sent.
+    auto inv = std::make_unique<Invocation>();
+    bool room = true;
+    for (const Match::Param &p : match.params) {
+        const Element &e = *p.element;
+        if (e.is_word) {
+            room = room && inv->add_byte(e.arg_type, 1);
+            continue;
+        }
+        switch (e.kind) {
+        case ParamKind::queue:
+        case ParamKind::cos_list:
+            for (const std::string &v : p.values) {
+                std::uint32_t n = 0;
+                parse_u32(v, n);
+                room = room && inv->add_byte(e.arg_type, static_cast<std::uint8_t>(n));
+            }
+            break;
+        case ParamKind::number: {
+            std::uint32_t n = 0;
+            parse_u32(p.values.at(0), n);
+            room = room && inv->add_word(e.arg_type, 0, n);
+            break;
+        }
+        case ParamKind::if_or_number:
+            if (looks_numeric(p.values.at(0))) {
+                std::uint32_t n = 0;
+                parse_u32(p.values.at(0), n);
+                room = room && inv->add_word(e.arg_type, 0, n);
+                break;
+            }
+            [[fallthrough]];
+        case ParamKind::interface: {
+            const InterfaceListResult r = resolve_interface(p.values.at(0), resolve);
+            if (!r.ok()) {
+                report_error(r.error);
+                return false;
+            }
+            const std::uint32_t index = r.interfaces[0].if_index;
+            if (c.call == Call::pinfo_if_name) {
+                inv->if_index = index;
+                std::snprintf(inv->if_name.data(), inv->if_name.size(), "%s", canonical_name(index).c_str());
+            } else {
+                room = room && inv->add_word(1, PARAM_ID_IF_INDEX, index);
+            }
+            break;
+        }
+        case ParamKind::interface_list: {
+            const InterfaceListResult r = resolve_interface_list(p.values, resolve);
+            if (!r.ok()) {
+                report_error(r.error);
+                return false;
+            }
+            for (const ResolvedInterface &i : r.interfaces) {
+                qdsim::Attribute a;
+                a.id = ATTR_IF_INDEX;
+                a.value.resize(sizeof i.if_index);
+                std::memcpy(a.value.data(), &i.if_index, sizeof i.if_index);
+                inv->attributes.push_back(std::move(a));
+            }
+            break;
+        }
+        default:
+            break;
+        }
+    }
+    if (!room) {
+        report_error("too many arguments (at most 255)");
+        return false;
+    }
+
+    const std::string name(c.handler);
+    void *symbol = library_.symbol(name);
+    if (symbol == nullptr) {
+        report_error("handler " + name + " is not available in " + library_.path());
+        return false;
+    }
+
+    inv->pinfo.no_form = c.no_form() ? 1 : 0;
+    inv->pinfo.cmd_id = c.cmd_id;
+    const std::uint32_t handle = qdsim::open_command();
+    inv->pinfo.mts_handle = handle;
+    std::int32_t status = 0;
+    switch (c.call) {
+    case Call::pinfo:
+        qdsim::set_request_attributes(inv->attributes);
+        status = reinterpret_cast<PinfoHandler>(symbol)(&inv->pinfo);
+        break;
+    case Call::pinfo_if_name:
+        status = reinterpret_cast<IfNameHandler>(symbol)(&inv->pinfo, inv->if_index, inv->if_name.data());
+        break;
+    case Call::stream: {
+        cmd_rsp rsp{};
+        qdsim::open_switch_stream(&rsp, handle);
+        status = reinterpret_cast<StreamHandler>(symbol)(&rsp);
+        break;
+    }
+    case Call::none:
+        status = reinterpret_cast<PlainHandler>(symbol)();
+        break;
+    case Call::builtin:
+        break;
+    }
+    qdsim::close_command(handle);
+    std::fflush(stdout);
+
+    const bool ok = c.success == Success::stream_end ? (status == -1 || status == 0) : status == 0;
+    if (!ok) report_error(in_quotes(c.pattern) + " failed with status " + status_text(status));
+    return ok;
+}
+
+bool Shell::run_builtin(const Match &match) {
+    switch (match.command->builtin) {
+    case Builtin::help: {
+        std::string text = "Commands (a word may be shortened while it stays unique; \"?\" after a word lists what may follow):\n";
+        for (const Command &c : commands()) {
+            char row[256];
+            std::snprintf(row, sizeof row, "  %-52s %s\n", std::string(c.pattern).c_str(), std::string(c.help).c_str());
+            text += row;
+        }
+        out(text);
+        std::fflush(stdout);
+        return true;
+    }
+    case Builtin::exit:
+        exit_requested_ = true;
+        return true;
+    case Builtin::queue_limit: return queue_limit(match);
+    case Builtin::clear_pfc: return clear_pfc(match);
+    case Builtin::sim_show: return sim_show(match);
+    case Builtin::sim_set: return sim_set(match);
+    case Builtin::sim_load: return sim_load(match);
+    case Builtin::sim_interfaces:
+        sim_interfaces();
+        return true;
+    case Builtin::sim_help:
+        out("The sim commands look at and change the simulated switch; they send nothing.\n"
+            "  sim show                      the whole model as JSON\n"
+            "  sim show JSON-POINTER         one part of it, e.g. sim show /platform/type; a / inside a\n"
+            "                                name is written ~1: sim show /interfaces/Ethernet1~11\n"
+            "  sim set JSON-POINTER VALUE    replace one value; VALUE is JSON text (\"text\", 12, true, {...}),\n"
+            "                                e.g. sim set /cos_map/2 3\n"
+            "  sim load FILE                 replace the switch with a scenario file\n"
+            "  sim interfaces                names, indexes and types of the interfaces\n");
+        std::fflush(stdout);
+        return true;
+    case Builtin::none: break;
+    }
+    return false;
+}
+
+std::string Shell::queue_limit_help() const {
+    auto help = reinterpret_cast<HelpCallback>(library_.symbol("qdcli_interface_qoslimit_help_get"));
+    auto range = reinterpret_cast<RecordCallback>(library_.symbol("qdcli_interface_qoslimit_range_get"));
+    auto def = reinterpret_cast<RecordCallback>(library_.symbol("qdcli_pdcli_cmd_qd_def_get"));
+    std::string text;
+    if (help != nullptr) {
+        char *h = help(nullptr, nullptr);
+        if (h != nullptr) text = h;
+        std::free(h);
+    }
+    if (text.empty()) text = std::string(param_help("BYTES"));
+    if (range != nullptr) {
+        std::uint32_t r[2] = {0, 0};
+        range(nullptr, nullptr, r);
+        text += " (" + std::to_string(r[0]) + "-" + std::to_string(r[1]);
+        if (def != nullptr) {
+            std::uint32_t d[2] = {0, 0};
+            def(nullptr, nullptr, d);
+            text += ", default " + std::to_string(d[1]);
+        }
+        text += ")";
+    }
+    return text;
+}
+
+bool Shell::queue_limit(const Match &match) {
+    auto range = reinterpret_cast<RecordCallback>(library_.symbol("qdcli_interface_qoslimit_range_get"));
+    if (range == nullptr) {
+        report_error("handler qdcli_interface_qoslimit_range_get is not available in " + library_.path());
+        return false;
+    }
+    std::uint32_t value = 0;
+    parse_u32(match.params.at(0).values.at(0), value);
+    std::uint32_t r[2] = {0, 0};
+    range(nullptr, nullptr, r);
+    if (value < r[0] || value > r[1]) {
+        report_error("queue-limit " + std::to_string(value) + " is out of range: expected " + std::to_string(r[0]) +
+                     " to " + std::to_string(r[1]));
+        return false;
+    }
+    // The simulated switch keeps no queue limit: the value is checked
+    // against the line card's range and goes nowhere.
+    return true;
+}
+
+bool Shell::clear_pfc(const Match &match) {
+    // The pause counters are the platform's: the simulator clears them with
+    // its own command line, one interface (canonical name) or all.
+    std::string line = "clear interface priority-flow-control";
+    if (!match.params.empty()) {
+        const InterfaceListResult r = resolve_interface(match.params[0].values.at(0), resolve);
+        if (!r.ok()) {
+            report_error(r.error);
+            return false;
+        }
+        line += " " + canonical_name(r.interfaces[0].if_index);
+    }
+    const int status = qdsim::run_platform_command(line);
+    if (status != 0) {
+        report_error(in_quotes(line) + " failed with status " + status_text(status));
+        return false;
+    }
+    return true;
+}
+
+bool Shell::sim_show(const Match &match) {
+    nlohmann::ordered_json state;
+    try {
+        state = nlohmann::ordered_json::parse(qdsim::dump_state_json());
+    } catch (const std::exception &e) {
+        report_error(std::string("sim show: the model's state is not JSON: ") + e.what());
+        return false;
+    }
+    if (!match.params.empty()) {
+        const std::string &pointer = match.params[0].values.at(0);
+        try {
+            state = state.at(nlohmann::ordered_json::json_pointer(pointer));
+        } catch (const std::exception &) {
+            report_error("sim show: no value at " + in_quotes(pointer));
+            return false;
+        }
+    }
+    out(state.dump(2) + "\n");
+    std::fflush(stdout);
+    return true;
+}
+
+bool Shell::sim_set(const Match &match) {
+    const std::string &pointer = match.params.at(0).values.at(0);
+    const std::string &value = match.params.at(1).values.at(0);
+    std::string error;
+    if (!qdsim::set_state_value(pointer, value, error)) {
+        report_error("sim set " + pointer + ": " + error);
+        return false;
+    }
+    return true;
+}
+
+bool Shell::sim_load(const Match &match) {
+    qdsim::ScenarioError error;
+    if (!qdsim::load_scenario_file(match.params.at(0).values.at(0), error)) {
+        report_error(error.message());
+        return false;
+    }
+    return true;
+}
+
+void Shell::sim_interfaces() const {
+    std::string text = "Interface                 Index       Type\n";
+    for (const qdsim::InterfaceInfo &i : qdsim::interfaces()) {
+        char row[160];
+        std::snprintf(row, sizeof row, "%-25s 0x%08x  %u %s%s\n", i.name.c_str(), i.if_index, i.type,
+                      type_name(i.type), i.sub_intf ? ", sub-interface" : "");
+        text += row;
+    }
+    out(text);
+    std::fflush(stdout);
+}
+
+}  // namespace qdsh

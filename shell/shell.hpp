@@ -1,0 +1,48 @@
+// The executor: runs command lines against the loaded handler library and
+// the simulated switch.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "grammar.hpp"
+#include "library.hpp"
+
+namespace qdsh {
+
+class Shell {
+public:
+    explicit Shell(const Library &library) : library_(library) {}
+
+    // Runs one command line ("?" help included). Returns false when the line
+    // was refused or the command failed; the reason is on standard error.
+    bool run(std::string_view line);
+
+    bool exit_requested() const { return exit_requested_; }
+
+    // Lists what may follow `before` (the "?" help); false when nothing may.
+    bool show_help(std::string_view before) const;
+
+    // Completions of the word that starts at `start` in `line` (tab key).
+    std::vector<std::string> complete(std::string_view line, std::size_t start) const;
+
+private:
+    bool call_handler(const Match &match);
+    bool run_builtin(const Match &match);
+    bool queue_limit(const Match &match);
+    bool clear_pfc(const Match &match);
+    bool sim_show(const Match &match);
+    bool sim_set(const Match &match);
+    bool sim_load(const Match &match);
+    void sim_interfaces() const;
+    std::string queue_limit_help() const;
+
+    const Library &library_;
+    bool exit_requested_ = false;
+};
+
+// Prints "qdsh: MESSAGE" on standard error.
+void report_error(const std::string &message);
+
+}  // namespace qdsh

@@ -1,0 +1,282 @@
+// The qdsh grammar on its own: the command table, the matcher, "?" help and
+// interface lists.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "grammar.hpp"
+#include "iflist.hpp"
+
+namespace {
+
+using qdsh::Call;
+using qdsh::Command;
+using qdsh::match_line;
+using qdsh::ParamKind;
+
+const Command &matched(const std::string &line) {
+    const qdsh::MatchResult r = match_line(line);
+    EXPECT_TRUE(r.ok) << line << ": " << r.error;
+    static const Command none{};
+    return r.ok ? *r.match.command : none;
+}
+
+std::string error_of(const std::string &line) {
+    const qdsh::MatchResult r = match_line(line);
+    EXPECT_FALSE(r.ok) << line << " matched " << (r.ok ? r.match.command->pattern : "");
+    return r.error;
+}
+
+std::vector<std::string> texts(const std::string &line) {
+    std::vector<std::string> out;
+    for (const qdsh::Candidate &c : qdsh::candidates(line)) out.push_back(c.text);
+    return out;
+}
+
+// ---- The table ----
+
+TEST(CommandTable, EveryHandlerIsExportedByTheLibrary) {
+    std::ifstream map(QDSH_TEST_LIBQDCLI_MAP);
+    ASSERT_TRUE(map) << QDSH_TEST_LIBQDCLI_MAP;
+    std::stringstream text;
+    text << map.rdbuf();
+    std::set<std::string> exported;
+    std::string word;
+    while (text >> word)
+        if (word.back() == ';') exported.insert(word.substr(0, word.size() - 1));
+    for (const Command &c : qdsh::commands()) {
+        if (c.call == Call::builtin) continue;
+        EXPECT_TRUE(exported.count(std::string(c.handler))) << c.pattern << " -> " << c.handler;
+    }
+}
+
+TEST(CommandTable, ListParametersComeLast) {
+    for (const Command &c : qdsh::commands())
+        for (std::size_t i = 0; i + 1 < c.elements.size(); ++i)
+            EXPECT_FALSE(c.elements[i].greedy()) << c.pattern;
+}
+
+TEST(CommandTable, DebugViewsCoverEveryIdentifierTheDumpKnows) {
+    // The identifiers that the debug dump turns into a view; 29 has a "no" form.
+    const std::multiset<std::uint32_t> known = {2, 3, 4, 5, 6, 8, 9, 10, 11, 12, 13, 14, 15, 21,
+                                                22, 23, 24, 25, 28, 29, 29, 30, 43};
+    std::multiset<std::uint32_t> seen;
+    for (const Command &c : qdsh::commands())
+        if (c.handler == "qd_cli_debug_show_all") seen.insert(c.cmd_id);
+    EXPECT_EQ(seen, known);
+    // Other commands keep clear of the debug identifiers.
+    for (const Command &c : qdsh::commands()) {
+        if (c.handler != "qd_cli_debug_show_all" && c.call != Call::builtin) {
+            EXPECT_TRUE(known.count(c.cmd_id) == 0) << c.pattern << " uses debug identifier " << c.cmd_id;
+        }
+    }
+}
+
+TEST(CommandTable, NumericDebugViewsTakeANumber) {
+    for (std::uint32_t id : {23u, 24u, 28u, 30u}) {
+        bool found = false;
+        for (const Command &c : qdsh::commands())
+            if (c.handler == "qd_cli_debug_show_all" && c.cmd_id == id) {
+                found = true;
+                ASSERT_FALSE(c.elements.back().is_word) << c.pattern;
+                EXPECT_EQ(c.elements.back().kind, ParamKind::number) << c.pattern;
+            }
+        EXPECT_TRUE(found) << id;
+    }
+    EXPECT_EQ(matched("debug qd show port-info 7").elements.back().kind, ParamKind::if_or_number);
+}
+
+TEST(CommandTable, EveryPatternMatchesItself) {
+    const std::map<std::string, std::string> sample = {
+        {"QUEUE", "1"}, {"COS...", "3"}, {"IF", "eth1/1"}, {"IF-LIST", "eth1/1"}, {"NUMBER", "5"},
+        {"IF|NUMBER", "5"}, {"BYTES", "100"}, {"JSON-POINTER", "/a"}, {"JSON-VALUE", "1"}, {"FILE", "f"}};
+    for (const Command &c : qdsh::commands()) {
+        std::string line;
+        for (const qdsh::Element &e : c.elements) line += (e.is_word ? std::string(e.text) : sample.at(std::string(e.text))) + " ";
+        const qdsh::MatchResult r = match_line(line);
+        ASSERT_TRUE(r.ok) << line << ": " << r.error;
+        EXPECT_EQ(r.match.command, &c) << line << " matched " << r.match.command->pattern;
+    }
+}
+
+// ---- Matching ----
+
+TEST(Match, CosMapArgumentsInOrderWithTheirKinds) {
+    const qdsh::MatchResult r = match_line("wrr-queue cos-map 2 3 5,7");
+    ASSERT_TRUE(r.ok) << r.error;
+    EXPECT_EQ(r.match.command->handler, "qd_cli_conf_wrrqueue_cosmap");
+    EXPECT_FALSE(r.match.command->no_form());
+    ASSERT_EQ(r.match.params.size(), 2u);
+    EXPECT_EQ(r.match.params[0].element->arg_type, 19u);
+    EXPECT_EQ(r.match.params[0].values, std::vector<std::string>{"2"});
+    EXPECT_EQ(r.match.params[1].element->arg_type, 20u);
+    EXPECT_EQ(r.match.params[1].values, (std::vector<std::string>{"3", "5", "7"}));
+
+    const qdsh::MatchResult no = match_line("no wrr-queue cos-map 0 1");
+    ASSERT_TRUE(no.ok) << no.error;
+    EXPECT_EQ(no.match.command->handler, "qd_cli_conf_wrrqueue_cosmap");
+    EXPECT_TRUE(no.match.command->no_form());
+    EXPECT_TRUE(matched("no debug qd trace-level").no_form());
+}
+
+TEST(Match, QueueAndCosAreRangeChecked) {
+    EXPECT_EQ(error_of("wrr-queue cos-map 4 1"), "invalid queue \"4\": expected 0 to 3");
+    EXPECT_EQ(error_of("wrr-queue cos-map 1 8"), "invalid CoS value \"8\": expected 0 to 7");
+    EXPECT_EQ(error_of("wrr-queue cos-map 1 2 x"), "invalid CoS value \"x\": expected 0 to 7");
+    EXPECT_EQ(error_of("wrr-queue cos-map 1"), "incomplete command \"wrr-queue cos-map 1\": expected COS...");
+    EXPECT_EQ(error_of("debug qd show port 4294967296"), "invalid number \"4294967296\"");
+}
+
+TEST(Match, AbbreviationsAndAmbiguity) {
+    EXPECT_EQ(matched("sh wrr cos").pattern, "show wrr-queue cos-map");
+    EXPECT_EQ(matched("sh q").pattern, "show queuing");
+    // Later words settle an abbreviation that alone could be two words.
+    EXPECT_EQ(matched("cl q st").pattern, "clear qos statistics");
+    EXPECT_EQ(matched("cl q co").pattern, "clear queuing counters");
+    EXPECT_EQ(error_of("debug qd show s"), "ambiguous command word \"s\": may be summary, sup");
+    EXPECT_EQ(error_of("cl q"), "ambiguous command word \"q\": may be queuing, qos");
+}
+
+TEST(Match, AWordTypedInFullIsNotTakenForAnAbbreviation) {
+    // "port" is a word of its own (it takes a number), not "ports" shortened.
+    EXPECT_EQ(error_of("debug qd show port"), "incomplete command \"debug qd show port\": expected NUMBER");
+    EXPECT_EQ(matched("debug qd show port 3").cmd_id, 23u);
+    EXPECT_EQ(matched("debug qd show ports").cmd_id, 8u);
+}
+
+TEST(Match, InterfaceForms) {
+    const qdsh::MatchResult ext = match_line("show queuing interface ethernet 1/1 extended");
+    ASSERT_TRUE(ext.ok) << ext.error;
+    EXPECT_EQ(ext.match.command->handler, "qd_cli_show_queuing_intf_extend");
+    EXPECT_EQ(ext.match.params.at(0).values, std::vector<std::string>{"ethernet1/1"});
+    EXPECT_EQ(matched("show queuing interface eth1/1 ext").handler, "qd_cli_show_queuing_intf_extend");
+
+    const qdsh::MatchResult list = match_line("show queuing interface eth1/1-3, e1/5 ethernet 1/7");
+    ASSERT_TRUE(list.ok) << list.error;
+    EXPECT_EQ(list.match.command->handler, "qd_cli_show_queuing_interface");
+    EXPECT_EQ(list.match.params.at(0).values, (std::vector<std::string>{"eth1/1-3,", "e1/5", "ethernet", "1/7"}));
+
+    const qdsh::MatchResult all = match_line("show queuing interface");
+    ASSERT_TRUE(all.ok);
+    EXPECT_TRUE(all.match.params.empty());
+
+    EXPECT_EQ(matched("clear queuing counters interface eth1/2").handler, "qd_cli_clear_queuing_interface");
+    EXPECT_EQ(matched("show queuing host-interface Ethernet101/1/1").call, Call::pinfo_if_name);
+}
+
+TEST(Match, ACommandWordIsNotTakenForAnInterface) {
+    // The extended form with a word too many is told as such, not as an
+    // interface list naming "extended".
+    EXPECT_EQ(error_of("show queuing interface eth1/1 extended now"),
+              "unexpected \"now\" after \"show queuing interface eth1/1 extended\"");
+    EXPECT_EQ(error_of("show queuing interface extended"), "expected an interface, not the command word \"extended\"");
+    // A type word written apart from its numbers is still an interface.
+    EXPECT_EQ(match_line("show queuing interface ethernet 1/1 ethernet 1/2").match.params.at(0).values.size(), 4u);
+}
+
+TEST(Match, DetailWordBecomesAnArgument) {
+    const qdsh::MatchResult r = match_line("show system internal qd mem-stats detail");
+    ASSERT_TRUE(r.ok) << r.error;
+    ASSERT_EQ(r.match.params.size(), 1u);
+    EXPECT_TRUE(r.match.params[0].element->is_word);
+    EXPECT_EQ(r.match.params[0].element->arg_type, 2u);
+    EXPECT_TRUE(match_line("show system internal qd mem-stats").match.params.empty());
+}
+
+TEST(Match, RawParametersKeepTheRestOfTheLine) {
+    const qdsh::MatchResult r = match_line("sim set /interfaces/0/counters  {\"rx\": 1,  \"tx\": 2}  ");
+    ASSERT_TRUE(r.ok) << r.error;
+    EXPECT_EQ(r.match.params.at(0).values.at(0), "/interfaces/0/counters");
+    EXPECT_EQ(r.match.params.at(1).values.at(0), "{\"rx\": 1,  \"tx\": 2}");
+    EXPECT_EQ(error_of("sim show interfaces"), "invalid JSON pointer \"interfaces\": it starts with /");
+}
+
+TEST(Match, ErrorsNameWhatWasWrong) {
+    EXPECT_EQ(error_of("no such command"), "unexpected \"such\" after \"no\": expected wrr-queue, debug");
+    EXPECT_EQ(error_of("frobnicate"), "unknown command \"frobnicate\" (\"help\" lists the commands)");
+    EXPECT_EQ(error_of("show wrr-queue cos-map now"), "unexpected \"now\" after \"show wrr-queue cos-map\"");
+    EXPECT_EQ(error_of("show wrr-queue"), "incomplete command \"show wrr-queue\": expected cos-map");
+    EXPECT_EQ(error_of("show bogus"),
+              "unexpected \"bogus\" after \"show\": expected wrr-queue, queuing, system, logging, vaq");
+}
+
+// ---- "?" and completion ----
+
+TEST(Candidates, NextWordsParametersAndEnd) {
+    EXPECT_EQ(texts("show wrr-queue "), std::vector<std::string>{"cos-map"});
+    EXPECT_EQ(texts("show q"), std::vector<std::string>{"queuing"});
+    EXPECT_EQ(texts("show queuing "), (std::vector<std::string>{"<cr>", "interface", "host-interface"}));
+    EXPECT_EQ(texts("wrr-queue cos-map "), std::vector<std::string>{"QUEUE"});
+    EXPECT_EQ(texts("wrr-queue cos-map 1 2 "), (std::vector<std::string>{"COS...", "<cr>"}));
+    EXPECT_EQ(texts("show queuing interface eth1/1 "), (std::vector<std::string>{"IF-LIST", "<cr>", "extended"}));
+    EXPECT_TRUE(texts("show bogus ").empty());
+    const std::vector<std::string> top = texts("");
+    EXPECT_NE(std::find(top.begin(), top.end(), "show"), top.end());
+    EXPECT_NE(std::find(top.begin(), top.end(), "sim"), top.end());
+}
+
+// ---- Numbers ----
+
+TEST(Numbers, DecimalAndHexWithinThirtyTwoBits) {
+    std::uint32_t v = 0;
+    EXPECT_TRUE(qdsh::parse_u32("4294967295", v));
+    EXPECT_EQ(v, 4294967295u);
+    EXPECT_TRUE(qdsh::parse_u32("0x1A000000", v));
+    EXPECT_EQ(v, 0x1a000000u);
+    EXPECT_FALSE(qdsh::parse_u32("4294967296", v));
+    EXPECT_FALSE(qdsh::parse_u32("0x100000000", v));
+    EXPECT_FALSE(qdsh::parse_u32("12a", v));
+    EXPECT_FALSE(qdsh::parse_u32("0x", v));
+    EXPECT_FALSE(qdsh::parse_u32("-1", v));
+}
+
+// ---- Interface lists ----
+
+std::optional<std::uint32_t> fake_resolve(const std::string &name) {
+    static const std::map<std::string, std::uint32_t> known = {
+        {"eth1/1", 0x1a000000}, {"eth1/2", 0x1a001000}, {"eth1/3", 0x1a002000}, {"eth1/4", 0x1a003000},
+        {"ethernet1/1", 0x1a000000}, {"ethernet1/2", 0x1a001000}, {"e101/1/1", 0x1f000001},
+        {"e101/1/2", 0x1f000002}, {"port-channel1", 0x16000000}};
+    auto it = known.find(name);
+    return it == known.end() ? std::nullopt : std::optional<std::uint32_t>(it->second);
+}
+
+std::vector<std::uint32_t> indexes(const qdsh::InterfaceListResult &r) {
+    std::vector<std::uint32_t> v;
+    for (const auto &i : r.interfaces) v.push_back(i.if_index);
+    return v;
+}
+
+TEST(InterfaceList, RangesCommasAndSeparatedTypeWords) {
+    const auto r = qdsh::resolve_interface_list({"eth1/1-2,e101/1/1-2", "ethernet", "1/1"}, fake_resolve);
+    ASSERT_TRUE(r.ok()) << r.error;
+    // ethernet1/1 is eth1/1 again: each interface is reported once, first place kept.
+    EXPECT_EQ(indexes(r), (std::vector<std::uint32_t>{0x1a000000, 0x1a001000, 0x1f000001, 0x1f000002}));
+    EXPECT_EQ(r.interfaces[2].spelling, "e101/1/1");
+
+    const auto spaced = qdsh::resolve_interface_list({"eth1/4", ",", "eth1/3,"}, fake_resolve);
+    ASSERT_TRUE(spaced.ok()) << spaced.error;
+    EXPECT_EQ(indexes(spaced), (std::vector<std::uint32_t>{0x1a003000, 0x1a002000}));
+
+    // A name with a dash of its own is a name, not a range.
+    EXPECT_TRUE(qdsh::resolve_interface_list({"port-channel1"}, fake_resolve).ok());
+}
+
+TEST(InterfaceList, RefusalsNameTheInterface) {
+    EXPECT_EQ(qdsh::resolve_interface_list({"eth1/3-5"}, fake_resolve).error,
+              "unknown interface \"eth1/5\" (in range \"eth1/3-5\")");
+    EXPECT_EQ(qdsh::resolve_interface_list({"eth1/1,eth9/9"}, fake_resolve).error, "unknown interface \"eth9/9\"");
+    EXPECT_EQ(qdsh::resolve_interface_list({"eth1/4-2"}, fake_resolve).error,
+              "invalid interface range \"eth1/4-2\": 4 is above 2");
+    EXPECT_EQ(qdsh::resolve_interface_list({"eth1/1-99999"}, fake_resolve).error,
+              "interface range \"eth1/1-99999\" is too large (at most 4096)");
+    EXPECT_EQ(qdsh::resolve_interface_list({","}, fake_resolve).error, "missing interface");
+    const auto bad = qdsh::resolve_interface_list({"eth1/1", "bogus"}, fake_resolve);
+    EXPECT_TRUE(bad.interfaces.empty());
+    EXPECT_EQ(qdsh::resolve_interface("eth7", fake_resolve).error, "unknown interface \"eth7\"");
+}
+
+}  // namespace
