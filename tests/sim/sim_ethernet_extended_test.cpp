@@ -21,12 +21,11 @@ TEST_F(EthernetExtendedTest, MapLevelsDropModesAndCountersFromTheModel) {
               (std::vector<std::string>{"[0]           4831838208              6442463289                       0",
                                         "[0]                    0              4294967301                       0"}));
 
-    // Closing that command ticked once; 999 more.
+    // The uplink's counters grow: closing that command ticked once; 999 more.
     qdsim::advance_clock(999);
-    out = show_extended("Ethernet1/1");
-    EXPECT_EQ(lines_starting(out, "[0]"),
-              (std::vector<std::string>{"[0]           4833332208              6443363289                       0",
-                                        "[0]                    0              4294968301                       0"}));
+    out = show_extended("Ethernet1/48");
+    EXPECT_EQ(lines_starting(out, "[0]")[0], "[0]           5376809120              4299018320                       0");
+    EXPECT_EQ(lines_starting(out, "[3]")[1], "[3]                 2204                       0                       0");
 
     // Another interface, its own configuration, changed through the state.
     out = show_extended("Ethernet1/2");
