@@ -1,9 +1,13 @@
 #include "hif/hif_output.hpp"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstdarg>
 #include <cstdio>
-#include <vector>
+#include <span>
+#include <string_view>
+#include <utility>
 
 namespace qdcli::hif {
 namespace {
@@ -40,38 +44,106 @@ Conversion parse_conversion(const char *format, std::size_t at) {
     return c;
 }
 
-std::string number_text(std::uint64_t value, int base) {
-    char digits[24];
-    const auto result = std::to_chars(digits, digits + sizeof digits, value, base);
-    return std::string(digits, result.ptr);
+// A piece as it is assembled, on the stack. A line of the report is well
+// under 256 characters, and so are the piece formats and the printer formats
+// made from them; whatever would run past the end is left out.
+class PieceText {
+public:
+    void append(std::string_view text) {
+        const std::size_t n = std::min(text.size(), kCapacity - size_);
+        std::copy_n(text.begin(), n, chars_ + size_);
+        size_ += n;
+    }
+    void append(std::size_t count, char c) {
+        const std::size_t n = std::min(count, kCapacity - size_);
+        std::fill_n(chars_ + size_, n, c);
+        size_ += n;
+    }
+    void append(char c) { append(1, c); }
+    const char *c_str() {
+        chars_[size_] = '\0';
+        return chars_;
+    }
+
+private:
+    static constexpr std::size_t kCapacity = 255;
+    char chars_[kCapacity + 1];
+    std::size_t size_ = 0;
+};
+
+// Room for a number: a '-' and the 20 digits of the largest 64-bit value.
+using NumberText = std::array<char, 21>;
+
+template <class Number>
+std::string_view number_text(Number value, int base, NumberText &chars) {
+    const auto result = std::to_chars(chars.data(), chars.data() + chars.size(), value, base);
+    return {chars.data(), result.ptr};
 }
 
 // What printf prints for `field` under conversion `c`: the conversion, not
 // the field, decides the width of the value, as it does for printf.
-std::string value_text(const Conversion &c, const Field &field) {
+std::string_view value_text(const Conversion &c, const Field &field, NumberText &chars) {
     if (field.kind == Field::Kind::text) return field.text ? field.text : "";
     const std::uint64_t value = c.long_value ? field.number : (field.number & 0xffffffffu);
-    switch (c.letter) {
-    case 'd':
-        if (c.long_value) {
-            const auto v = static_cast<std::int64_t>(value);
-            return v < 0 ? "-" + number_text(0 - value, 10) : number_text(value, 10);
+    if (c.letter == 'd') {
+        const std::int64_t signed_value = c.long_value ? static_cast<std::int64_t>(value)
+                                                       : static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
+        return number_text(signed_value, 10, chars);
+    }
+    return number_text(value, c.letter == 'x' ? 16 : 10, chars);
+}
+
+void pad(PieceText &out, std::string_view value, const Conversion &c) {
+    const std::size_t blanks = value.size() < c.width ? c.width - value.size() : 0;
+    if (!c.left) out.append(blanks, ' ');
+    out.append(value);
+    if (c.left) out.append(blanks, ' ');
+}
+
+// Walks a piece format: `text` gets each character that stands for itself
+// ("%%" is one '%'), `conversion` each conversion.
+template <class Text, class Convert>
+void walk_format(const char *format, Text &&text, Convert &&conversion) {
+    for (std::size_t i = 0; format[i] != '\0';) {
+        if (format[i] != '%') {
+            text(format[i++]);
+        } else if (format[i + 1] == '%') {
+            text('%');
+            i += 2;
         } else {
-            const auto v = static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
-            return v < 0 ? "-" + number_text(0 - static_cast<std::int64_t>(v), 10) : number_text(value, 10);
+            const Conversion c = parse_conversion(format, i);
+            conversion(c);
+            i = c.end;
         }
-    case 'x':
-        return number_text(value, 16);
-    default:
-        return number_text(value, 10);
     }
 }
 
-void pad(std::string &out, const std::string &value, const Conversion &c) {
-    const std::size_t blanks = value.size() < c.width ? c.width - value.size() : 0;
-    if (!c.left) out.append(blanks, ' ');
-    out += value;
-    if (c.left) out.append(blanks, ' ');
+// The text of a piece as the text report prints it: each conversion renders
+// its field the way printf would render the field's value for it.
+void render_text(const char *format, std::span<const Field> fields, PieceText &out) {
+    std::size_t next = 0;
+    walk_format(
+        format, [&](char c) { out.append(c); },
+        [&](const Conversion &c) {
+            const Field missing{};
+            const Field &field = next < fields.size() ? fields[next] : missing;
+            ++next;
+            NumberText chars;
+            pad(out, value_text(c, field, chars), c);
+        });
+}
+
+// The printer format of a piece: every conversion becomes %[-][width]s.
+void typed_format(const char *format, PieceText &out) {
+    walk_format(
+        format, [&](char c) { out.append(c == '%' ? "%%" : std::string_view(&c, 1)); },
+        [&](const Conversion &c) {
+            out.append('%');
+            if (c.left) out.append('-');
+            NumberText chars;
+            if (c.width) out.append(number_text(c.width, 10, chars));
+            out.append('s');
+        });
 }
 
 PrtValue typed_value(const Field &field) {
@@ -94,55 +166,11 @@ void typed_line(Printer &printer, const char *format, const PrtValue *values, st
 
 }  // namespace
 
-std::string render_text(const char *format, std::span<const Field> fields) {
-    std::string out;
-    std::size_t next = 0;
-    for (std::size_t i = 0; format[i] != '\0';) {
-        if (format[i] != '%') {
-            out += format[i++];
-            continue;
-        }
-        if (format[i + 1] == '%') {
-            out += '%';
-            i += 2;
-            continue;
-        }
-        const Conversion c = parse_conversion(format, i);
-        const Field missing{};
-        const Field &field = next < fields.size() ? fields[next] : missing;
-        ++next;
-        pad(out, value_text(c, field), c);
-        i = c.end;
-    }
-    return out;
-}
-
-std::string typed_format(const char *format) {
-    std::string out;
-    for (std::size_t i = 0; format[i] != '\0';) {
-        if (format[i] != '%') {
-            out += format[i++];
-            continue;
-        }
-        if (format[i + 1] == '%') {
-            out += "%%";
-            i += 2;
-            continue;
-        }
-        const Conversion c = parse_conversion(format, i);
-        out += '%';
-        if (c.left) out += '-';
-        if (c.width) out += std::to_string(c.width);
-        out += 's';
-        i = c.end;
-    }
-    return out;
-}
-
 // ---- standard output ----
 
 void TextOutput::put(const char *format, std::initializer_list<Field> fields) {
-    const std::string text = render_text(format, std::span<const Field>(fields.begin(), fields.size()));
+    PieceText text;
+    render_text(format, std::span<const Field>(fields.begin(), fields.size()), text);
     std::fputs(text.c_str(), stdout);
 }
 
@@ -158,7 +186,8 @@ void TextOutput::overflow_column(const Field &word) { put("  %8s", {word}); }
 // ---- the shell's printer ----
 
 void TypedOutput::put(const char *format, std::initializer_list<Field> fields) {
-    const std::string typed = typed_format(format);
+    PieceText typed;
+    typed_format(format, typed);
     PrtValue values[kMaxFields]{};
     std::size_t count = 0;
     for (const Field &field : fields)

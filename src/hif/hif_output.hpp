@@ -14,8 +14,6 @@
 
 #include <cstdint>
 #include <initializer_list>
-#include <span>
-#include <string>
 
 #include "frame/printer.hpp"
 
@@ -84,11 +82,5 @@ public:
 private:
     Printer printer_;
 };
-
-// The text of a piece as the text report prints it: each conversion renders
-// its field the way printf would render the field's value for it.
-std::string render_text(const char *format, std::span<const Field> fields);
-// The printer format of a piece: every conversion becomes %[-][width]s.
-std::string typed_format(const char *format);
 
 }  // namespace qdcli::hif
