@@ -34,7 +34,8 @@ void close_command(std::uint32_t mts_handle) {
     for (const CommandEndHook &hook : hooks()) hook(mts_handle);
     for (const std::string &problem : mts::close_handle(mts_handle))
         diagnostic("command " + hex32(mts_handle) + ": " + problem);
-    current_model().tick(1);
+    Model &model = current_model();
+    if (!model.take_counters_cleared()) model.tick(1);
 }
 
 std::size_t live_messages() { return mts::live_messages(); }

@@ -33,6 +33,7 @@ void clear_queuing_counters(const Interface &i) {
 
 Reply clear_all(const Request &, Model &model) {
     for (const Interface &i : model.interfaces()) clear_queuing_counters(i);
+    model.note_counters_cleared();
     return Reply::status(0);
 }
 
@@ -40,6 +41,7 @@ Reply clear_one(const Request &request, Model &model) {
     const Interface *i = request.if_index == 0 ? nullptr : model.interface(request.if_index);
     if (i == nullptr) return Reply::status(static_cast<std::uint32_t>(kErrNoInterface));
     clear_queuing_counters(*i);
+    model.note_counters_cleared();
     return Reply::status(0);
 }
 

@@ -20,6 +20,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "model/faults.hpp"
@@ -104,12 +105,20 @@ public:
     // Advances every counter that has a rate by rate x ticks.
     void tick(std::uint64_t ticks = 1);
     std::uint64_t ticks() const;
+    // A command that clears counters does not advance the clock when it ends,
+    // so the next reading shows exactly zero for what was cleared; the
+    // readings after it grow again. The clear services mark their command.
+    void note_counters_cleared() { counters_cleared_ = true; }
+    // True once after a mark: the command that ends now cleared counters.
+    bool take_counters_cleared() { return std::exchange(counters_cleared_, false); }
 
     // Node of the statistics agent of a slot: ((slot + 1) << 8 | 2), 16 bits.
     static std::uint32_t slot_node(std::uint32_t slot) { return (((slot + 1) << 8) | 2) & 0xffffu; }
 
 private:
     friend class ModelBuilder;
+
+    bool counters_cleared_ = false;
 
     struct Fault {
         FaultTarget target = FaultTarget::daemon;

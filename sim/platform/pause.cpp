@@ -46,6 +46,7 @@ void clear_pause_counters(const Interface &i) {
 }
 
 int clear_pause(const std::string &rest, Model &model) {
+    model.note_counters_cleared();
     if (rest.empty()) {
         for (const Interface &i : model.interfaces()) clear_pause_counters(i);
         return 0;

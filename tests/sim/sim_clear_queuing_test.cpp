@@ -96,7 +96,11 @@ TEST_F(ClearQueuingTest, ClearAllZeroesEveryCounterKeepsConfigurationAndCountsAg
     EXPECT_EQ(at("Ethernet102/1/48", "/hif_queuing/queue_stats/0/queue_num"), 2);
     EXPECT_EQ(at("Ethernet101/1/1", "/qos_counters/tx_queue_drops"), 0);
 
-    finish();  // one tick
+    finish();  // the clearing command does not advance the clock
+    EXPECT_EQ(rx("Ethernet2/48"), 0);
+    EXPECT_EQ(host_drops("Ethernet101/1/7"), 0);
+    handle = qdsim::open_command();
+    finish();  // the next one does
     EXPECT_EQ(rx("Ethernet2/48"), 10);
     EXPECT_EQ(at("Ethernet2/48", "/queuing/qos_groups/0/counters/tx_port_pkts"), 0);
     EXPECT_EQ(host_drops("Ethernet101/1/7"), 10);
@@ -109,7 +113,11 @@ TEST_F(ClearQueuingTest, ClearOneInterfaceLeavesTheOthersCounting) {
     ASSERT_EQ(clear_one("Ethernet1/1", out), 0);
     ASSERT_EQ(clear_one("Ethernet101/1/2", out), 0);
     EXPECT_EQ(out, "");
-    finish();
+    finish();  // the clearing command does not advance the clock
+    EXPECT_EQ(rx("Ethernet1/1"), 0);
+    EXPECT_EQ(rx("Ethernet1/2"), 100);
+    handle = qdsim::open_command();
+    finish();  // the next one does: everything counts again
     EXPECT_EQ(rx("Ethernet1/1"), 10);
     EXPECT_EQ(at("Ethernet1/1", "/extended/counters/pass/0/0"), 0);
     EXPECT_EQ(pause("Ethernet1/1"), 0);
