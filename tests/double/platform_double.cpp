@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "render/prt_render.hpp"
+#include "support/capture_stdout.hpp"
 
 namespace qdtest {
 namespace {
@@ -143,23 +144,7 @@ std::size_t live_messages() {
     return live;
 }
 
-std::string capture_stdout(const std::function<void()> &body) {
-    std::fflush(stdout);
-    FILE *sink = std::tmpfile();
-    const int saved = dup(STDOUT_FILENO);
-    dup2(fileno(sink), STDOUT_FILENO);
-    body();
-    std::fflush(stdout);
-    dup2(saved, STDOUT_FILENO);
-    close(saved);
-    std::string out;
-    std::rewind(sink);
-    char buffer[4096];
-    std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, sink)) > 0) out.append(buffer, n);
-    std::fclose(sink);
-    return out;
-}
+std::string capture_stdout(const std::function<void()> &body) { return testsupport::capture_stdout(body); }
 
 Command::Command() { std::memset(&info_, 0, sizeof info_); }
 Command &Command::handle(std::uint32_t mts_handle) {

@@ -5,7 +5,7 @@
 
 #include "qdcli/handlers.h"
 #include "sim_fixture.hpp"
-#include "sim_host_output.hpp"
+#include "support/capture_stdout.hpp"
 
 namespace simtest {
 namespace {
@@ -71,7 +71,7 @@ protected:
 
     // Runs one command, as the shell would, and ends it (the clock ticks).
     std::string text(const std::string &name, bool detailed = false) {
-        return capture_stdout([&] { run(qd_cli_show_queuing_hif, name, detailed); });
+        return testsupport::capture_stdout([&] { run(qd_cli_show_queuing_hif, name, detailed); });
     }
     std::string typed(const std::string &name, bool detailed = false) {
         output.clear();

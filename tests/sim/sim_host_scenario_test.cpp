@@ -2,7 +2,7 @@
 // what the default switch's host interfaces show.
 #include "qdcli/handlers.h"
 #include "sim_fixture.hpp"
-#include "sim_host_output.hpp"
+#include "support/capture_stdout.hpp"
 
 namespace simtest {
 namespace {
@@ -30,7 +30,7 @@ protected:
     std::string show(const std::string &name) {
         cmd_paraminfo pinfo{};
         pinfo.mts_handle = handle;
-        return capture_stdout([&] { qd_cli_show_queuing_hif(&pinfo, *qdsim::find_interface(name), name.c_str()); });
+        return testsupport::capture_stdout([&] { qd_cli_show_queuing_hif(&pinfo, *qdsim::find_interface(name), name.c_str()); });
     }
 };
 

@@ -1,5 +1,5 @@
-// What a text report writes to standard output, captured for the host
-// interface tests (the text report prints with printf, not to the sink).
+// What a handler writes to standard output (reports printed with printf,
+// puts and putchar rather than through the shell's printer), captured.
 #pragma once
 
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-namespace simtest {
+namespace testsupport {
 
 inline std::string capture_stdout(const std::function<void()> &body) {
     std::fflush(stdout);
@@ -27,4 +27,4 @@ inline std::string capture_stdout(const std::function<void()> &body) {
     return out;
 }
 
-}  // namespace simtest
+}  // namespace testsupport
