@@ -27,12 +27,6 @@ std::map<std::string, DebugFunction> &functions() {
     return registry;
 }
 
-std::string hex(std::uint32_t v) {
-    char buf[16];
-    std::snprintf(buf, sizeof buf, "0x%x", v);
-    return buf;
-}
-
 // "qd: qd_debug_eng_print_all selector 9 arg 0x0 if_index 0x1a000000 (Ethernet1/1)"
 std::string print_all(const DebugRequest &request, Model &model) {
     const std::uint32_t selector_word = request.word(0);

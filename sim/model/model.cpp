@@ -15,6 +15,12 @@ std::string hex32(std::uint32_t v) {
     return buf;
 }
 
+std::string hex(std::uint32_t v) {
+    char buf[16];
+    std::snprintf(buf, sizeof buf, "0x%x", v);
+    return buf;
+}
+
 std::string ethernet_name(std::uint32_t slot, std::uint32_t port) {
     return "Ethernet" + std::to_string(slot) + "/" + std::to_string(port);
 }

@@ -167,5 +167,7 @@ std::uint32_t ethernet_index(std::uint8_t type, std::uint32_t slot, std::uint32_
 std::uint32_t host_index(std::uint32_t extender, std::uint32_t module, std::uint32_t port);
 
 std::string hex32(std::uint32_t v);
+// The same without leading zeros ("0x1a").
+std::string hex(std::uint32_t v);
 
 }  // namespace qdsim

@@ -10,6 +10,7 @@
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
 #include "core/lock.hpp"
+#include "model/model.hpp"
 
 namespace qdsim::mts {
 
@@ -97,12 +98,6 @@ struct Router {
 Router &router() {
     static Router r;
     return r;
-}
-
-std::string hex(std::uint32_t v) {
-    char buf[16];
-    std::snprintf(buf, sizeof buf, "0x%x", v);
-    return buf;
 }
 
 std::string describe(std::uint64_t id, const Message &m) {

@@ -10,6 +10,7 @@
 #include "core/errors.hpp"
 #include "core/lock.hpp"
 #include "core/session.hpp"
+#include "model/model.hpp"
 #include "render/prt_render.hpp"
 #include "shell/catalogue.hpp"
 #include "shell/output.hpp"
@@ -20,12 +21,6 @@ namespace {
 std::map<std::uint32_t, Flush> &pending() {
     static std::map<std::uint32_t, Flush> buffers;
     return buffers;
-}
-
-std::string hex(std::uint32_t v) {
-    char buf[16];
-    std::snprintf(buf, sizeof buf, "0x%08x", v);
-    return buf;
 }
 
 // The printer takes %[-][width][.precision]s and %%; anything else in a
@@ -50,19 +45,19 @@ void check_argument(std::uint32_t attr, const void *value, std::uint32_t length)
     const AttributeInfo *info = find_attribute(attr);
     if (info == nullptr) return;
     if (value == nullptr && length > 0) {
-        diagnostic("printer argument " + hex(attr) + " (" + info->name + ") has no value");
+        diagnostic("printer argument " + hex32(attr) + " (" + info->name + ") has no value");
         return;
     }
     if (info->kind == AttrKind::text) {
         const auto *text = static_cast<const char *>(value);
         if (length == 0 || text == nullptr || std::memchr(text, 0, length) != text + length - 1)
-            diagnostic("printer argument " + hex(attr) + " (" + info->name +
+            diagnostic("printer argument " + hex32(attr) + " (" + info->name +
                        ") is a text: its length is the text's plus its NUL, given " + std::to_string(length));
         return;
     }
     const std::uint32_t expected = expected_length(info->kind);
     if (expected && length != expected)
-        diagnostic("printer argument " + hex(attr) + " (" + info->name + ") is a " + kind_name(info->kind) + " of " +
+        diagnostic("printer argument " + hex32(attr) + " (" + info->name + ") is a " + kind_name(info->kind) + " of " +
                    std::to_string(expected) + " bytes, given " + std::to_string(length));
 }
 
@@ -73,7 +68,7 @@ const CommandEndRegistrar deliver_leftovers{[](std::uint32_t mts_handle) {
     Flush left = std::move(it->second);
     pending().erase(it);
     if (left.text.empty() && left.values.empty()) return;
-    diagnostic("command " + hex(mts_handle) + " ended with " + std::to_string(left.text.size()) +
+    diagnostic("command " + hex32(mts_handle) + " ended with " + std::to_string(left.text.size()) +
                " characters of printer output never flushed");
     deliver(render(left, mode()));
 }};
@@ -103,7 +98,7 @@ std::int32_t cmd_prt_arg_make(cmd_prt_arg *arg, std::uint32_t attr_id, const voi
 std::int32_t cmd_prt(std::uint32_t handle, const char *format, ...) {
     SwitchLock lock(switch_mutex());
     if (!shell::is_output_handle(handle)) {
-        diagnostic("cmd_prt with handle " + shell::hex(handle) + ", which is not an output handle");
+        diagnostic("cmd_prt with handle " + hex32(handle) + ", which is not an output handle");
         return kErrBadArgument;
     }
     if (format == nullptr) {
@@ -139,7 +134,7 @@ std::int32_t cmd_prt(std::uint32_t handle, const char *format, ...) {
 std::int32_t cmd_prt_send(std::uint32_t handle) {
     SwitchLock lock(switch_mutex());
     if (!shell::is_output_handle(handle)) {
-        diagnostic("cmd_prt_send with handle " + shell::hex(handle) + ", which is not an output handle");
+        diagnostic("cmd_prt_send with handle " + hex32(handle) + ", which is not an output handle");
         return kErrBadArgument;
     }
     auto it = shell::pending().find(handle);
