@@ -13,6 +13,7 @@
 
 #include "document.hpp"
 #include "library.hpp"
+#include "schema.hpp"
 #include "qdsim/sim.h"
 #include "shell.hpp"
 
@@ -38,6 +39,7 @@ const char kUsage[] =
     "                          on one line (default: indented on a terminal only)\n"
     "  --lib PATH              the handler library (default: $QDSH_LIBQDCLI, then\n"
     "                          ../lib/libqdcli.so next to qdsh, then the build tree's)\n"
+    "  --schema json|xml       print the schema of the structured output and exit\n"
     "  -h, --help              show this text\n"
     "\n"
     "Exit status: 0 when every command succeeded, 1 when one was refused or failed\n"
@@ -52,6 +54,7 @@ struct Options {
     std::string lib;
     bool help = false;
     int pretty = -1;  // -1: on a terminal only
+    std::string schema;
 };
 
 bool parse_options(int argc, char **argv, Options &o, std::string &error) {
@@ -82,6 +85,8 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             if (!value(o.output)) return false;
         } else if (arg == "--lib") {
             if (!value(o.lib)) return false;
+        } else if (arg == "--schema") {
+            if (!value(o.schema)) return false;
         } else if (inline_value("--scenario", o.scenario) || inline_value("--output", o.output) ||
                    inline_value("--lib", o.lib)) {
         } else if (std::string c; inline_value("--command", c)) {
@@ -99,6 +104,10 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             error = "unexpected argument \"" + arg + "\" (commands go after -c)";
             return false;
         }
+    }
+    if (!o.schema.empty() && o.schema != "json" && o.schema != "xml") {
+        error = "unknown schema \"" + o.schema + "\": expected json or xml";
+        return false;
     }
     if (!o.output.empty() && o.output != "text" && o.output != "json" && o.output != "xml") {
         error = "unknown output format \"" + o.output + "\": expected text, json or xml";
@@ -254,6 +263,20 @@ int main(int argc, char **argv) {
     if (!library.open(path, error)) {
         qdsh::report_error("cannot load the handler library " + path + ": " + error);
         return kExitUsage;
+    }
+
+    if (!options.schema.empty()) {
+        using Catalogue = const qdcli_attr_info *(*)(std::size_t *);
+        const auto catalogue = reinterpret_cast<Catalogue>(library.symbol("qdcli_attr_catalogue"));
+        if (catalogue == nullptr) {
+            qdsh::report_error("the handler library " + path + " has no attribute catalogue (qdcli_attr_catalogue)");
+            return kExitUsage;
+        }
+        std::size_t count = 0;
+        const qdcli_attr_info *entries = catalogue(&count);
+        std::fputs((options.schema == "json" ? qdsh::json_schema(entries, count) : qdsh::xml_schema(entries, count)).c_str(),
+                   stdout);
+        return 0;
     }
 
     if (options.scenario.empty()) {
