@@ -325,6 +325,18 @@ private:
     }
 
   public:
+    // A report that failed after naming its slot (the host-interface
+    // report): its object gets the interface's name from the failure.
+    void name_unnamed(const std::string &name) {
+        if (interface_.empty()) return;
+        json &current = root_[interface_];
+        if (current.contains("if_name")) return;
+        json renamed = json::object();
+        renamed["if_name"] = name;
+        for (auto &[k, v] : current.items()) renamed[k] = v;
+        current = std::move(renamed);
+    }
+
     std::vector<std::string> reported_;  // interface names, in the order reported
 
   private:
@@ -466,7 +478,9 @@ Document build_document(std::string_view command, const std::vector<Segment> &se
         return walk[walked++];
     };
     auto note = [&](const std::optional<std::string> &i) {
-        if (i) builder.reported_.push_back(*i);
+        if (!i) return;
+        builder.reported_.push_back(*i);
+        builder.name_unnamed(*i);
     };
     for (const Segment &s : segments) {
         if (s.kind == Segment::Kind::printer) {
