@@ -404,7 +404,9 @@ std::string item_name(const std::string &array_name, const json &item) {
 void xml_element(std::string &out, const std::string &name, const json &v, bool pretty, int depth) {
     const std::string indent = pretty ? std::string(static_cast<std::size_t>(depth) * 2, ' ') : std::string();
     const char *nl = pretty ? "\n" : "";
-    if (v.is_object()) {
+    if ((v.is_object() || v.is_array()) && v.empty()) {
+        out += indent + "<" + name + "/>" + nl;
+    } else if (v.is_object()) {
         out += indent + "<" + name + ">" + nl;
         for (const auto &[k, child] : v.items()) xml_element(out, k, child, pretty, depth + 1);
         out += indent + "</" + name + ">" + nl;
