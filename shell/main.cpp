@@ -136,6 +136,7 @@ public:
             return false;
         }
         const qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_);
+        if (shell_.exit_requested() && outcome.ok) return true;  // "exit" has no document
         std::string out;
         switch (format) {
         case qdsh::Format::text:
