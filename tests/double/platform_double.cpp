@@ -421,7 +421,12 @@ int32_t sse_call(uint32_t op, sse_req *req) {
         return -1;
     }
     if (p.platform_type_rc != 0) return p.platform_type_rc;
-    std::memcpy(req->answer, &p.platform_type, 4);
+    std::int32_t answer = p.platform_type;
+    if (!p.platform_type_answers.empty()) {
+        answer = p.platform_type_answers.front();
+        p.platform_type_answers.pop_front();
+    }
+    std::memcpy(req->answer, &answer, 4);
     return 0;
 }
 

@@ -125,6 +125,7 @@ struct Platform {
     std::int32_t platform_type = 2;
     std::int32_t platform_type_rc = 0;
     int platform_type_queries = 0;
+    std::deque<std::int32_t> platform_type_answers;  // answered first, one per query, before platform_type
     std::uint32_t vdc = 1;
     std::int32_t card_query_rc = 0;
     std::uint16_t card_id = 0;
