@@ -147,13 +147,18 @@ bool Shell::run(std::string_view line) {
 
     std::string_view trimmed = line;
     while (!trimmed.empty() && std::isspace(static_cast<unsigned char>(trimmed.back()))) trimmed.remove_suffix(1);
-    // "?" asks for help when it is a word of its own ("show ?", "?"); glued
-    // to a word ("3?") it is part of that word and is refused or taken with
-    // it, never silently turned into help.
-    if (trimmed.back() == '?' &&
-        (trimmed.size() == 1 || std::isspace(static_cast<unsigned char>(trimmed[trimmed.size() - 2])))) {
-        trimmed.remove_suffix(1);
-        return show_help(trimmed);
+    // "?" asks for help as a word of its own ("show ?"), or glued to the
+    // start of a command word ("show wrr?" lists the words so begun). Glued
+    // to anything else ("sim set /platform/type 3?") it is part of that
+    // value, which is then refused or taken as typed, never silently turned
+    // into help.
+    if (trimmed.back() == '?') {
+        const std::string_view before = trimmed.substr(0, trimmed.size() - 1);
+        const bool own_word = before.empty() || std::isspace(static_cast<unsigned char>(before.back()));
+        bool word_start = false;
+        if (!own_word)
+            for (const Candidate &c : candidates(before)) word_start = word_start || (c.is_word && c.text != "<cr>");
+        if (own_word || word_start) return show_help(before);
     }
 
     const MatchResult m = match_line(line);
