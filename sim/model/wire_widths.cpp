@@ -60,7 +60,7 @@ bool matches(const Narrow &n, const std::vector<std::string> &tokens) {
 bool check(const std::string &root, const std::string &pointer, const Json &value, std::string &error) {
     if (value.is_object()) {
         for (auto it = value.begin(); it != value.end(); ++it)
-            if (!check(root, pointer + "/" + pointer_token(it.key()), it.value(), error)) return false;
+            if (!check(root, pointer + pointer_token(it.key()), it.value(), error)) return false;
         return true;
     }
     if (value.is_array()) {

@@ -282,7 +282,7 @@ TEST_F(PauseEventsTest, ControlBytesInAStampAreEscaped) {
     EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_pe, rc),
               kEventsHeader +
                   " 1/1             \\x1b[2J\\x1b]0;pwned\\x07    \n"
-                  " 1/2             a\\x09b\\x7f\\x80\\xff\\z        \n"
+                  " 1/2             a\\x09b\\x7f\\x80\\xff\\z       \n"
                   " 1/3             xxxxxxxxxxxxxxxxxxxxxxxxx\\x9b \n");
     EXPECT_EQ(rc, 0);
 }
