@@ -69,8 +69,9 @@ TEST_F(HostileInputTest, SetValuesMustFitTheirWireField) {
         {group + "/counters/rx_port_pkts", "5000000000",
          "5000000000 does not fit the 32-bit field that carries it (at most 4294967295)"},
         {group + "/counters/rx_port_pkts", "4294967295", ""},
-        {group + "/counters/ingress_discards16", "\"0x10000\"",
-         "65536 does not fit the 16-bit field that carries it (at most 65535)"},
+        {group + "/counters/ucast_to_xbar", "\"0x100000000\"",
+         "4294967296 does not fit the 32-bit field that carries it (at most 4294967295)"},
+        {group + "/counters/ingress_discards16", "131072", ""},  // wraps to 0 on purpose
         {group + "/counters", R"({"tx_port_pkts": 4294967296})",
          "4294967296 at " + group + "/counters/tx_port_pkts does not fit the 32-bit field that carries it (at most 4294967295)"},
         {"/interfaces/Ethernet1~11/pause/counters/events", "4294967296",
