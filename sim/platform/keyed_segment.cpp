@@ -102,7 +102,10 @@ bool KeyedSegment::join(const std::string &path, std::string &error) {
             // Made whole under another name, then linked into place: a
             // process that opens the key file never sees it half written.
             const std::string made = dir + "/.qdsim-key-" + std::to_string(getpid());
-            const int out = open(made.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+            // O_EXCL: a name planted in a shared directory (a link to
+            // someone's file) is never written through.
+            unlink(made.c_str());
+            const int out = open(made.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644);
             if (out < 0) {
                 error = why("cannot make the key file " + path);
                 return false;
