@@ -14,15 +14,20 @@ pe="show logging onboard flow-control pause-events"
 
 # Segments of process $1 still in the kernel.
 segments_of() { ipcs -m -p | awk -v pid="$1" '$3 == pid || $4 == pid' | wc -l; }
-wait_for() { for _ in $(seq 100); do eval "$1" && return 0; sleep 0.05; done; return 1; }
+wait_for() { for _ in $(seq 400); do eval "$1" && return 0; sleep 0.05; done; return 1; }
 
 # Two qdsh side by side: B runs and exits while A is alive; both list the
 # events, B leaves A's key file alone, and the last one out cleans up.
-( echo "$pe"; sleep 1.5; echo "$pe" ) | "$qdsh" >a.out 2>a.err &
+mkfifo a.in
+"$qdsh" <a.in >a.out 2>a.err &
 a=$!
+exec 4>a.in  # A runs until this is closed
+echo "$pe" >&4
 wait_for '[ -f vrid/tessikusd_intf.h ]' || fail "A published no key file"
 "$qdsh" -c "$pe" >b.out 2>b.err || fail "B failed: $(cat b.err)"
 [ -f vrid/tessikusd_intf.h ] || fail "B removed A's key file"
+echo "$pe" >&4
+exec 4>&-
 wait $a || fail "A failed: $(cat a.err)"
 [ "$(grep -c 'List of Pause Events' a.out)" = 2 ] || fail "A did not list its events twice: $(cat a.out a.err)"
 grep -q 'List of Pause Events' b.out || fail "B did not list its events"
@@ -36,8 +41,8 @@ for signal in TERM HUP INT; do
   pid=$!
   exec 3>commands
   echo "$pe" >&3
-  wait_for '[ -f vrid/tessikusd_intf.h ]' || fail "$signal: no key file published"
-  [ "$(segments_of $pid)" -ge 1 ] || fail "$signal: no segment published"
+  wait_for '[ "$(segments_of $pid)" -ge 1 ]' || fail "$signal: no segment published"
+  [ -f vrid/tessikusd_intf.h ] || fail "$signal: no key file published"
   kill -s $signal $pid
   wait $pid
   status=$?
