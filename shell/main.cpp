@@ -13,9 +13,11 @@
 
 #include "document.hpp"
 #include "library.hpp"
+#include "output_line.hpp"
 #include "schema.hpp"
 #include "qdsim/sim.h"
 #include "shell.hpp"
+#include "signals.hpp"
 
 namespace {
 
@@ -204,6 +206,19 @@ int help_key(int, int) {
     return 0;
 }
 
+// Runs one command line between the marks of a command, so that a Ctrl-C
+// while it runs cuts its output and says so.
+bool run_line(Runner &runner, const std::string &line) {
+    qdsh::begin_command();
+    const bool ok = runner.run(line);
+    qdsh::end_command();
+    if (qdsh::take_interrupt()) {
+        qdsh::report_error("interrupted: the rest of the output was dropped");
+        return false;
+    }
+    return ok;
+}
+
 std::string history_file() {
     const char *home = std::getenv("HOME");
     return home != nullptr && *home != '\0' ? std::string(home) + "/.qdsh_history" : std::string{};
@@ -212,6 +227,9 @@ std::string history_file() {
 bool interactive(qdsh::Shell &shell, Runner &runner) {
     g_shell = &shell;
     rl_readline_name = "qdsh";
+    // qdsh handles its signals itself (Ctrl-C cancels the line).
+    rl_catch_signals = 0;
+    rl_outstream = qdsh::untracked_output();
     rl_initialize();
     rl_add_defun("qdsh-help", help_key, '?');
     rl_attempted_completion_function = complete;
@@ -220,12 +238,27 @@ bool interactive(qdsh::Shell &shell, Runner &runner) {
     const std::string hist = history_file();
     if (!hist.empty()) read_history(hist.c_str());
     stifle_history(1000);
-    while (char *raw = readline("qdsh# ")) {
+    for (;;) {
+        qdsh::take_interrupt();
+        char *raw = readline("qdsh# ");
+        if (qdsh::termination_signal() != 0) {
+            std::free(raw);
+            break;
+        }
+        if (raw == nullptr) {
+            // Ctrl-C at the prompt cancels the line; the end of input ends qdsh.
+            if (qdsh::take_interrupt()) {
+                std::fputc('\n', stdout);
+                std::fflush(stdout);
+                continue;
+            }
+            break;
+        }
         const std::string line(raw);
         std::free(raw);
         if (line.find_first_not_of(" \t") != std::string::npos) add_history(line.c_str());
-        runner.run(line);
-        if (shell.exit_requested()) break;
+        run_line(runner, line);
+        if (shell.exit_requested() || qdsh::termination_signal() != 0) break;
     }
     if (!hist.empty()) write_history(hist.c_str());
     return true;
@@ -235,8 +268,8 @@ bool script(qdsh::Shell &shell, Runner &runner) {
     bool ok = true;
     std::string line;
     while (std::getline(std::cin, line)) {
-        ok = runner.run(line) && ok;
-        if (shell.exit_requested()) break;
+        ok = run_line(runner, line) && ok;
+        if (shell.exit_requested() || qdsh::termination_signal() != 0) break;
     }
     return ok;
 }
@@ -244,6 +277,7 @@ bool script(qdsh::Shell &shell, Runner &runner) {
 }  // namespace
 
 int main(int argc, char **argv) {
+    qdsh::track_output_line();
     Options options;
     std::string error;
     if (!parse_options(argc, argv, options, error)) {
@@ -308,11 +342,12 @@ int main(int argc, char **argv) {
         return shell.run(line) ? 0 : 1;
     });
 
+    qdsh::install_signal_handlers(from_terminal);
     bool ok = true;
     if (!options.commands.empty()) {
         for (const std::string &command : options.commands) {
-            ok = runner.run(command) && ok;
-            if (shell.exit_requested()) break;
+            ok = run_line(runner, command) && ok;
+            if (shell.exit_requested() || qdsh::termination_signal() != 0) break;
         }
     } else if (from_terminal) {
         interactive(shell, runner);
@@ -320,8 +355,9 @@ int main(int argc, char **argv) {
         ok = script(shell, runner);
     }
     runner.finish();
-    std::fflush(stdout);
+    qdsh::end_output_line();
     qdsim::set_command_runner(nullptr);
     qdsim::shutdown();
+    if (qdsh::termination_signal() != 0) qdsh::end_by_signal();
     return ok ? 0 : kExitFailed;
 }

@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "iflist.hpp"
+#include "output_line.hpp"
 #include "qdcli/platform.h"
 #include "qdcli/wire.h"
 #include "qdsim/sim.h"
@@ -55,7 +56,7 @@ struct Invocation {
     std::deque<std::uint8_t> bytes;
     std::vector<qdsim::Attribute> attributes;
     std::uint32_t if_index = 0;  // the interface handed to a three-argument handler
-    std::array<char, 32> if_name{};
+    std::string if_name;         // its canonical name, whole
 
     bool add(std::uint32_t param_type, std::uint32_t param_id, void *value) {
         if (pinfo.argc == 255) return false;
@@ -127,8 +128,22 @@ void set_error_listener(std::function<void(const std::string &)> listener) { g_e
 
 void report_error(const std::string &message) {
     if (g_error_listener) g_error_listener(message);
-    std::fflush(stdout);
-    std::fprintf(stderr, "qdsh: %s\n", message.c_str());
+    end_output_line();
+    // Written whole, whatever it holds: a NUL from piped input does not cut
+    // it short, and the control bytes of a line echoed back cannot drive the
+    // terminal (shown as \xNN). A % is text.
+    std::string text = "qdsh: ";
+    for (const char c : message) {
+        const auto byte = static_cast<unsigned char>(c);
+        if ((byte < 0x20 && c != '\n' && c != '\t') || byte == 0x7f) {
+            static constexpr char kHex[] = "0123456789abcdef";
+            text += {'\\', 'x', kHex[byte >> 4], kHex[byte & 0xf]};
+        } else {
+            text += c;
+        }
+    }
+    text += '\n';
+    std::fwrite(text.data(), 1, text.size(), stderr);
     std::fflush(stderr);
 }
 
@@ -139,9 +154,18 @@ bool Shell::run(std::string_view line) {
 
     std::string_view trimmed = line;
     while (!trimmed.empty() && std::isspace(static_cast<unsigned char>(trimmed.back()))) trimmed.remove_suffix(1);
+    // "?" asks for help as a word of its own ("show ?"), or glued to the
+    // start of a command word ("show wrr?" lists the words so begun). Glued
+    // to anything else ("sim set /platform/type 3?") it is part of that
+    // value, which is then refused or taken as typed, never silently turned
+    // into help.
     if (trimmed.back() == '?') {
-        trimmed.remove_suffix(1);
-        return show_help(trimmed);
+        const std::string_view before = trimmed.substr(0, trimmed.size() - 1);
+        const bool own_word = before.empty() || std::isspace(static_cast<unsigned char>(before.back()));
+        bool word_start = false;
+        if (!own_word)
+            for (const Candidate &c : candidates(before)) word_start = word_start || (c.is_word && c.text != "<cr>");
+        if (own_word || word_start) return show_help(before);
     }
 
     const MatchResult m = match_line(line);
@@ -244,7 +268,7 @@ bool Shell::call_handler(const Match &match) {
             const std::uint32_t index = r.interfaces[0].if_index;
             if (c.call == Call::pinfo_if_name) {
                 inv->if_index = index;
-                std::snprintf(inv->if_name.data(), inv->if_name.size(), "%s", canonical_name(index).c_str());
+                inv->if_name = canonical_name(index);
             } else {
                 room = room && inv->add_word(1, PARAM_ID_IF_INDEX, index);
             }
@@ -292,7 +316,7 @@ bool Shell::call_handler(const Match &match) {
         status = reinterpret_cast<PinfoHandler>(symbol)(&inv->pinfo);
         break;
     case Call::pinfo_if_name:
-        status = reinterpret_cast<IfNameHandler>(symbol)(&inv->pinfo, inv->if_index, inv->if_name.data());
+        status = reinterpret_cast<IfNameHandler>(symbol)(&inv->pinfo, inv->if_index, inv->if_name.c_str());
         break;
     case Call::stream: {
         cmd_rsp rsp{};
@@ -307,7 +331,9 @@ bool Shell::call_handler(const Match &match) {
         break;
     }
     qdsim::close_command(handle);
-    std::fflush(stdout);
+    // The library's messages carry no newline of their own (a switch's
+    // prompt follows them): the next output starts on a line of its own.
+    end_output_line();
 
     const bool ok = c.success == Success::stream_end ? (status == -1 || status == 0) : status == 0;
     if (!ok) report_error(in_quotes(c.pattern) + " failed with status " + status_text(status));
@@ -449,7 +475,17 @@ bool Shell::sim_set(const Match &match) {
         report_error("sim set " + pointer + ": " + error);
         return false;
     }
+    warn_platform_type_kept();
     return true;
+}
+
+void Shell::warn_platform_type_kept() const {
+    const std::int32_t told = qdsim::platform_type_told();
+    const std::int32_t now = qdsim::platform_type();
+    if (told == 0 || told == now) return;
+    report_error("note: the switch is now platform type " + std::to_string(now) + ", but " + library_.path() +
+                 " keeps platform type " + std::to_string(told) +
+                 ", which it was told first, until qdsh restarts (qdsh --scenario FILE starts with another type)");
 }
 
 bool Shell::sim_load(const Match &match) {
@@ -458,16 +494,20 @@ bool Shell::sim_load(const Match &match) {
         report_error(error.message());
         return false;
     }
+    warn_platform_type_kept();
     return true;
 }
 
 void Shell::sim_interfaces() const {
     std::string text = "Interface                 Index       Type\n";
     for (const qdsim::InterfaceInfo &i : qdsim::interfaces()) {
-        char row[160];
-        std::snprintf(row, sizeof row, "%-25s 0x%08x  %u %s%s\n", i.name.c_str(), i.if_index, i.type,
-                      type_name(i.type), i.sub_intf ? ", sub-interface" : "");
-        text += row;
+        // A name of any length: padded to 25, never cut.
+        std::string name = i.name;
+        if (name.size() < 25) name.resize(25, ' ');
+        char rest[64];
+        std::snprintf(rest, sizeof rest, " 0x%08x  %u %s%s\n", i.if_index, i.type, type_name(i.type),
+                      i.sub_intf ? ", sub-interface" : "");
+        text += name + rest;
     }
     out(text);
     std::fflush(stdout);

@@ -37,6 +37,7 @@ private:
     bool sim_set(const Match &match);
     bool sim_load(const Match &match);
     void sim_interfaces() const;
+    void warn_platform_type_kept() const;
     std::string queue_limit_help() const;
 
     const Library &library_;

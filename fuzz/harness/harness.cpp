@@ -1,3 +1,4 @@
+#include <algorithm>
 #include "harness/harness.hpp"
 
 #include <fcntl.h>
@@ -120,6 +121,41 @@ void Session::stream(Input &in, std::int64_t reply_id) {
 cmd_paraminfo *Session::command(std::uint32_t cmd_id) {
     command_.id(cmd_id);
     return command_.info();
+}
+
+void Session::enum_passes(Input &in, std::size_t limit, const std::vector<std::uint32_t> &pool) {
+    for (std::size_t pass = 0; pass < limit && in.remaining() >= 7; ++pass) {
+        qdtest::EnumPass p;
+        p.rc = static_cast<std::int8_t>(in.u8());
+        p.status = static_cast<std::int8_t>(in.u8());
+        const auto count = static_cast<std::int32_t>(in.le32());
+        std::size_t n = in.u8();
+        if (n == 255) {
+            // A null array, whatever the count says.
+            p.indexes = std::nullopt;
+            p.raw_count = count;
+        } else {
+            std::vector<std::uint32_t> indexes;
+            while (n-- > 0 && in.remaining() >= 4) {
+                const std::uint32_t v = in.le32();
+                indexes.push_back(v < 8 && v < pool.size() ? pool[v] : v);
+            }
+            // A negative count is handed back as it is; a positive one never
+            // exceeds the array (the array holds "that many" by contract).
+            p.raw_count = count < 0 ? count : std::min<std::int32_t>(count, static_cast<std::int32_t>(indexes.size()));
+            p.indexes = std::move(indexes);
+        }
+        pf().enum_passes.push_back(std::move(p));
+    }
+}
+
+Bytes enum_pass_bytes(std::int8_t rc, std::int8_t status, std::int32_t count, const std::vector<std::uint32_t> &indexes) {
+    Bytes b = {static_cast<std::uint8_t>(rc), static_cast<std::uint8_t>(status)};
+    for (int i = 0; i < 4; ++i) b.push_back(static_cast<std::uint8_t>(static_cast<std::uint32_t>(count) >> (8 * i)));
+    b.push_back(static_cast<std::uint8_t>(indexes.size()));
+    for (std::uint32_t v : indexes)
+        for (int i = 0; i < 4; ++i) b.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
+    return b;
 }
 
 void Session::check() {

@@ -95,6 +95,18 @@ public:
 
     // The shell's parameter-info record of the command (MTS handle 0x77).
     cmd_paraminfo *command(std::uint32_t cmd_id = 0);
+    // The command's arguments, to add to before command().
+    qdtest::Command &arguments() { return command_; }
+
+    // Scripts up to `limit` interface-enumeration passes from the input,
+    // hostile ones included: each pass is
+    //   [rc: 1, signed][status: 1, signed][count: 4, little-endian, signed]
+    //   [n: 1][n interface indexes: 4 each]
+    // A negative count is handed back as it is, a positive one cut to the
+    // array (which holds that many by contract); n = 255 hands back a null
+    // array with the count as it is. An index below 8 picks `pool[value]`,
+    // any other value is handed over raw (unknown to the platform).
+    void enum_passes(Input &in, std::size_t limit, const std::vector<std::uint32_t> &pool);
 
     // Aborts with the ledger's findings when a message was not released
     // exactly once or was used after its release.
@@ -103,6 +115,9 @@ public:
 private:
     qdtest::Command command_;
 };
+
+// One enumeration pass in the layout Session::enum_passes reads.
+Bytes enum_pass_bytes(std::int8_t rc, std::int8_t status, std::int32_t count, const std::vector<std::uint32_t> &indexes);
 
 // Builds framed inputs for seed corpora.
 class Frames {

@@ -1,9 +1,12 @@
 // Control of the switch's model for hosts: loading scenarios, the list of
 // interfaces, and reading and changing the state document.
 #include <memory>
+#include <new>
 
 #include "core/lock.hpp"
+#include "model/json_input.hpp"
 #include "model/scenario.hpp"
+#include "model/wire_widths.hpp"
 #include "qdsim/sim.h"
 
 namespace qdsim {
@@ -17,18 +20,29 @@ bool load(bool read_ok, const ScenarioSource &source, ScenarioError &error) {
     return true;
 }
 
+// A scenario too big for the memory left is refused like any other: the
+// running switch stays.
+template <typename Read>
+bool load_guarded(const std::string &origin, ScenarioError &error, Read read) {
+    try {
+        ScenarioSource source;
+        return load(read(source), source, error);
+    } catch (const std::bad_alloc &) {
+        error = {origin, 0, 0, "does not fit in memory"};
+        return false;
+    }
+}
+
 }  // namespace
 
 bool load_scenario_file(const std::string &path, ScenarioError &error) {
     SwitchLock lock(switch_mutex());
-    ScenarioSource source;
-    return load(read_scenario_file(path, source, error), source, error);
+    return load_guarded(path, error, [&](ScenarioSource &source) { return read_scenario_file(path, source, error); });
 }
 
 bool load_scenario_text(const std::string &text, const std::string &name, ScenarioError &error) {
     SwitchLock lock(switch_mutex());
-    ScenarioSource source;
-    return load(read_scenario_text(text, name, source, error), source, error);
+    return load_guarded(name, error, [&](ScenarioSource &source) { return read_scenario_text(text, name, source, error); });
 }
 
 void load_default_scenario() {
@@ -86,12 +100,11 @@ bool get_state_value(const std::string &path, std::string &value, std::string &e
 bool set_state_value(const std::string &path, const std::string &value, std::string &error) {
     SwitchLock lock(switch_mutex());
     Json parsed;
-    try {
-        parsed = Json::parse(value);
-    } catch (const Json::parse_error &e) {
-        error = "the value is not JSON: " + std::string(e.what());
+    if (!parse_json_value(value, parsed, error)) {
+        error = "the value " + error;
         return false;
     }
+    if (!check_wire_widths(path, parsed, error)) return false;
     ScenarioSource source{current_model().state(), {}, "state"};
     try {
         const Json::json_pointer pointer(path);

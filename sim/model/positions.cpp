@@ -1,5 +1,7 @@
 #include "model/positions.hpp"
 
+#include "model/json_input.hpp"
+
 #include <iterator>
 #include <regex>
 #include <vector>
@@ -36,7 +38,7 @@ struct CountingIterator {
 
 class Recorder {
 public:
-    static constexpr std::size_t kMaxDepth = 64;
+    static constexpr std::size_t kMaxDepth = kMaxJsonDepth;
 
     Recorder(std::string_view text, const std::string &file, std::size_t &consumed, PositionMap &positions)
         : text_(text), file_(file), consumed_(consumed), positions_(positions) {

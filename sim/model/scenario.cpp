@@ -11,6 +11,7 @@
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
 #include "model/embedded.hpp"
+#include "model/json_input.hpp"
 #include "model/merge.hpp"
 #include "model/sections.hpp"
 
@@ -236,12 +237,15 @@ private:
                 const std::size_t dash = s.find('-');
                 const std::string a = s.substr(0, dash), b = dash == std::string::npos ? a : s.substr(dash + 1);
                 auto digits = [](const std::string &t) {
-                    return !t.empty() && t.size() <= 4 &&
+                    return !t.empty() &&
                            std::all_of(t.begin(), t.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)); });
                 };
                 if (!digits(a) || !digits(b)) fail(p, "port range \"" + s + "\" is not N or N-M");
-                first = std::stoul(a);
-                last = std::stoul(b);
+                // A number of any length is a number: one too long to read is
+                // merely out of bounds, and told so below.
+                auto number = [](const std::string &t) -> std::uint64_t { return t.size() > 9 ? UINT64_MAX : std::stoull(t); };
+                first = number(a);
+                last = number(b);
                 if (first < 1 || last > 256 || first > last)
                     fail(p, "port range \"" + s + "\" is not within 1-256 in ascending order");
             } else {
@@ -975,16 +979,15 @@ bool read_text(const std::string &text, const std::string &name, ScenarioSource 
                const std::string &base_dir, unsigned depth);
 
 bool read_file(const std::string &path, ScenarioSource &out, ScenarioError &error, unsigned depth) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        error = {path, 0, 0, "cannot be read"};
+    std::string text;
+    std::string reason;
+    if (!read_json_file(path, text, reason)) {
+        error = {path, 0, 0, reason};
         return false;
     }
-    std::ostringstream text;
-    text << in.rdbuf();
     const std::size_t slash = path.rfind('/');
     const std::string dir = slash == std::string::npos ? "." : path.substr(0, slash);
-    return read_text(text.str(), path, out, error, dir, depth);
+    return read_text(text, path, out, error, dir, depth);
 }
 
 bool read_default(ScenarioSource &out, ScenarioError &error) {

@@ -29,6 +29,7 @@
 
 #include "core/diagnostics.hpp"
 #include "model/sections.hpp"
+#include "core/session.hpp"
 #include "platform/keyed_segment.hpp"
 #include "platform/pause.hpp"
 #include "platform/services.hpp"
@@ -65,6 +66,10 @@ KeyedSegment &log_segment() {
     }();
     return *segment;
 }
+
+// The reader has read the segment by the time its command ends: other
+// processes sharing the key may publish again.
+const CommandEndRegistrar release_log_segment{[](std::uint32_t) { log_segment().end_use(); }};
 
 std::vector<PauseEvent> logged_events(const Model &model) {
     std::vector<PauseEvent> events = pause_events(model);

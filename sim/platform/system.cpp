@@ -1,4 +1,5 @@
 // System services: platform type, onboard services, VDC, card identifiers.
+#include <atomic>
 #include <cstring>
 #include <map>
 
@@ -35,7 +36,23 @@ bool unregister_sse2_service(std::uint32_t operation) {
     return sse2_services().erase(operation) != 0;
 }
 
+std::atomic<std::int32_t> &first_type_told() {
+    static std::atomic<std::int32_t> told{0};
+    return told;
+}
+
 }  // namespace qdsim::platform
+
+namespace qdsim {
+
+std::int32_t platform_type() {
+    SwitchLock lock(switch_mutex());
+    return current_model().platform_type();
+}
+
+std::int32_t platform_type_told() { return platform::first_type_told().load(); }
+
+}  // namespace qdsim
 
 using namespace qdsim;
 
@@ -50,6 +67,8 @@ std::int32_t sse_call(std::uint32_t op, sse_req *req) {
     if (req == nullptr || req->answer == nullptr || req->length < sizeof(std::int32_t)) return kErrBadArgument;
     const std::int32_t type = model.platform_type();
     std::memcpy(req->answer, &type, sizeof type);
+    std::int32_t none = 0;
+    if (type != 0) platform::first_type_told().compare_exchange_strong(none, type);
     return 0;
 }
 

@@ -46,22 +46,45 @@ struct pause_event_query {
 };
 static_assert(sizeof(pause_event_query) == 8);
 
+// The segment is writable by every local user, so its text is not trusted
+// to be harmless to a terminal: a byte outside printable ASCII (controls,
+// DEL, and every byte from 0x80, which includes the C1 controls) is shown
+// as \xNN. Printable text is kept byte for byte. `out` holds 4 bytes per
+// input byte plus the NUL.
+void escape_segment_text(const char *text, std::size_t length, char *out) {
+    static constexpr char kHex[] = "0123456789abcdef";
+    for (std::size_t i = 0; i < length; ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (byte >= 0x20 && byte < 0x7f) {
+            *out++ = static_cast<char>(byte);
+        } else {
+            *out++ = '\\';
+            *out++ = 'x';
+            *out++ = kHex[byte >> 4];
+            *out++ = kHex[byte & 0xf];
+        }
+    }
+    *out = '\0';
+}
+
 void print_event(const std::uint8_t *record) {
     // The time stamp is read within its own field: at most 26 characters, up
     // to its NUL when it has one in reach, so an unterminated field is never
-    // read beyond.
-    char stamp[kStampShown + 1] = {};
+    // read beyond. Escaping may make it longer than 26: it is then printed
+    // whole, so that an escape is never cut in half; shorter text is padded
+    // to 26 as before.
+    char stamp[4 * kStampShown + 1] = {};
     const auto *field = reinterpret_cast<const char *>(record + kStampOffset);
     std::size_t length = 0;
     while (length < kStampShown && field[length] != '\0') ++length;
-    std::memcpy(stamp, field, length);
+    escape_segment_text(field, length, stamp);
 
     std::uint32_t port = 0;
     std::memcpy(&port, record + kPortOffset, sizeof port);
     const std::uint8_t module = record[kModuleOffset];
 
     // Module and port are stored counted from 0 and shown counted from 1.
-    std::printf(" %d/%d             %-26.26s \n", module + 1, static_cast<int>(port + 1u), stamp);
+    std::printf(" %d/%d             %-26s \n", module + 1, static_cast<int>(port + 1u), stamp);
 }
 
 // Number of whole records that may be read from the attached segment: the

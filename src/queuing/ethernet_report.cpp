@@ -94,6 +94,13 @@ void print_receive_section(Printer &out, const QueuingReply &reply, bool per_asi
         out.flush();
     }
     if (!per_asic_mcast) {
+        if (!reply.has_mcast_total()) {
+            // Only when the first platform-type answer was 3 and the second
+            // is not: the total was not required and did not arrive.
+            out.formatted(kMessageBuffer, "Truncated queuing reply: %zu of %zu bytes\n", reply.length(),
+                          kMcastTotalOffset + 4);
+            return;
+        }
         out.line("  Total Multicast crossbar statistics:\n");
         out.line("    Mcast pkts received from the cross-bar\t: %s\n",
                  u32(attr::kMcastFromXbarTotal, reply.mcast_total()));
@@ -133,11 +140,12 @@ std::int32_t show_queuing_if(cmd_paraminfo *pinfo, std::uint32_t if_index, const
         return 1;
     }
 
-    // The platform type is asked once per report, so that the transmit and
-    // the receive sections agree on which multicast statistics they show
-    // even when the query fails and is not cached.
-    const bool per_asic_mcast = qd_cli_platform_type_get() == kPlatformPerAsicMcast;
-    const QueuingReply decoded = decode_queuing_reply(payload, !per_asic_mcast);
+    // Each of the two sections asks the platform type for itself (the answer
+    // is cached once known). The first answer decides what the reply must
+    // hold; should the second differ (the first query failed, or answered 0,
+    // which is not cached), the receive section follows the second.
+    const bool tx_per_asic_mcast = qd_cli_platform_type_get() == kPlatformPerAsicMcast;
+    const QueuingReply decoded = decode_queuing_reply(payload, !tx_per_asic_mcast);
     if (!decoded.complete()) {
         // Nothing of a damaged reply is printed.
         out.formatted(kMessageBuffer, "Truncated queuing reply: %zu of %zu bytes\n", decoded.length(),
@@ -146,8 +154,8 @@ std::int32_t show_queuing_if(cmd_paraminfo *pinfo, std::uint32_t if_index, const
         return 0;
     }
 
-    print_transmit_section(out, if_name, decoded, per_asic_mcast);
-    print_receive_section(out, decoded, per_asic_mcast);
+    print_transmit_section(out, if_name, decoded, tx_per_asic_mcast);
+    print_receive_section(out, decoded, qd_cli_platform_type_get() == kPlatformPerAsicMcast);
 
     if (single_interface && decoded.header().vaq_port == 1) {
         print_vaq_block(out, decoded.header());

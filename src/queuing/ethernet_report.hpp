@@ -66,8 +66,10 @@ public:
     const Header &header() const { return header_; }
     // Record i, 0 <= i < header().group_count.
     QosGroup group(unsigned i) const;
-    // The first record's mcast_from_xbar (decoded only when asked for).
+    // The first record's mcast_from_xbar, when the payload holds it
+    // (always when the decode was asked for it and is complete).
     std::uint32_t mcast_total() const { return mcast_total_; }
+    bool has_mcast_total() const { return has_mcast_total_; }
 
 private:
     friend QueuingReply decode_queuing_reply(const PayloadReader &payload, bool with_mcast_total);
@@ -76,6 +78,7 @@ private:
     std::size_t needed_ = kHeaderSize;
     Header header_;
     std::uint32_t mcast_total_ = 0;
+    bool has_mcast_total_ = false;
 };
 
 // True when the reply's status word says the daemon keeps no queuing report

@@ -75,7 +75,12 @@ QueuingReply decode_queuing_reply(const PayloadReader &payload, bool with_mcast_
     reply.needed_ = needed;
     if (!payload.covers(0, needed)) return reply;
 
-    if (with_mcast_total) reply.mcast_total_ = payload.be32(kMcastTotalOffset);
+    // The total is read whenever it arrived, asked for or not: the receive
+    // section asks the platform type again and may still want it.
+    if (payload.covers(kMcastTotalOffset, 4)) {
+        reply.mcast_total_ = payload.be32(kMcastTotalOffset);
+        reply.has_mcast_total_ = true;
+    }
     reply.complete_ = true;
     return reply;
 }

@@ -226,6 +226,13 @@ using qdtest::state;
 // ---------------------------------------------------------------------------
 // The platform operations.
 // ---------------------------------------------------------------------------
+namespace qdtest {
+std::function<void(std::size_t, Reply &)> &reply_override() {
+    static std::function<void(std::size_t, Reply &)> hook;
+    return hook;
+}
+}  // namespace qdtest
+
 extern "C" {
 
 int32_t mts_send(uint32_t handle, uint32_t node, uint32_t sap, uint32_t opcode, const void *payload,
@@ -246,6 +253,8 @@ int32_t mts_send(uint32_t handle, uint32_t node, uint32_t sap, uint32_t opcode, 
         s.errors.push_back("mts_send with no scripted reply");
         return -99;
     }
+    s.platform.taken.push_back(s.platform.replies.front());
+    if (qdtest::reply_override()) qdtest::reply_override()(s.platform.taken.size() - 1, s.platform.replies.front());
     if (s.platform.replies.front().send_error != 0) {
         const std::int32_t code = s.platform.replies.front().send_error;
         s.platform.replies.pop_front();
@@ -421,7 +430,12 @@ int32_t sse_call(uint32_t op, sse_req *req) {
         return -1;
     }
     if (p.platform_type_rc != 0) return p.platform_type_rc;
-    std::memcpy(req->answer, &p.platform_type, 4);
+    std::int32_t answer = p.platform_type;
+    if (!p.platform_type_answers.empty()) {
+        answer = p.platform_type_answers.front();
+        p.platform_type_answers.pop_front();
+    }
+    std::memcpy(req->answer, &answer, 4);
     return 0;
 }
 

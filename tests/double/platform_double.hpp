@@ -106,6 +106,7 @@ struct Platform {
     // --- transport ---
     std::deque<Reply> replies;
     std::vector<SentRequest> sent;
+    std::vector<Reply> taken;  // each scripted reply as mts_send took it, before any override
     std::vector<DebugDump> debug_dumps;
     std::map<std::int32_t, std::string> error_texts;  // syserr2str; default "error <code>"
 
@@ -125,6 +126,7 @@ struct Platform {
     std::int32_t platform_type = 2;
     std::int32_t platform_type_rc = 0;
     int platform_type_queries = 0;
+    std::deque<std::int32_t> platform_type_answers;  // answered first, one per query, before platform_type
     std::uint32_t vdc = 1;
     std::int32_t card_query_rc = 0;
     std::uint16_t card_id = 0;
@@ -157,6 +159,9 @@ struct Platform {
 };
 
 Platform &platform();
+// Changes the reply of exchange `index` (counted from 0 in a run) as
+// mts_send takes it; kept across reset(). The fault matrix sets it.
+std::function<void(std::size_t index, Reply &reply)> &reply_override();
 // Clears all scripted state and the message ledger.
 void reset();
 // Messages still held, double drops, sent messages not dropped before the

@@ -237,6 +237,33 @@ TEST_F(PauseLogTest, AtExitOnlyTheProcessThatMadeASegmentRemovesIt) {
     EXPECT_TRUE(exists(PAUSE_LOG_FTOK_PATH));
 }
 
+TEST_F(PauseLogTest, TwoSwitchesInOneDirectoryShareTheKeyAndTheLastCleansUp) {
+    std::string out;
+    ASSERT_EQ(events(out), 0);
+    qdsim::close_command(qdsim::open_command());  // the command ends: the other may publish
+    const pid_t child = fork();
+    if (child == 0) {
+        // A second switch in the same directory: it publishes its own log
+        // (one event), shuts down while the first still runs, and must leave
+        // the first one's key file in place.
+        qdsim::ScenarioError e;
+        int rc = freopen("/dev/null", "w", stdout) != nullptr &&
+                         qdsim::load_scenario_text(R"({"ethernet": [{"slot": 1, "ports": 1}],
+                             "interfaces": {"Ethernet1/1": {"pause": {"events": [{"time": "child"}]}}}})", "c.json", e)
+                     ? qd_cli_show_logging_onboard_flow_control_pe()
+                     : 9;
+        qdsim::shutdown();
+        _exit(rc == 0 ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_TRUE(exists(PAUSE_LOG_FTOK_PATH)) << "the second switch took the first one's key file";
+    ASSERT_EQ(events(out), 0);
+    EXPECT_TRUE(out.ends_with(" 1/1             2026-11-23 08:14:02.318734 \n")) << out;
+    EXPECT_EQ(segment_size(), 11u * PAUSE_EVENT_REC_SIZE);
+}
+
 TEST_F(PauseLogTest, FailuresWithAndWithoutEventsAndMalformedQueries) {
     load(R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "sse", "operation": 1128, "kind": "failure"}],
              "interfaces": {"Ethernet1/1": {"pause": {"events": [{"time": "t"}]}}}})");

@@ -163,6 +163,19 @@ TEST_F(EthReportTest, PlatformTypeThreeShowsTailDropsInsteadOfTheCrossbarTotal) 
     EXPECT_EQ(printed_args()[7], (Args::value_type{0x15ff003e, 8}));
 }
 
+TEST_F(EthReportTest, EachSectionAsksThePlatformTypeItself) {
+    // A first answer of 0 is not cached: the receive section asks again and
+    // follows its own answer (3: no cross-bar total).
+    qdtest::reset();
+    qdcli::platform_type_cache_reset();
+    pf().platform_type_answers = {0, 3};
+    pf().replies.push_back(Reply::bytes(two_group_reply()));
+    command.id(0);
+    EXPECT_EQ(qd_cli_show_queuing_if(command.info(), kIf, "Ethernet1/1"), 0);
+    EXPECT_EQ(pf().platform_type_queries, 2);
+    EXPECT_EQ(pf().printed, kTwoGroupTx + kTwoGroupRx);
+}
+
 TEST_F(EthReportTest, GroupCountUsesItsLowEightBits) {
     const std::string head =
         "Ethernet1/1 queuing information:\n  TX Queuing\n    qos-group  sched-type  oper-bandwidth\n";

@@ -270,6 +270,23 @@ TEST_F(PauseEventsTest, ListsEveryEventWithItsStampCutOrPaddedTo26) {
     EXPECT_EQ(place.attached(), 0);
 }
 
+TEST_F(PauseEventsTest, ControlBytesInAStampAreEscaped) {
+    // Anyone may write the segment: terminal controls print as \xNN, within
+    // the 26 characters taken; printable text stays as it is.
+    ASSERT_TRUE(place.create_segment(3));
+    place.put_record(0, "\x1b[2J\x1b]0;pwned\x07", 0, 0);
+    place.put_record(1, std::string("a\tb\x7f\x80\xff\\z"), 1, 0);
+    place.put_record(2, std::string(25, 'x') + "\x9b" + "hidden", 2, 0);  // the 26th is escaped, the rest cut
+    answer(3);
+    std::int32_t rc = 1;
+    EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_pe, rc),
+              kEventsHeader +
+                  " 1/1             \\x1b[2J\\x1b]0;pwned\\x07    \n"
+                  " 1/2             a\\x09b\\x7f\\x80\\xff\\z       \n"
+                  " 1/3             xxxxxxxxxxxxxxxxxxxxxxxxx\\x9b \n");
+    EXPECT_EQ(rc, 0);
+}
+
 TEST_F(PauseEventsTest, NoEventOrANegativeCountPrintsOnlyTheHeader) {
     ASSERT_TRUE(place.create_segment(1));
     place.put_record(0, "must not show", 1, 1);

@@ -129,4 +129,12 @@ void attach_stream(cmd_rsp *rsp, std::vector<Attribute> attributes, std::uint32_
 // know to this. Returns the command's status (non-zero when unknown).
 int run_platform_command(const std::string &line);
 
+// The platform type of the current model, and the first non-zero type the
+// platform-type query answered in this process (0 before any). A handler
+// library caches the first non-zero answer for its lifetime, so a host that
+// changes the type after it was told should say that the library keeps the
+// old one.
+std::int32_t platform_type();
+std::int32_t platform_type_told();
+
 }  // namespace qdsim

@@ -1,0 +1,102 @@
+// Hostile input to the simulator: files that are not scenarios, nesting
+// deep enough to exhaust a stack, values wider than their field on the wire,
+// ranges out of bounds. Each is refused with a message naming the fault, and
+// the running switch is kept.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "model/json_input.hpp"
+#include "sim_fixture.hpp"
+
+namespace simtest {
+namespace {
+
+class HostileInputTest : public SimTest {
+protected:
+    std::string dir_ = ::testing::TempDir();
+};
+
+TEST_F(HostileInputTest, OnlyRegularFilesOfBoundedSizeAreRead) {
+    const std::string fifo = dir_ + "qdsim_hostile_fifo";
+    const std::string big = dir_ + "qdsim_hostile_big.json";
+    const std::string extends_zero = dir_ + "qdsim_hostile_extends.json";
+    unlink(fifo.c_str());
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    {
+        std::ofstream(big) << "{}";
+        ASSERT_EQ(truncate(big.c_str(), static_cast<off_t>(qdsim::kMaxScenarioBytes) + 1), 0);  // sparse
+        std::ofstream(extends_zero) << R"({"extends": "/dev/zero"})";
+    }
+    const std::pair<std::string, std::string> cases[] = {
+        {"/dev/zero", "is not a regular file"},
+        {fifo, "is not a regular file"},  // would block forever if opened for reading plainly
+        {"/tmp", "is a directory"},
+        {big, "is larger than 64 MiB"},
+        {extends_zero, "/dev/zero: is not a regular file"},
+    };
+    for (const auto &[path, reason] : cases) {
+        qdsim::ScenarioError e;
+        EXPECT_FALSE(qdsim::load_scenario_file(path, e)) << path;
+        EXPECT_NE(e.message().find(reason), std::string::npos) << e.message();
+        EXPECT_EQ(qdsim::interfaces().size(), 192u) << "the running switch is kept";
+    }
+    unlink(fifo.c_str());
+    unlink(big.c_str());
+    unlink(extends_zero.c_str());
+}
+
+TEST_F(HostileInputTest, SetValuesNestAtMost64Levels) {
+    std::string error;
+    // 200,000 levels once crashed the copy into the state.
+    const std::string deep = std::string(200000, '[') + std::string(200000, ']');
+    EXPECT_FALSE(qdsim::set_state_value("/rates", deep, error));
+    EXPECT_EQ(error, "the value nests deeper than 64 levels (at byte 65)");
+    // Brackets inside strings are text, however many.
+    std::size_t at = 0;
+    EXPECT_TRUE(qdsim::check_json_depth(R"(["\"[[[[)" + std::string(100, '[') + R"(", {"a": [[1]]}])", error, at));
+    EXPECT_TRUE(qdsim::check_json_depth(std::string(64, '[') + std::string(64, ']'), error, at));
+    EXPECT_FALSE(qdsim::check_json_depth("{\"a\":" + std::string(64, '['), error, at));
+    EXPECT_EQ(at, 68u);
+}
+
+TEST_F(HostileInputTest, SetValuesMustFitTheirWireField) {
+    const std::string group = "/interfaces/Ethernet1~11/queuing/qos_groups/0";
+    const struct {
+        std::string pointer, value, error;  // error empty: accepted
+    } cases[] = {
+        {group + "/counters/rx_port_pkts", "5000000000",
+         "5000000000 does not fit the 32-bit field that carries it (at most 4294967295)"},
+        {group + "/counters/rx_port_pkts", "4294967295", ""},
+        {group + "/counters/ucast_to_xbar", "\"0x100000000\"",
+         "4294967296 does not fit the 32-bit field that carries it (at most 4294967295)"},
+        {group + "/counters/ingress_discards16", "131072", ""},  // wraps to 0 on purpose
+        {group + "/counters", R"({"tx_port_pkts": 4294967296})",
+         "4294967296 at " + group + "/counters/tx_port_pkts does not fit the 32-bit field that carries it (at most 4294967295)"},
+        {"/interfaces/Ethernet1~11/pause/counters/events", "4294967296",
+         "4294967296 does not fit the 32-bit field that carries it (at most 4294967295)"},
+        {"/interfaces/Ethernet1~11/queuing/counters/mcast_tail_drops", "5000000000", ""},  // a 64-bit counter
+    };
+    for (const auto &c : cases) {
+        std::string error;
+        EXPECT_EQ(qdsim::set_state_value(c.pointer, c.value, error), c.error.empty()) << c.pointer << ": " << error;
+        EXPECT_EQ(error, c.error) << c.pointer;
+    }
+}
+
+TEST_F(HostileInputTest, PortRangesOutOfBoundsAreToldSo) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"1-100000", "is not within 1-256 in ascending order"},
+        {"1-99999999999999999999", "is not within 1-256 in ascending order"},
+        {"1-x", "is not N or N-M"},
+    };
+    for (const auto &[ports, reason] : cases) {
+        qdsim::ScenarioError e;
+        EXPECT_FALSE(qdsim::load_scenario_text(R"({"ethernet": [{"slot": 1, "ports": ")" + ports + "\"}]}", "r.json", e));
+        EXPECT_NE(e.reason.find("port range \"" + ports + "\" " + reason), std::string::npos) << e.message();
+    }
+}
+
+}  // namespace
+}  // namespace simtest
