@@ -113,7 +113,9 @@ public:
         finish_line_cards();
         build_faults();
         build_root_sections();
+        out_.erase("interfaces");  // the interfaces hold their data themselves
         model_->state_ = std::move(out_);
+        model_->ticks_ = get_u64(model_->state_, "/clock/ticks", 0);
         attach_data_pointers();
         build_rates();
         model_->reindex();
@@ -650,18 +652,32 @@ private:
         }
     }
 
+    // Interfaces with the same layers (the defaults of their kind and the
+    // data of the range that declared them, nothing of their own) share one
+    // block of data: merged and checked once, stored once.
     void finish_interfaces() {
-        Json all = Json::object();
+        std::map<std::vector<const Json *>, std::shared_ptr<DataBlock>> by_layers;
+        Json declared = Json::object();
+        blocks_.reserve(ifaces_.size());
         for (PendingInterface &p : ifaces_) {
-            Json data = merged_data(p.origin);
-            check_data(data, p.scope, p.origin);
-            Json entry = {{"if_index", hex32(p.identity.if_index)}};
-            entry.update(data);
+            std::vector<const Json *> key;
+            for (const Layer &layer : p.origin.layers) key.push_back(layer.value);
             const std::string pointer = "/interfaces" + pointer_token(p.identity.name);
             state_origins_.emplace_back(pointer, &p.origin);
-            all[p.identity.name] = std::move(entry);
+            std::shared_ptr<DataBlock> &block = by_layers[key];
+            if (!block) {
+                block = std::make_shared<DataBlock>();
+                block->value = merged_data(p.origin);
+                check_data(block->value, p.scope, p.origin);
+                check_rates(block->value, pointer);
+            } else {
+                block->shared = true;
+            }
+            blocks_.push_back(block);
+            // What the top level's sections see of the interfaces: their names and indexes.
+            declared[p.identity.name] = {{"if_index", hex32(p.identity.if_index)}};
         }
-        out_["interfaces"] = std::move(all);
+        out_["interfaces"] = std::move(declared);
     }
 
     void finish_extenders() {
@@ -694,9 +710,11 @@ private:
 
     void attach_data_pointers() {
         Json &state = model_->state_;
-        for (PendingInterface &p : ifaces_) {
-            Interface identity = p.identity;
-            identity.data = &state["interfaces"][identity.name];
+        model_->interfaces_.reserve(ifaces_.size());
+        for (std::size_t n = 0; n < ifaces_.size(); ++n) {
+            Interface identity = ifaces_[n].identity;
+            blocks_[n]->as_of = model_->ticks_;
+            identity.data = DataRef(blocks_[n], &model_->ticks_);
             model_->interfaces_.push_back(std::move(identity));
         }
         for (std::size_t i = 0; i < extenders_.size(); ++i) {
@@ -880,9 +898,15 @@ private:
 
     // ---- Rates ----
 
-    void build_rates() { collect_rates(model_->state_, ""); }
+    // The rates of everything but the interfaces advance with the clock;
+    // the interfaces' are checked with their data and derived when read.
+    void build_rates() { collect_rates(model_->state_, "", true); }
 
-    void collect_rates(const Json &node, const std::string &pointer) {
+    void check_rates(const Json &data, const std::string &pointer) {
+        collect_rates(data, pointer, false);
+    }
+
+    void collect_rates(const Json &node, const std::string &pointer, bool keep) {
         if (node.is_object()) {
             if (node.contains("rates")) {
                 const std::string rates_pointer = pointer + "/rates";
@@ -892,33 +916,35 @@ private:
                     const std::string rate_pointer = rates_pointer + pointer_token(it.key());
                     if (it.key() == "rates" || !node.contains(it.key()))
                         fail_state(rate_pointer, "no member \"" + it.key() + "\" beside these rates", true);
-                    add_rate(node[it.key()], it.value(), pointer + pointer_token(it.key()), rate_pointer);
+                    add_rate(node[it.key()], it.value(), pointer + pointer_token(it.key()), rate_pointer, keep);
                 }
             }
             for (auto it = node.begin(); it != node.end(); ++it)
-                if (it.key() != "rates") collect_rates(it.value(), pointer + pointer_token(it.key()));
+                if (it.key() != "rates" && it->is_structured()) collect_rates(it.value(), pointer + pointer_token(it.key()), keep);
         } else if (node.is_array()) {
-            for (std::size_t i = 0; i < node.size(); ++i) collect_rates(node[i], pointer + "/" + std::to_string(i));
+            for (std::size_t i = 0; i < node.size(); ++i)
+                if (node[i].is_structured()) collect_rates(node[i], pointer + "/" + std::to_string(i), keep);
         }
     }
 
-    void add_rate(const Json &target, const Json &rate, const std::string &target_pointer, const std::string &rate_pointer) {
+    void add_rate(const Json &target, const Json &rate, const std::string &target_pointer, const std::string &rate_pointer,
+                  bool keep) {
         std::uint64_t value = 0;
         if (rate.is_number_integer()) {
             if (!read_unsigned(rate, value)) fail_state(rate_pointer, "a rate is not negative");
             if (target.is_array()) {
                 for (std::size_t i = 0; i < target.size(); ++i)
-                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer);
+                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer, keep);
                 return;
             }
             std::uint64_t ignored = 0;
             if (!target.is_number_integer() || !read_unsigned(target, ignored))
                 fail_state(rate_pointer, "a rate advances a counter (an unsigned integer), and " + target_pointer + " is none");
-            if (value) model_->rates_.push_back({Json::json_pointer(target_pointer), value});
+            if (value && keep) model_->rates_.push_back({Json::json_pointer(target_pointer), value});
         } else if (rate.is_object()) {
             if (target.is_array()) {
                 for (std::size_t i = 0; i < target.size(); ++i)
-                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer);
+                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer, keep);
                 return;
             }
             if (!target.is_object()) fail_state(rate_pointer, "these rates are for an object, and " + target_pointer + " is none");
@@ -926,13 +952,13 @@ private:
                 if (!target.contains(it.key()))
                     fail_state(rate_pointer + pointer_token(it.key()), "no member \"" + it.key() + "\" to advance", true);
                 add_rate(target[it.key()], it.value(), target_pointer + pointer_token(it.key()),
-                         rate_pointer + pointer_token(it.key()));
+                         rate_pointer + pointer_token(it.key()), keep);
             }
         } else if (rate.is_array()) {
             if (!target.is_array() || target.size() != rate.size())
                 fail_state(rate_pointer, "an array of rates matches an array of as many counters");
             for (std::size_t i = 0; i < rate.size(); ++i)
-                add_rate(target[i], rate[i], target_pointer + "/" + std::to_string(i), rate_pointer + "/" + std::to_string(i));
+                add_rate(target[i], rate[i], target_pointer + "/" + std::to_string(i), rate_pointer + "/" + std::to_string(i), keep);
         } else {
             fail_state(rate_pointer, "a rate is an unsigned integer, an object or an array of rates");
         }
@@ -954,6 +980,7 @@ private:
     std::map<std::uint32_t, std::size_t> by_index_;
     std::vector<PendingExtender> extenders_;
     std::vector<std::pair<std::string, const Origin *>> state_origins_;
+    std::vector<std::shared_ptr<DataBlock>> blocks_;  // ifaces_ -> their data
 };
 
 std::unique_ptr<Model> build_model(const ScenarioSource &source, ScenarioError &error) {
