@@ -628,14 +628,17 @@ private:
     }
 
     void check_data(const Json &data, Scope scope, const Origin &origin) const {
-        for (auto it = data.begin(); it != data.end(); ++it) {
-            const std::string key = it.key();
+        for (auto it = data.begin(); it != data.end(); ++it) check_member(it.key(), it.value(), scope, origin);
+    }
+
+    void check_member(const std::string &key, const Json &value, Scope scope, const Origin &origin) const {
+        {
             const std::string relative = pointer_token(key);
             if (key == "description") {
-                if (!it.value().is_string()) fail_in(origin, relative, "expected a text");
-                continue;
+                if (!value.is_string()) fail_in(origin, relative, "expected a text");
+                return;
             }
-            if (key == "rates") continue;  // checked with the whole document
+            if (key == "rates") return;  // checked with the whole document
             const SectionCheck *check = find_section(scope, key);
             if (check == nullptr) {
                 std::vector<std::string> known = kBuiltinDataKeys;
@@ -644,11 +647,30 @@ private:
                         "unknown section \"" + key + "\" for " + scope_name(scope) + " (known: " + join(known) + ")", true);
             }
             if (*check) {
-                Checker checker(it.value(), [&](const std::string &inner, const std::string &reason) {
+                Checker checker(value, [&](const std::string &inner, const std::string &reason) {
                     fail_in(origin, relative + inner, reason);
                 });
                 (*check)(checker);
             }
+        }
+    }
+
+    // Checks an interface's merged data and its rates. A member that one
+    // layer alone holds (a section of the defaults, of a range) is the same
+    // for every interface that has it, so it is checked with the first.
+    void check_interface_data(const Json &data, Scope scope, const Origin &origin, const std::string &pointer) {
+        for (auto it = data.begin(); it != data.end(); ++it) {
+            const Json *sole = nullptr;
+            unsigned holders = 0;
+            for (const Layer &layer : origin.layers)
+                if (auto found = layer.value->find(it.key()); found != layer.value->end()) {
+                    ++holders;
+                    sole = &*found;
+                }
+            if (holders == 1 && it.key() != "rates" && !checked_members_.insert(sole).second) continue;
+            check_member(it.key(), it.value(), scope, origin);
+            if (it.key() == "rates") rates_beside(data, pointer, false);
+            else if (it->is_structured()) collect_rates(it.value(), pointer + pointer_token(it.key()), false);
         }
     }
 
@@ -668,8 +690,7 @@ private:
             if (!block) {
                 block = std::make_shared<DataBlock>();
                 block->value = merged_data(p.origin);
-                check_data(block->value, p.scope, p.origin);
-                check_rates(block->value, pointer);
+                check_interface_data(block->value, p.scope, p.origin, pointer);
             } else {
                 block->shared = true;
             }
@@ -902,12 +923,20 @@ private:
     // the interfaces' are checked with their data and derived when read.
     void build_rates() { collect_rates(model_->state_, "", true); }
 
-    void check_rates(const Json &data, const std::string &pointer) {
-        collect_rates(data, pointer, false);
-    }
-
     void collect_rates(const Json &node, const std::string &pointer, bool keep) {
         if (node.is_object()) {
+            rates_beside(node, pointer, keep);
+            for (auto it = node.begin(); it != node.end(); ++it)
+                if (it.key() != "rates" && it->is_structured()) collect_rates(it.value(), pointer + pointer_token(it.key()), keep);
+        } else if (node.is_array()) {
+            for (std::size_t i = 0; i < node.size(); ++i)
+                if (node[i].is_structured()) collect_rates(node[i], pointer + "/" + std::to_string(i), keep);
+        }
+    }
+
+    // The "rates" member of an object, against the counters beside it.
+    void rates_beside(const Json &node, const std::string &pointer, bool keep) {
+        {
             if (node.contains("rates")) {
                 const std::string rates_pointer = pointer + "/rates";
                 const Json &rates = node["rates"];
@@ -919,11 +948,6 @@ private:
                     add_rate(node[it.key()], it.value(), pointer + pointer_token(it.key()), rate_pointer, keep);
                 }
             }
-            for (auto it = node.begin(); it != node.end(); ++it)
-                if (it.key() != "rates" && it->is_structured()) collect_rates(it.value(), pointer + pointer_token(it.key()), keep);
-        } else if (node.is_array()) {
-            for (std::size_t i = 0; i < node.size(); ++i)
-                if (node[i].is_structured()) collect_rates(node[i], pointer + "/" + std::to_string(i), keep);
         }
     }
 
@@ -981,6 +1005,7 @@ private:
     std::vector<PendingExtender> extenders_;
     std::vector<std::pair<std::string, const Origin *>> state_origins_;
     std::vector<std::shared_ptr<DataBlock>> blocks_;  // ifaces_ -> their data
+    std::set<const Json *> checked_members_;           // members of one layer, checked once
 };
 
 std::unique_ptr<Model> build_model(const ScenarioSource &source, ScenarioError &error) {
