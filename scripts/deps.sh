@@ -2,6 +2,8 @@
 # Installs the Debian packages the project needs, if any is missing.
 set -euo pipefail
 packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev libedit-dev)
+# Benchmarks and docs/PERFORMANCE.md (scripts/perf.sh): the plot.
+packages+=(gnuplot-nox)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
