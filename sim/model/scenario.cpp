@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 #include <sstream>
+#include <unordered_map>
 
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
@@ -55,6 +56,7 @@ struct PendingInterface {
     Interface identity;
     Scope scope = Scope::ethernet;
     Origin origin;
+    std::size_t own_layers = 0;  // the last layers are the interface's own (no other interface has them)
 };
 
 struct PendingExtender {
@@ -464,7 +466,10 @@ private:
                 p.scope = Scope::ethernet;
                 p.origin.declaration = name_pointer;
                 with_defaults(p.origin, "ethernet");
-                if (data) p.origin.layers.push_back({pointer, data});
+                if (data) {
+                    p.origin.layers.push_back({pointer, data});
+                    ++p.own_layers;
+                }
                 normalized.push_back(p.identity.name);
                 add_interface(std::move(p), name_pointer);
             }
@@ -616,6 +621,7 @@ private:
                                                      ", fixed by its declaration");
             }
             p.origin.layers.push_back({pointer, extras(entry, {"if_index"})});
+            ++p.own_layers;
         }
     }
 
@@ -674,6 +680,18 @@ private:
         }
     }
 
+    // Same scope, same shared layers, equal layers of their own.
+    static bool same_data(const PendingInterface &a, const PendingInterface &b) {
+        if (a.scope != b.scope || a.own_layers != b.own_layers || a.origin.layers.size() != b.origin.layers.size())
+            return false;
+        const std::size_t shared_layers = a.origin.layers.size() - a.own_layers;
+        for (std::size_t l = 0; l < a.origin.layers.size(); ++l) {
+            const Json *x = a.origin.layers[l].value, *y = b.origin.layers[l].value;
+            if (l < shared_layers ? x != y : *x != *y) return false;
+        }
+        return true;
+    }
+
     // Interfaces with the same layers (the defaults of their kind and the
     // data of the range that declared them, nothing of their own) share one
     // block of data: merged and checked once, stored once.
@@ -688,9 +706,25 @@ private:
             state_origins_.emplace_back(pointer, &p.origin);
             std::shared_ptr<DataBlock> &block = by_layers[key];
             if (!block) {
-                block = std::make_shared<DataBlock>();
-                block->value = merged_data(p.origin);
-                check_interface_data(block->value, p.scope, p.origin, pointer);
+                // Data of its own that equals another's (a dump loaded back,
+                // where every interface spells out its data) is shared all
+                // the same, and was checked with the first.
+                const std::size_t shared_layers = p.origin.layers.size() - p.own_layers;
+                std::size_t hash = static_cast<std::size_t>(p.scope);
+                for (std::size_t l = 0; l < p.origin.layers.size(); ++l)
+                    hash = hash * 1000003u ^ (l < shared_layers ? std::hash<const Json *>{}(p.origin.layers[l].value)
+                                                                 : std::hash<Json>{}(*p.origin.layers[l].value));
+                auto &same_hash = by_content_[hash];
+                for (const auto &[other, candidate] : same_hash)
+                    if (same_data(*other, p)) block = candidate;
+                if (block) {
+                    block->shared = true;
+                } else {
+                    block = std::make_shared<DataBlock>();
+                    block->value = merged_data(p.origin);
+                    check_interface_data(block->value, p.scope, p.origin, pointer);
+                    same_hash.emplace_back(&p, block);
+                }
             } else {
                 block->shared = true;
             }
@@ -1006,6 +1040,8 @@ private:
     std::vector<std::pair<std::string, const Origin *>> state_origins_;
     std::vector<std::shared_ptr<DataBlock>> blocks_;  // ifaces_ -> their data
     std::set<const Json *> checked_members_;           // members of one layer, checked once
+    // Interfaces with data of their own, by a hash of their layers.
+    std::unordered_map<std::size_t, std::vector<std::pair<const PendingInterface *, std::shared_ptr<DataBlock>>>> by_content_;
 };
 
 std::unique_ptr<Model> build_model(const ScenarioSource &source, ScenarioError &error) {
