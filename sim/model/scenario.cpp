@@ -958,13 +958,30 @@ private:
     void build_rates() { collect_rates(model_->state_, "", true); }
 
     void collect_rates(const Json &node, const std::string &pointer, bool keep) {
+        std::string path = pointer;
+        collect_rates_at(node, path, keep);
+    }
+
+    // `path` is the node's pointer; it grows and shrinks back as the walk
+    // goes down and up (no string per node).
+    void collect_rates_at(const Json &node, std::string &path, bool keep) {
+        const std::size_t length = path.size();
         if (node.is_object()) {
-            rates_beside(node, pointer, keep);
-            for (auto it = node.begin(); it != node.end(); ++it)
-                if (it.key() != "rates" && it->is_structured()) collect_rates(it.value(), pointer + pointer_token(it.key()), keep);
+            rates_beside(node, path, keep);
+            for (auto it = node.begin(); it != node.end(); ++it) {
+                if (it.key() == "rates" || !it->is_structured()) continue;
+                path += pointer_token(it.key());
+                collect_rates_at(it.value(), path, keep);
+                path.resize(length);
+            }
         } else if (node.is_array()) {
-            for (std::size_t i = 0; i < node.size(); ++i)
-                if (node[i].is_structured()) collect_rates(node[i], pointer + "/" + std::to_string(i), keep);
+            for (std::size_t i = 0; i < node.size(); ++i) {
+                if (!node[i].is_structured()) continue;
+                path += '/';
+                path += std::to_string(i);
+                collect_rates_at(node[i], path, keep);
+                path.resize(length);
+            }
         }
     }
 
