@@ -89,7 +89,7 @@ def main():
             extra = (f"| {b['out_bytes'] / 1024:.0f} KB | {b['baseline_us'] / 1e3:.2f} | {b['ratio']:.1f}× "
                      f"| {b.get('peak_growth_kb', 0):.0f} |")
         elif "child_cpu_ms" in b:
-            extra = f"| — | — | CPU {b['child_cpu_ms']:.1f} ms | peak {b['peak_rss_kb'] / 1024:.1f} MB |"
+            extra = f"| — | — | CPU {b['child_cpu_ms']:.1f} ms | |"
         else:
             extra = f"| {b.get('interfaces', 0):.0f} interfaces | | | |"
         say(f"| {name} | {t:.2f} {extra}")
