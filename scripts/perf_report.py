@@ -24,9 +24,9 @@ def medians(path):
         if b.get("run_type") == "aggregate" and b.get("aggregate_name") != "median":
             continue
         if b.get("error_occurred"):
-            out[b.get("run_name", b["name"])] = {"error": b.get("error_message", "error")}
+            out[b.get("run_name", b["name"]).replace("/real_time", "")] = {"error": b.get("error_message", "error")}
             continue
-        out[b.get("run_name", b["name"])] = b
+        out[b.get("run_name", b["name"]).replace("/real_time", "")] = b
     return out, doc.get("context", {})
 
 
