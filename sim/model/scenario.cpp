@@ -633,10 +633,6 @@ private:
         return data;
     }
 
-    void check_data(const Json &data, Scope scope, const Origin &origin) const {
-        for (auto it = data.begin(); it != data.end(); ++it) check_member(it.key(), it.value(), scope, origin);
-    }
-
     void check_member(const std::string &key, const Json &value, Scope scope, const Origin &origin) const {
         {
             const std::string relative = pointer_token(key);
@@ -661,10 +657,12 @@ private:
         }
     }
 
-    // Checks an interface's merged data and its rates. A member that one
-    // layer alone holds (a section of the defaults, of a range) is the same
-    // for every interface that has it, so it is checked with the first.
-    void check_interface_data(const Json &data, Scope scope, const Origin &origin, const std::string &pointer) {
+    // Checks an entity's merged data (and an interface's rates, whose
+    // pointer is given; the other entities' rates are checked with the
+    // document). A member that one layer alone holds (a section of the
+    // defaults, of a range) is the same for every entity that has it, so it
+    // is checked with the first.
+    void check_data_once(const Json &data, Scope scope, const Origin &origin, const std::string *rates_pointer) {
         for (auto it = data.begin(); it != data.end(); ++it) {
             const Json *sole = nullptr;
             unsigned holders = 0;
@@ -675,8 +673,9 @@ private:
                 }
             if (holders == 1 && it.key() != "rates" && !checked_members_.insert(sole).second) continue;
             check_member(it.key(), it.value(), scope, origin);
-            if (it.key() == "rates") rates_beside(data, pointer, false);
-            else if (it->is_structured()) collect_rates(it.value(), pointer + pointer_token(it.key()), false);
+            if (rates_pointer == nullptr) continue;
+            if (it.key() == "rates") rates_beside(data, *rates_pointer, false);
+            else if (it->is_structured()) collect_rates(it.value(), *rates_pointer + pointer_token(it.key()), false);
         }
     }
 
@@ -722,7 +721,7 @@ private:
                 } else {
                     block = std::make_shared<DataBlock>();
                     block->value = merged_data(p.origin);
-                    check_interface_data(block->value, p.scope, p.origin, pointer);
+                    check_data_once(block->value, p.scope, p.origin, &pointer);
                     same_hash.emplace_back(&p, block);
                 }
             } else {
@@ -740,7 +739,7 @@ private:
         for (std::size_t i = 0; i < extenders_.size(); ++i) {
             PendingExtender &e = extenders_[i];
             Json data = merged_data(e.origin);
-            check_data(data, Scope::extender, e.origin);
+            check_data_once(data, Scope::extender, e.origin, nullptr);
             Json entry = e.normalized;
             entry.update(data);
             state_origins_.emplace_back("/extenders/" + std::to_string(i), &e.origin);
@@ -754,7 +753,7 @@ private:
         std::size_t i = 0;
         for (auto &[slot, card] : cards_) {
             Json data = merged_data(card.origin);
-            check_data(data, Scope::line_card, card.origin);
+            check_data_once(data, Scope::line_card, card.origin, nullptr);
             Json entry = {{"slot", slot}};
             entry.update(data);
             state_origins_.emplace_back("/line_cards/" + std::to_string(i++), &card.origin);
