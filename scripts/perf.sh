@@ -6,7 +6,7 @@
 # and the targets met or missed, and writes the table and the plot of
 # docs/PERFORMANCE.md (docs/perf/).
 #
-#   scripts/perf.sh            # everything (about 5 minutes on 2 cores)
+#   scripts/perf.sh            # everything (about 8 minutes on 2 busy cores)
 #   scripts/perf.sh --quick    # fewer repetitions
 #   QDPERF_OUT=DIR scripts/perf.sh   # results elsewhere than docs/perf
 set -euo pipefail
