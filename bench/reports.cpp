@@ -11,6 +11,11 @@
 // fails with an error instead of a time (QDBENCH_MEASURE_OVER_BUDGET=1 in
 // the environment times it all the same). The budgets and the time targets
 // are in bench/README.md.
+//
+// Beside each report runs its formatting limit (baseline.hpp): the report's
+// own output, captured once, written again by a bare snprintf loop. The
+// counters "baseline_us" and "ratio" (report CPU time / baseline CPU time)
+// say how close the report comes to the cost of writing its bytes.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -23,6 +28,7 @@
 #include <vector>
 
 #include "alloc_counter.hpp"
+#include "baseline.hpp"
 #include "double/platform_double.hpp"
 #include "harness/layouts.hpp"
 #include "qdcli/handlers.h"
@@ -79,9 +85,20 @@ void run_once(const Report &report, qdtest::Command &cmd) {
     report.run(cmd.info());
 }
 
+// The report's output: what its printer rendered and what it wrote to
+// standard output.
+std::string report_output(const Report &report, qdtest::Command &cmd) {
+    qdbench::CapturedStdout captured;
+    run_once(report, cmd);
+    std::string out = qdtest::platform().printed;
+    return out + captured.text();
+}
+
 void bench_report(benchmark::State &state, const Report &report) {
     qdtest::Command cmd;
     command(cmd, 0);
+    const qdbench::SnprintfBaseline baseline(report_output(report, cmd));
+    const double baseline_s = baseline.cpu_seconds_per_write();
     QuietStdout quiet;
 
     qdbench::alloc_counter_start();
@@ -102,10 +119,14 @@ void bench_report(benchmark::State &state, const Report &report) {
         state.SkipWithError(why.c_str());
         return;
     }
+    const double start = qdbench::SnprintfBaseline::cpu_now();
     for (auto _ : state) {
         run_once(report, cmd);
         benchmark::ClobberMemory();
     }
+    const double per_report = (qdbench::SnprintfBaseline::cpu_now() - start) / static_cast<double>(state.iterations());
+    state.counters["baseline_us"] = baseline_s * 1e6;
+    state.counters["ratio"] = baseline_s > 0 ? per_report / baseline_s : 0;
     state.SetItemsProcessed(state.iterations());
 }
 

@@ -4,6 +4,8 @@ set -euo pipefail
 packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev libedit-dev)
 # Validators of the structured-output tests.
 packages+=(python3 python3-jsonschema libxml2-utils)
+# Benchmarks and docs/PERFORMANCE.md (scripts/perf.sh): the plot.
+packages+=(gnuplot-nox)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -28,7 +28,7 @@ constexpr std::initializer_list<const char *> kQueuingSections = {"/queuing", "/
 void clear_queuing_counters(const Interface &i) {
     if (i.kind != InterfaceKind::ethernet || i.data == nullptr) return;
     for (const char *section : kQueuingSections)
-        if (Json *value = find(*i.data, section)) zero_counter_blocks(*value);
+        if (Json *value = i.data.edit(section)) zero_counter_blocks(*value);
 }
 
 Reply clear_all(const Request &, Model &model) {

@@ -301,7 +301,7 @@ bool hif_supported(const Interface &i) {
 
 // The host interface the stream describes, or none.
 const Interface *shown_host(const Model &model) {
-    const Json &choice = section_of(&model.state(), "switch_report");
+    const Json &choice = section_of(&model.root(), "switch_report");
     if (const Json *named = find(choice, "/host_interface")) {
         if (!named->is_string()) return nullptr;
         const Interface *i = model.find_interface(named->get<std::string>());
@@ -313,7 +313,7 @@ const Interface *shown_host(const Model &model) {
 }
 
 void host_interface(StreamOut &out, const Interface &i, bool full_report) {
-    const Json &hif = section_of(i.data, "hif_queuing");
+    const Json &hif = section_of(&*i.data, "hif_queuing");
     const std::uint32_t stats_format = get_u32(hif, "/stats_format") & 0xffu;
     // Control queues are left out of the table; their statistics rows go
     // by the control flag of the statistics record.
@@ -340,7 +340,7 @@ std::vector<Attribute> switch_stream(Model &model, std::uint32_t) {
     for (const Interface &i : model.interfaces())
         if (const Json *queuing = ethernet_queuing(i)) ethernet_interface(out, i, *queuing);
     if (const Interface *host = shown_host(model))
-        host_interface(out, *host, get_bool(section_of(&model.state(), "switch_report"), "/full_report"));
+        host_interface(out, *host, get_bool(section_of(&model.root(), "switch_report"), "/full_report"));
     return out.take();
 }
 

@@ -80,20 +80,19 @@ std::string dump_state_json() {
 
 bool get_state_value(const std::string &path, std::string &value, std::string &error) {
     SwitchLock lock(switch_mutex());
-    const Json *v = nullptr;
+    Json v;
+    bool found = false;
     try {
-        const Json::json_pointer pointer(path);
-        const Json &state = current_model().state();
-        if (state.contains(pointer)) v = &state.at(pointer);
+        found = current_model().state_value(path, v);
     } catch (const Json::exception &) {
         error = "\"" + path + "\" is not a JSON pointer (such as /interfaces/Ethernet1~11)";
         return false;
     }
-    if (v == nullptr) {
+    if (!found) {
         error = "nothing at " + path;
         return false;
     }
-    value = v->dump(2);
+    value = v.dump(2);
     return true;
 }
 

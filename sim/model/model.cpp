@@ -162,6 +162,118 @@ std::optional<FaultAction> Model::take_fault(const FaultQuery &q) {
     return std::nullopt;
 }
 
+namespace {
+
+// Adds rate x ticks to `target` as `rate` describes it: a number for a
+// counter (or for each element of an array of counters), an object of
+// rates for the members of an object (or of each element of an array),
+// an array of rates for an array of as many values.
+void apply_rate(Json &target, const Json &rate, std::uint64_t ticks) {
+    if (rate.is_number_integer()) {
+        std::uint64_t per_tick = 0, value = 0;
+        if (!read_unsigned(rate, per_tick) || per_tick == 0) return;
+        if (target.is_array()) {
+            for (Json &element : target) apply_rate(element, rate, ticks);
+        } else if (target.is_number_integer() && read_unsigned(target, value)) {
+            target = value + per_tick * ticks;
+        }
+    } else if (rate.is_object()) {
+        if (target.is_array()) {
+            for (Json &element : target) apply_rate(element, rate, ticks);
+        } else if (target.is_object()) {
+            for (auto it = rate.begin(); it != rate.end(); ++it)
+                if (auto found = target.find(it.key()); found != target.end()) apply_rate(*found, it.value(), ticks);
+        }
+    } else if (rate.is_array() && target.is_array()) {
+        for (std::size_t i = 0; i < rate.size() && i < target.size(); ++i) apply_rate(target[i], rate[i], ticks);
+    }
+}
+
+void bring_up_to_date(DataBlock &block, std::uint64_t now) {
+    if (block.as_of == now) return;
+    advance_counters(block.value, now - block.as_of);
+    block.as_of = now;
+}
+
+}  // namespace
+
+void advance_counters(Json &value, std::uint64_t ticks) {
+    if (value.is_object()) {
+        auto rates = value.find("rates");
+        if (rates != value.end() && rates->is_object())
+            for (auto it = rates->begin(); it != rates->end(); ++it)
+                if (it.key() != "rates")
+                    if (auto target = value.find(it.key()); target != value.end()) apply_rate(*target, it.value(), ticks);
+        for (auto it = value.begin(); it != value.end(); ++it)
+            if (it.key() != "rates" && it->is_structured()) advance_counters(it.value(), ticks);
+    } else if (value.is_array()) {
+        for (Json &element : value)
+            if (element.is_structured()) advance_counters(element, ticks);
+    }
+}
+
+const Json &DataRef::operator*() const {
+    bring_up_to_date(*block_, *clock_);
+    return block_->value;
+}
+
+Json &DataRef::edit() const {
+    bring_up_to_date(*block_, *clock_);
+    if (block_->shared) {
+        auto own = std::make_shared<DataBlock>(*block_);
+        own->shared = false;
+        block_ = std::move(own);
+    }
+    return block_->value;
+}
+
+Json *DataRef::edit(std::string_view pointer) const {
+    if (find(**this, pointer) == nullptr) return nullptr;
+    return find(edit(), pointer);
+}
+
+Json Model::interface_entry(const Interface &i) {
+    Json entry = i.data ? *i.data : Json::object();
+    entry["if_index"] = hex32(i.if_index);
+    return entry;
+}
+
+Json Model::state() const {
+    Json doc = state_;
+    Json &all = doc["interfaces"] = Json::object();
+    for (const Interface &i : interfaces_) all[i.name] = interface_entry(i);
+    return doc;
+}
+
+bool Model::state_value(const std::string &pointer, Json &out) const {
+    const Json::json_pointer p(pointer);
+    if (p.empty()) {
+        out = state();
+        return true;
+    }
+    // The first token names the section; under /interfaces the second the interface.
+    std::vector<std::string> tokens;
+    for (Json::json_pointer rest = p; !rest.empty(); rest.pop_back()) tokens.insert(tokens.begin(), rest.back());
+    if (tokens.front() != "interfaces") {
+        if (!state_.contains(p)) return false;
+        out = state_.at(p);
+        return true;
+    }
+    if (tokens.size() == 1) {
+        out = Json::object();
+        for (const Interface &i : interfaces_) out[i.name] = interface_entry(i);
+        return true;
+    }
+    const Interface *i = interface_named(tokens[1]);
+    if (i == nullptr) return false;
+    Json entry = interface_entry(*i);
+    Json::json_pointer inner;
+    for (std::size_t t = 2; t < tokens.size(); ++t) inner.push_back(tokens[t]);
+    if (!entry.contains(inner)) return false;
+    out = entry.at(inner);
+    return true;
+}
+
 void Model::tick(std::uint64_t ticks) {
     for (const Rate &rate : rates_) {
         if (!state_.contains(rate.target)) continue;  // a service removed the counter
@@ -170,10 +282,9 @@ void Model::tick(std::uint64_t ticks) {
         if (!counter.is_number_integer() || !read_unsigned(counter, value)) continue;
         counter = value + rate.per_tick * ticks;  // unsigned: wraps at 2^64 like the hardware's
     }
-    state_["clock"]["ticks"] = this->ticks() + ticks;
+    ticks_ += ticks;
+    state_["clock"]["ticks"] = ticks_;
 }
-
-std::uint64_t Model::ticks() const { return get_u64(state_, "/clock/ticks", 0); }
 
 Model &current_model() {
     SwitchLock lock(switch_mutex());

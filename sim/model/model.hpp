@@ -3,13 +3,23 @@
 //
 // The document holds everything the switch knows (see sim/README.md for
 // its layout); the index gives the interfaces, extenders and line cards
-// with their identities (index, name, slot, node) and a pointer to each
-// entity's object in the document, where services find their sections.
+// with their identities (index, name, slot, node) and each entity's data,
+// where services find their sections.
+//
+// Interfaces are the bulk of a chassis, so their data is kept apart from
+// the document: the interfaces of one declared range (same defaults, same
+// range data, no data of their own) share one copy until something changes
+// one of them, and a counter with a rate is its stored value plus rate x
+// the ticks since it was stored, worked out when the data is read. Loading
+// and answering thus cost what the declarations and the asked interfaces
+// cost, not a tree per interface. state() assembles the whole document
+// (interfaces included) for dumps and the tests.
 //
 // Services run under the switch lock and get the model from current_model().
-// They may change values inside sections freely (a clear zeroes counters,
-// a configuration stores a value); they never replace an entity's object or
-// the containers that hold the entities (those are the index's): structural
+// They read an interface's data through `*i.data` and change values inside
+// its sections through `i.data.edit()` (a clear zeroes counters, a
+// configuration stores a value); they never replace an entity or the
+// containers that hold the entities (those are the index's): structural
 // changes go through set_state_value, which checks and re-indexes.
 #pragma once
 
@@ -30,6 +40,41 @@ namespace qdsim {
 
 enum class InterfaceKind { ethernet, host, other };
 
+// Data of one interface, or of the interfaces of a range that share it.
+struct DataBlock {
+    Json value = Json::object();
+    std::uint64_t as_of = 0;  // clock ticks the stored counters stand at
+    bool shared = false;      // held by every interface of a range: copied before a change
+};
+
+// An interface's data: read it with *data or data->, change it with
+// data.edit(). Both bring the counters that have a rate up to the clock
+// first; edit() gives the interface a copy of its own when it shared one.
+class DataRef {
+public:
+    DataRef() = default;
+    DataRef(std::shared_ptr<DataBlock> block, const std::uint64_t *clock) : block_(std::move(block)), clock_(clock) {}
+
+    bool operator==(std::nullptr_t) const { return block_ == nullptr; }
+    explicit operator bool() const { return block_ != nullptr; }
+    const Json &operator*() const;
+    const Json *operator->() const { return &**this; }
+    Json &edit() const;
+    // The value at `pointer` for a change, or null (and no copy) when there is none.
+    Json *edit(std::string_view pointer) const;
+    bool shares() const { return block_ && block_->shared; }
+    const DataBlock *block() const { return block_.get(); }
+
+private:
+    mutable std::shared_ptr<DataBlock> block_;
+    const std::uint64_t *clock_ = nullptr;
+};
+
+// Adds rate x `ticks` to every counter of `value` that has a rate (the
+// "rates" members beside counters, mirroring them through objects and
+// arrays); unsigned, so a counter wraps at 2^64 like the hardware's.
+void advance_counters(Json &value, std::uint64_t ticks);
+
 struct Interface {
     std::uint32_t if_index = 0;
     std::uint8_t type = 0;            // 26 or 1 (Ethernet), 31 (host), other codes for other kinds
@@ -41,7 +86,7 @@ struct Interface {
     std::uint8_t sub_id = 0;          // sub-interface number
     std::uint32_t parent = 0;         // sub-interface: index of its main interface
     std::uint16_t extender = 0;       // host: its extender; Ethernet: the extender it leads to, else 0
-    Json *data = nullptr;             // its object under /interfaces
+    DataRef data;                     // its object under /interfaces (without "if_index")
 };
 
 struct Extender {
@@ -94,17 +139,27 @@ public:
     void set_cos_map(const std::array<std::uint8_t, 8> &map);
 
     // ---- The document ----
-    Json &state() { return state_; }
-    const Json &state() const { return state_; }
+    // Everything but the interfaces' data, which the interfaces hold.
+    Json &root() { return state_; }
+    const Json &root() const { return state_; }
+    // The whole document, interfaces included, as of now (a copy).
+    Json state() const;
+    // The value at a JSON pointer into the whole document, assembling only
+    // what the pointer reaches; false when there is nothing there. Throws
+    // Json::exception for a malformed pointer.
+    bool state_value(const std::string &pointer, Json &out) const;
+    // The object of one interface under /interfaces, as of now.
+    static Json interface_entry(const Interface &i);
 
     // ---- Faults ----
     // The first active fault that matches; spends one use of it.
     std::optional<FaultAction> take_fault(const FaultQuery &query);
 
     // ---- Clock ----
-    // Advances every counter that has a rate by rate x ticks.
+    // Advances every counter that has a rate by rate x ticks (the
+    // interfaces' when they are next read).
     void tick(std::uint64_t ticks = 1);
-    std::uint64_t ticks() const;
+    std::uint64_t ticks() const { return ticks_; }
     // A command that clears counters does not advance the clock when it ends,
     // so the next reading shows exactly zero for what was cleared; the
     // readings after it grow again. The clear services mark their command.
@@ -119,6 +174,7 @@ private:
     friend class ModelBuilder;
 
     bool counters_cleared_ = false;
+    std::uint64_t ticks_ = 0;
 
     struct Fault {
         FaultTarget target = FaultTarget::daemon;

@@ -145,9 +145,10 @@ private:
         } else {
             pointer = frame.pointer + pointer_token(frame.key);
             slot = &((*frame.container)[frame.key] = std::move(v));
-            positions_[pointer].key = at(frame.key_start);
         }
-        positions_[pointer].value = at(start);
+        PositionEntry &entry = positions_[pointer];
+        if (!frame.container->is_array()) entry.key = at(frame.key_start);
+        entry.value = at(start);
         return slot;
     }
 

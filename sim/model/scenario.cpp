@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 #include <sstream>
+#include <unordered_map>
 
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
@@ -56,6 +57,7 @@ struct PendingInterface {
     Interface identity;
     Scope scope = Scope::ethernet;
     Origin origin;
+    std::size_t own_layers = 0;  // the last layers are the interface's own (no other interface has them)
 };
 
 struct PendingExtender {
@@ -114,7 +116,9 @@ public:
         finish_line_cards();
         build_faults();
         build_root_sections();
+        out_.erase("interfaces");  // the interfaces hold their data themselves
         model_->state_ = std::move(out_);
+        model_->ticks_ = get_u64(model_->state_, "/clock/ticks", 0);
         attach_data_pointers();
         build_rates();
         model_->reindex();
@@ -466,7 +470,10 @@ private:
                 p.scope = Scope::ethernet;
                 p.origin.declaration = name_pointer;
                 with_defaults(p.origin, "ethernet");
-                if (data) p.origin.layers.push_back({pointer, data});
+                if (data) {
+                    p.origin.layers.push_back({pointer, data});
+                    ++p.own_layers;
+                }
                 normalized.push_back(p.identity.name);
                 add_interface(std::move(p), name_pointer);
             }
@@ -618,6 +625,7 @@ private:
                                                      ", fixed by its declaration");
             }
             p.origin.layers.push_back({pointer, extras(entry, {"if_index"})});
+            ++p.own_layers;
         }
     }
 
@@ -629,15 +637,14 @@ private:
         return data;
     }
 
-    void check_data(const Json &data, Scope scope, const Origin &origin) const {
-        for (auto it = data.begin(); it != data.end(); ++it) {
-            const std::string key = it.key();
+    void check_member(const std::string &key, const Json &value, Scope scope, const Origin &origin) const {
+        {
             const std::string relative = pointer_token(key);
             if (key == "description") {
-                if (!it.value().is_string()) fail_in(origin, relative, "expected a text");
-                continue;
+                if (!value.is_string()) fail_in(origin, relative, "expected a text");
+                return;
             }
-            if (key == "rates") continue;  // checked with the whole document
+            if (key == "rates") return;  // checked with the whole document
             const SectionCheck *check = find_section(scope, key);
             if (check == nullptr) {
                 std::vector<std::string> known = kBuiltinDataKeys;
@@ -646,7 +653,7 @@ private:
                         "unknown section \"" + key + "\" for " + scope_name(scope) + " (known: " + join(known) + ")", true);
             }
             if (*check) {
-                Checker checker(it.value(), [&](const std::string &inner, const std::string &reason) {
+                Checker checker(value, [&](const std::string &inner, const std::string &reason) {
                     fail_in(origin, relative + inner, reason);
                 });
                 (*check)(checker);
@@ -654,18 +661,81 @@ private:
         }
     }
 
+    // Checks an entity's merged data (and an interface's rates, whose
+    // pointer is given; the other entities' rates are checked with the
+    // document). A member that one layer alone holds (a section of the
+    // defaults, of a range) is the same for every entity that has it, so it
+    // is checked with the first.
+    void check_data_once(const Json &data, Scope scope, const Origin &origin, const std::string *rates_pointer) {
+        for (auto it = data.begin(); it != data.end(); ++it) {
+            const Json *sole = nullptr;
+            unsigned holders = 0;
+            for (const Layer &layer : origin.layers)
+                if (auto found = layer.value->find(it.key()); found != layer.value->end()) {
+                    ++holders;
+                    sole = &*found;
+                }
+            if (holders == 1 && it.key() != "rates" && !checked_members_.insert(sole).second) continue;
+            check_member(it.key(), it.value(), scope, origin);
+            if (rates_pointer == nullptr) continue;
+            if (it.key() == "rates") rates_beside(data, *rates_pointer, false);
+            else if (it->is_structured()) collect_rates(it.value(), *rates_pointer + pointer_token(it.key()), false);
+        }
+    }
+
+    // Same scope, same shared layers, equal layers of their own.
+    static bool same_data(const PendingInterface &a, const PendingInterface &b) {
+        if (a.scope != b.scope || a.own_layers != b.own_layers || a.origin.layers.size() != b.origin.layers.size())
+            return false;
+        const std::size_t shared_layers = a.origin.layers.size() - a.own_layers;
+        for (std::size_t l = 0; l < a.origin.layers.size(); ++l) {
+            const Json *x = a.origin.layers[l].value, *y = b.origin.layers[l].value;
+            if (l < shared_layers ? x != y : *x != *y) return false;
+        }
+        return true;
+    }
+
+    // Interfaces with the same layers (the defaults of their kind and the
+    // data of the range that declared them, nothing of their own) share one
+    // block of data: merged and checked once, stored once.
     void finish_interfaces() {
-        Json all = Json::object();
+        std::map<std::vector<const Json *>, std::shared_ptr<DataBlock>> by_layers;
+        Json declared = Json::object();
+        blocks_.reserve(ifaces_.size());
         for (PendingInterface &p : ifaces_) {
-            Json data = merged_data(p.origin);
-            check_data(data, p.scope, p.origin);
-            Json entry = {{"if_index", hex32(p.identity.if_index)}};
-            entry.update(data);
+            std::vector<const Json *> key;
+            for (const Layer &layer : p.origin.layers) key.push_back(layer.value);
             const std::string pointer = "/interfaces" + pointer_token(p.identity.name);
             state_origins_.emplace_back(pointer, &p.origin);
-            all[p.identity.name] = std::move(entry);
+            std::shared_ptr<DataBlock> &block = by_layers[key];
+            if (!block) {
+                // Data of its own that equals another's (a dump loaded back,
+                // where every interface spells out its data) is shared all
+                // the same, and was checked with the first.
+                const std::size_t shared_layers = p.origin.layers.size() - p.own_layers;
+                std::size_t hash = static_cast<std::size_t>(p.scope);
+                for (std::size_t l = 0; l < p.origin.layers.size(); ++l)
+                    hash = hash * 1000003u ^ (l < shared_layers ? std::hash<const Json *>{}(p.origin.layers[l].value)
+                                                                 : std::hash<Json>{}(*p.origin.layers[l].value));
+                auto &same_hash = by_content_[hash];
+                for (const auto &[other, candidate] : same_hash)
+                    if (same_data(*other, p)) block = candidate;
+                if (block) {
+                    block->shared = true;
+                } else {
+                    block = std::make_shared<DataBlock>();
+                    block->value = merged_data(p.origin);
+                    check_data_once(block->value, p.scope, p.origin, &pointer);
+                    same_hash.emplace_back(&p, block);
+                }
+            } else {
+                block->shared = true;
+            }
+            blocks_.push_back(block);
+            // What the top level's sections see of the interfaces: their names and indexes.
+            declared[p.identity.name] = {{"if_index", hex32(p.identity.if_index)}};
         }
-        out_["interfaces"] = std::move(all);
+        out_["interfaces"] = std::move(declared);
     }
 
     void finish_extenders() {
@@ -673,7 +743,7 @@ private:
         for (std::size_t i = 0; i < extenders_.size(); ++i) {
             PendingExtender &e = extenders_[i];
             Json data = merged_data(e.origin);
-            check_data(data, Scope::extender, e.origin);
+            check_data_once(data, Scope::extender, e.origin, nullptr);
             Json entry = e.normalized;
             entry.update(data);
             state_origins_.emplace_back("/extenders/" + std::to_string(i), &e.origin);
@@ -687,7 +757,7 @@ private:
         std::size_t i = 0;
         for (auto &[slot, card] : cards_) {
             Json data = merged_data(card.origin);
-            check_data(data, Scope::line_card, card.origin);
+            check_data_once(data, Scope::line_card, card.origin, nullptr);
             Json entry = {{"slot", slot}};
             entry.update(data);
             state_origins_.emplace_back("/line_cards/" + std::to_string(i++), &card.origin);
@@ -698,9 +768,11 @@ private:
 
     void attach_data_pointers() {
         Json &state = model_->state_;
-        for (PendingInterface &p : ifaces_) {
-            Interface identity = p.identity;
-            identity.data = &state["interfaces"][identity.name];
+        model_->interfaces_.reserve(ifaces_.size());
+        for (std::size_t n = 0; n < ifaces_.size(); ++n) {
+            Interface identity = ifaces_[n].identity;
+            blocks_[n]->as_of = model_->ticks_;
+            identity.data = DataRef(blocks_[n], &model_->ticks_);
             model_->interfaces_.push_back(std::move(identity));
         }
         for (std::size_t i = 0; i < extenders_.size(); ++i) {
@@ -884,10 +956,41 @@ private:
 
     // ---- Rates ----
 
-    void build_rates() { collect_rates(model_->state_, ""); }
+    // The rates of everything but the interfaces advance with the clock;
+    // the interfaces' are checked with their data and derived when read.
+    void build_rates() { collect_rates(model_->state_, "", true); }
 
-    void collect_rates(const Json &node, const std::string &pointer) {
+    void collect_rates(const Json &node, const std::string &pointer, bool keep) {
+        std::string path = pointer;
+        collect_rates_at(node, path, keep);
+    }
+
+    // `path` is the node's pointer; it grows and shrinks back as the walk
+    // goes down and up (no string per node).
+    void collect_rates_at(const Json &node, std::string &path, bool keep) {
+        const std::size_t length = path.size();
         if (node.is_object()) {
+            rates_beside(node, path, keep);
+            for (auto it = node.begin(); it != node.end(); ++it) {
+                if (it.key() == "rates" || !it->is_structured()) continue;
+                path += pointer_token(it.key());
+                collect_rates_at(it.value(), path, keep);
+                path.resize(length);
+            }
+        } else if (node.is_array()) {
+            for (std::size_t i = 0; i < node.size(); ++i) {
+                if (!node[i].is_structured()) continue;
+                path += '/';
+                path += std::to_string(i);
+                collect_rates_at(node[i], path, keep);
+                path.resize(length);
+            }
+        }
+    }
+
+    // The "rates" member of an object, against the counters beside it.
+    void rates_beside(const Json &node, const std::string &pointer, bool keep) {
+        {
             if (node.contains("rates")) {
                 const std::string rates_pointer = pointer + "/rates";
                 const Json &rates = node["rates"];
@@ -896,33 +999,30 @@ private:
                     const std::string rate_pointer = rates_pointer + pointer_token(it.key());
                     if (it.key() == "rates" || !node.contains(it.key()))
                         fail_state(rate_pointer, "no member \"" + it.key() + "\" beside these rates", true);
-                    add_rate(node[it.key()], it.value(), pointer + pointer_token(it.key()), rate_pointer);
+                    add_rate(node[it.key()], it.value(), pointer + pointer_token(it.key()), rate_pointer, keep);
                 }
             }
-            for (auto it = node.begin(); it != node.end(); ++it)
-                if (it.key() != "rates") collect_rates(it.value(), pointer + pointer_token(it.key()));
-        } else if (node.is_array()) {
-            for (std::size_t i = 0; i < node.size(); ++i) collect_rates(node[i], pointer + "/" + std::to_string(i));
         }
     }
 
-    void add_rate(const Json &target, const Json &rate, const std::string &target_pointer, const std::string &rate_pointer) {
+    void add_rate(const Json &target, const Json &rate, const std::string &target_pointer, const std::string &rate_pointer,
+                  bool keep) {
         std::uint64_t value = 0;
         if (rate.is_number_integer()) {
             if (!read_unsigned(rate, value)) fail_state(rate_pointer, "a rate is not negative");
             if (target.is_array()) {
                 for (std::size_t i = 0; i < target.size(); ++i)
-                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer);
+                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer, keep);
                 return;
             }
             std::uint64_t ignored = 0;
             if (!target.is_number_integer() || !read_unsigned(target, ignored))
                 fail_state(rate_pointer, "a rate advances a counter (an unsigned integer), and " + target_pointer + " is none");
-            if (value) model_->rates_.push_back({Json::json_pointer(target_pointer), value});
+            if (value && keep) model_->rates_.push_back({Json::json_pointer(target_pointer), value});
         } else if (rate.is_object()) {
             if (target.is_array()) {
                 for (std::size_t i = 0; i < target.size(); ++i)
-                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer);
+                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer, keep);
                 return;
             }
             if (!target.is_object()) fail_state(rate_pointer, "these rates are for an object, and " + target_pointer + " is none");
@@ -930,13 +1030,13 @@ private:
                 if (!target.contains(it.key()))
                     fail_state(rate_pointer + pointer_token(it.key()), "no member \"" + it.key() + "\" to advance", true);
                 add_rate(target[it.key()], it.value(), target_pointer + pointer_token(it.key()),
-                         rate_pointer + pointer_token(it.key()));
+                         rate_pointer + pointer_token(it.key()), keep);
             }
         } else if (rate.is_array()) {
             if (!target.is_array() || target.size() != rate.size())
                 fail_state(rate_pointer, "an array of rates matches an array of as many counters");
             for (std::size_t i = 0; i < rate.size(); ++i)
-                add_rate(target[i], rate[i], target_pointer + "/" + std::to_string(i), rate_pointer + "/" + std::to_string(i));
+                add_rate(target[i], rate[i], target_pointer + "/" + std::to_string(i), rate_pointer + "/" + std::to_string(i), keep);
         } else {
             fail_state(rate_pointer, "a rate is an unsigned integer, an object or an array of rates");
         }
@@ -958,6 +1058,10 @@ private:
     std::map<std::uint32_t, std::size_t> by_index_;
     std::vector<PendingExtender> extenders_;
     std::vector<std::pair<std::string, const Origin *>> state_origins_;
+    std::vector<std::shared_ptr<DataBlock>> blocks_;  // ifaces_ -> their data
+    std::set<const Json *> checked_members_;           // members of one layer, checked once
+    // Interfaces with data of their own, by a hash of their layers.
+    std::unordered_map<std::size_t, std::vector<std::pair<const PendingInterface *, std::shared_ptr<DataBlock>>>> by_content_;
 };
 
 std::unique_ptr<Model> build_model(const ScenarioSource &source, ScenarioError &error) {

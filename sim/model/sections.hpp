@@ -32,8 +32,9 @@ public:
 
     const Json &value() const { return value_; }
     // Sections of the top level only: the switch as declared, with its
-    // `interfaces`, `extenders` and `line_cards` (their merged data), so that
-    // a section can check the names it refers to. Null in other scopes.
+    // `interfaces` (each with its "if_index" only), `extenders` and
+    // `line_cards` (their merged data), so that a section can check the
+    // names it refers to. Null in other scopes.
     const Json *declared() const { return declared_; }
 
     // Refuses the scenario; `relative_pointer` is inside the section ("" is

@@ -10,7 +10,7 @@ namespace {
 
 const QosClearRegistrar hif_queuing_clear{[](const Interface &host, Model &) {
     if (host.data == nullptr) return;
-    if (Json *section = find(*host.data, "/hif_queuing")) zero_counter_blocks(*section);
+    if (Json *section = host.data.edit("/hif_queuing")) zero_counter_blocks(*section);
 }};
 
 }  // namespace

@@ -73,7 +73,7 @@ const CommandEndRegistrar release_log_segment{[](std::uint32_t) { log_segment().
 
 std::vector<PauseEvent> logged_events(const Model &model) {
     std::vector<PauseEvent> events = pause_events(model);
-    const std::uint64_t capacity = get_u64(model.state(), "/onboard_log/capacity", kDefaultCapacity);
+    const std::uint64_t capacity = get_u64(model.root(), "/onboard_log/capacity", kDefaultCapacity);
     if (events.size() > capacity) events.erase(events.begin(), events.end() - static_cast<std::ptrdiff_t>(capacity));
     return events;
 }

@@ -42,7 +42,7 @@ const SectionRegistrar pause_section{Scope::ethernet, "pause", check_pause};
 
 void clear_pause_counters(const Interface &i) {
     if (i.kind != InterfaceKind::ethernet || i.data == nullptr) return;
-    if (Json *section = find(*i.data, "/pause")) zero_counter_blocks(*section);
+    if (Json *section = i.data.edit("/pause")) zero_counter_blocks(*section);
 }
 
 int clear_pause(const std::string &rest, Model &model) {

@@ -66,7 +66,7 @@ std::int32_t statscl_clear_qos_counters(std::uint32_t a, std::uint32_t if_index,
     Model &model = current_model();
     const Interface *host = nullptr;
     if (const std::int32_t rc = platform::host_or_error(model, if_index, "clear", host)) return rc;
-    if (Json *counters = find(*host->data, "/qos_counters")) zero_counters(*counters);
+    if (Json *counters = host->data.edit("/qos_counters")) zero_counters(*counters);
     model.note_counters_cleared();
     const std::vector<platform::QosClear> clears = platform::qos_clears();
     for (const platform::QosClear &clear : clears) {

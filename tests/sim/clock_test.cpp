@@ -72,10 +72,10 @@ TEST_F(ClockTest, RatesForMissingOrNonCounterMembersAreRefused) {
 
 TEST_F(ClockTest, AServiceThatReplacesASectionKeepsTheRatesWorking) {
     const qdsim::Interface *host = qdsim::current_model().find_interface("Ethernet101/1/1");
-    (*host->data)["qos_counters"] = {{"tx_queue_drops", 100}, {"rates", {{"tx_queue_drops", 3}}}};
+    host->data.edit()["qos_counters"] = {{"tx_queue_drops", 100}, {"rates", {{"tx_queue_drops", 3}}}};
     qdsim::advance_clock(1);
     EXPECT_EQ(value("/interfaces/Ethernet101~11~11/qos_counters/tx_queue_drops"), 103u);
-    host->data->erase("qos_counters");
+    host->data.edit().erase("qos_counters");
     qdsim::advance_clock(1);  // the counter is gone: nothing to advance, nothing breaks
 }
 
