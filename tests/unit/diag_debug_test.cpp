@@ -39,6 +39,9 @@ protected:
         EXPECT_EQ(dump.sap, 612u);
         EXPECT_EQ(dump.request, request);
         EXPECT_EQ(dump.func, function);
+        // What the handler printed went out before the dump (a pipe keeps
+        // stdout fully buffered).
+        EXPECT_EQ(dump.stdout_pending, 0u);
     }
 };
 

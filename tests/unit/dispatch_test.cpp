@@ -132,6 +132,14 @@ TEST_F(DispatchTest, ForeignAttributesAreToldAndWithoutAnInterfaceAllAreReported
     EXPECT_EQ(out, "Invalid input \nInvalid input \n\n");
     EXPECT_EQ(pf().enum_calls.size(), 4u);
 
+    // The walk ends at any negative ID, not only at -1.
+    restart();
+    pf().request_attrs = {Attr{0xfffffffeu, {}}, if_attr(kEth1)};
+    EXPECT_EQ(run(cmd, out), 0);
+    EXPECT_EQ(out, "");
+    EXPECT_TRUE(pf().sent.empty());
+    EXPECT_EQ(pf().enum_calls.size(), 4u);
+
     restart();  // an empty request
     EXPECT_EQ(run(cmd, out), 0);
     EXPECT_EQ(out, "");
