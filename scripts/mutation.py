@@ -19,6 +19,7 @@ Exit status: 0 when the score reaches --min-score (default 94), 1 below it,
 
 import argparse
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -39,8 +40,11 @@ def unescape(text):
 
 
 def read_mutants(list_path):
-    mutants, errors, seen = [], [], set()
+    mutants, errors, seen, equivalent = [], [], set(), set()
     for number, raw in enumerate(list_path.read_text().splitlines(), 1):
+        marked = re.match(r"# equivalent (\S+): ", raw)
+        if marked:
+            equivalent.add(marked.group(1))
         if not raw.strip() or raw.startswith("#"):
             continue
         where = f"{list_path.name}:{number}"
@@ -58,6 +62,10 @@ def read_mutants(list_path):
             errors.append(f"{where}: mutant {ident} is listed twice")
         seen.add(ident)
         mutants.append(Mutant(ident, ROOT / "src" / file_name, unescape(original), unescape(replacement), where))
+    for m in mutants:
+        m.equivalent = m.ident in equivalent
+    for ident in equivalent - {m.ident for m in mutants}:
+        errors.append(f"{list_path.name}: {ident} is marked equivalent but not listed")
     for m in mutants:
         if not m.path.is_file():
             errors.append(f"{m.line}: {m.ident}: no file src/{m.path.relative_to(ROOT / 'src')}")
@@ -100,7 +108,9 @@ def main():
             return 2
         mutants = [m for m in mutants if m.ident in args.ids]
     folders = sorted({m.path.relative_to(ROOT / "src").parts[0] for m in mutants})
-    print(f"{len(mutants)} mutants in src/{{{','.join(folders)}}}")
+    equivalent = [m for m in mutants if m.equivalent]
+    print(f"{len(mutants)} mutants in src/{{{','.join(folders)}}}, {len(equivalent)} of them equivalent (not run)")
+    mutants = [m for m in mutants if not m.equivalent]
     if args.check:
         return 0
 

@@ -243,6 +243,8 @@ int32_t mts_send(uint32_t handle, uint32_t node, uint32_t sap, uint32_t opcode, 
         request.payload.assign(p, p + length);
     }
     if (flags != 0 || reserved != 0) s.errors.push_back("mts_send with non-zero trailing arguments");
+    // One exchange at a time: nothing received may still be held.
+    if (qdtest::live_messages() != 0) s.errors.push_back("mts_send while a message is still held");
     s.platform.sent.push_back(request);
     if (s.platform.replies.empty()) {
         s.errors.push_back("mts_send with no scripted reply");

@@ -24,25 +24,6 @@ std::uint32_t cos_value(std::uint8_t queue, std::initializer_list<unsigned> cos)
     return v;
 }
 
-TEST_F(DaemonTest, ShowGivesTheDefaultMapInBytesFourToEleven) {
-    EXPECT_EQ(cos_map(handle), (Bytes{0, 0, 1, 1, 2, 2, 3, 3}));
-}
-
-TEST_F(DaemonTest, ConfigureMapsTheSetAndShowReflectsIt) {
-    const Exchange ex = daemon(handle, QD_CLI_CMD_CONF_WRR_COSMAP, 0, cos_value(3, {0, 1, 2}));
-    EXPECT_EQ(ex.recv_rc, 0);
-    EXPECT_EQ(cos_map(handle), (Bytes{3, 3, 3, 1, 2, 2, 3, 3}));
-    EXPECT_EQ(qdsim::current_model().state()["cos_map"], nlohmann::json::array({3, 3, 3, 1, 2, 2, 3, 3}));
-}
-
-TEST_F(DaemonTest, RemoveReturnsCosOfThatQueueToTheirDefault) {
-    daemon(handle, QD_CLI_CMD_CONF_WRR_COSMAP, 0, cos_value(3, {0, 1, 2}));
-    daemon(handle, QD_CLI_CMD_NO_WRR_COSMAP, 0, cos_value(3, {1, 2, 4}));  // CoS 4 is on queue 2: stays
-    EXPECT_EQ(cos_map(handle), (Bytes{3, 0, 1, 1, 2, 2, 3, 3}));
-    daemon(handle, QD_CLI_CMD_NO_WRR_COSMAP, 0, cos_value(0, {0}));  // CoS 0 is on queue 3: stays
-    EXPECT_EQ(cos_map(handle)[0], 3);
-}
-
 TEST_F(DaemonTest, AQueueBeyondThreeLeavesTheMapAlone) {
     const Exchange ex = daemon(handle, QD_CLI_CMD_CONF_WRR_COSMAP, 0, cos_value(4, {0}));
     EXPECT_EQ(host32(ex.payload, 0), static_cast<std::uint32_t>(qdsim::kErrBadArgument));

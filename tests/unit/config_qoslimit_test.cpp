@@ -53,27 +53,6 @@ TEST_F(QosLimitTest, ListedAndUnlistedCards) {
     EXPECT_EQ(default_for(184), 1u);
 }
 
-TEST_F(QosLimitTest, EveryListedCardAndItsNeighbours) {
-    for (unsigned card = 0; card <= 400; ++card) {
-        const bool listed = kListed.count(static_cast<std::uint16_t>(card)) != 0;
-        SCOPED_TRACE(card);
-        EXPECT_EQ(range_for(static_cast<std::uint16_t>(card)).first, listed ? 24u : 7u);
-        EXPECT_EQ(default_for(card), listed ? 0u : 1u);
-    }
-    EXPECT_EQ(range_for(0xffff), std::make_pair(7u, 3582u));
-}
-
-TEST_F(QosLimitTest, FailingCardQueryKeepsTheOrdinaryRange) {
-    pf().card_query_rc = -1;
-    EXPECT_EQ(range_for(176), std::make_pair(7u, 3582u));
-}
-
-TEST_F(QosLimitTest, DefaultUsesTheLowSixteenBitsOfTheCardIdentifier) {
-    EXPECT_EQ(default_for(0x10000u + 176), 0u);
-    EXPECT_EQ(default_for(0xabcd0000u + 337), 0u);
-    EXPECT_EQ(default_for(0x10000u + 184), 1u);
-}
-
 TEST_F(QosLimitTest, NullRecordsAreLeftAlone) {
     EXPECT_EQ(qdcli_interface_qoslimit_range_get(nullptr, nullptr, nullptr), 1);
     EXPECT_EQ(qdcli_pdcli_cmd_qd_def_get(nullptr, nullptr, nullptr), 1);
