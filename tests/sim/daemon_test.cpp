@@ -69,16 +69,6 @@ TEST_F(DaemonTest, ARegisteredCommandGetsTheDecodedRequestAndTheModel) {
     qdsim::take_diagnostics();
 }
 
-TEST_F(DaemonTest, DebugDumpPrintsATraceOfTheRequest) {
-    const qd_debug_req req{0x09000000u, 0, 0, 0x1a000000u};
-    EXPECT_EQ(sdwrap_debug_dump(handle, MTS_NODE_LOCAL, QD_MTS_SAP, &req, sizeof req, QD_DEBUG_FUNC_PRINT_ALL), 0);
-    EXPECT_EQ(output, "qd: qd_debug_eng_print_all selector 9 arg 0x0 if_index 0x1a000000 (Ethernet1/1)\n");
-    output.clear();
-    const qd_memstats_req mem{0, 1, 5, 0xffffffffu};
-    sdwrap_debug_dump(handle, MTS_NODE_LOCAL, QD_MTS_SAP, &mem, sizeof mem, QD_DEBUG_FUNC_MEMSTATS);
-    EXPECT_EQ(output, "qd: mtrack_dump_memstats detail 1 type 5 mask 0xffffffff\n");
-}
-
 TEST_F(DaemonTest, DebugDumpRefusesWhatItCannotDeliver) {
     const qd_debug_req req{0x01000000u, 0, 0, 0};
     EXPECT_EQ(sdwrap_debug_dump(handle, MTS_NODE_LOCAL, QD_MTS_SAP, &req, 12, QD_DEBUG_FUNC_PRINT_ALL), qdsim::kErrBadRequest);
