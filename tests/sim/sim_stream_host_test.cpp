@@ -3,7 +3,9 @@
 // the end-to-end cases switch-report*.)
 #include <nlohmann/json.hpp>
 
-#include "sim_stream_fixture.hpp"
+#include "frame/platform_query.hpp"
+#include "qdcli/handlers.h"
+#include "sim_fixture.hpp"
 
 namespace simtest {
 namespace {
@@ -17,7 +19,23 @@ const char *kHostSwitch = R"({
                  "Ethernet101/1/3": {"hif_queuing": {"stats_format": 2}}}
 })";
 
-using HostStreamTest = StreamTest;
+class HostStreamTest : public SimTest {
+protected:
+    void SetUp() override {
+        SimTest::SetUp();
+        qdcli::platform_type_cache_reset();
+    }
+    // The switch-wide report as the shell runs it: the daemon's stream handed
+    // to the library's renderer.
+    std::string show_switch() {
+        cmd_rsp rsp{};
+        qdsim::open_switch_stream(&rsp, handle);
+        ::testing::internal::CaptureStdout();
+        EXPECT_EQ(qd_cli_show_queuing_intf_switch(&rsp), -1);
+        EXPECT_TRUE(qdsim::check_ledger(handle).empty());
+        return ::testing::internal::GetCapturedStdout();
+    }
+};
 
 TEST_F(HostStreamTest, TheSwitchReportSectionIsChecked) {
     const struct {
@@ -39,12 +57,13 @@ TEST_F(HostStreamTest, TheSwitchReportSectionIsChecked) {
     }
     // A state whose named interface has gone is refused, and the switch
     // stays as it was.
-    load(kHostSwitch);
-    set("/switch_report", R"({"host_interface": "Ethernet101/1/3"})");
+    std::string error;
+    qdsim::ScenarioError e;
+    ASSERT_TRUE(qdsim::load_scenario_text(kHostSwitch, "stream.json", e)) << e.message();
+    ASSERT_TRUE(qdsim::set_state_value("/switch_report", R"({"host_interface": "Ethernet101/1/3"})", error)) << error;
     auto state = nlohmann::json::parse(qdsim::dump_state_json());
     state["extenders"][0]["ports"] = "1-2";
     state["interfaces"].erase("Ethernet101/1/3");
-    qdsim::ScenarioError e;
     EXPECT_FALSE(qdsim::load_scenario_text(state.dump(), "state.json", e));
     EXPECT_NE(e.message().find("no host interface named \"Ethernet101/1/3\""), std::string::npos) << e.message();
     EXPECT_NE(show_switch().find("Ethernet101/1/3 queuing information:"), std::string::npos);

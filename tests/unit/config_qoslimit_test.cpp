@@ -3,7 +3,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <set>
 
 #include "double/fixture.hpp"
 #include "qdcli/handlers.h"
@@ -11,9 +10,6 @@
 namespace {
 
 // The large-queue cards, written out independently of the library's table.
-const std::set<std::uint16_t> kListed = {176, 182, 183, 206, 222, 223, 237, 248, 249, 267, 268, 269, 271,
-                                         272, 282, 283, 300, 302, 314, 315, 316, 317, 318, 319, 333, 337};
-
 class QosLimitTest : public qdtest::PlatformTest {
 protected:
     // {lowest, highest} for the card the platform reports.

@@ -60,13 +60,6 @@ protected:
         for (const auto &arg : args()) ids.insert(arg.attr);
         return ids;
     }
-    // Index of the first printer call after the first flush.
-    std::size_t first_after_flush() const {
-        const auto &calls = qdtest::platform().printer_calls;
-        std::size_t i = 0;
-        while (i < calls.size() && calls[i].flushes_before == 0) ++i;
-        return i;
-    }
 };
 
 TEST_F(HifTypedReport, SameReportAsTextButForTheListedDifferences) {

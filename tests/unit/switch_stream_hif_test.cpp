@@ -32,31 +32,14 @@ protected:
         rsp.mts_handle = 0x77;
         return qdtest::capture_stdout([&] { result = qd_cli_show_queuing_intf_switch_hif(&rsp, kName, kHif); });
     }
-    // One queueing row: queue, qos-groups and cos values (4-byte values),
-    // priority, bandwidth, MTU.
-    void queue_row(std::uint8_t queue, const std::vector<Bytes> &groups, const std::vector<Bytes> &cos,
-                   std::uint8_t priority, std::uint8_t bandwidth, Bytes mtu) {
-        attr(0x14ff00d6, {queue});
-        for (const Bytes &g : groups) attr(0x11ff00d7, g);
-        for (const Bytes &c : cos) attr(0x14ff00d8, c);
-        attr(0x14ff00d9, {priority});
-        attr(0x14ff00da, {bandwidth});
-        attr(0x14ff00db, std::move(mtu));
-    }
     std::int32_t result = 0;
 };
 
 const std::string kHeading = "if_slot 3, ifidx 0x1f010000\nEthernet101/1/1 queuing information:\n  Input buffer allocation:";
-const std::string kXonHeading = "\n  xon       xoff      buffer-size\n  ---------+---------+-----------\n";
 const std::string kQueueingHeading =
     "\n  Queueing:\n"
     "  queue    qos-group    cos            priority  bandwidth mtu \n"
     "  --------+------------+--------------+---------+---------+----\n";
-const std::string kTwoColumnHeading =
-    "\n  Queue Statistics:\n"
-    "  queue  rx              tx                   \n"
-    "  ------+---------------+---------------      \n";
-const std::string kRule = "  ---+----------------+-----------+------------+----------+-----------+\n";
 
 TEST_F(SwitchStreamHifTest, EmptyStreamPrintsNothingAndEndsWithMinusOne) {
     EXPECT_EQ(run({}), "");
