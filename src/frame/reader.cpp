@@ -28,7 +28,7 @@ std::uint16_t PayloadReader::host16(std::size_t offset) const {
 
 std::uint32_t PayloadReader::host32(std::size_t offset) const {
     std::uint32_t value = 0;
-    if (covers(offset, 2)) std::memcpy(&value, data_ + offset, 4);
+    if (covers(offset, 4)) std::memcpy(&value, data_ + offset, 4);
     return value;
 }
 

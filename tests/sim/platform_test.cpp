@@ -16,27 +16,6 @@ using PlatformTest = SimTest;
 
 std::uint32_t index_of(const char *name) { return *qdsim::find_interface(name); }
 
-TEST_F(PlatformTest, ExtenderLookupsTakeOneBelowTheExtenderNumber) {
-    std::uint8_t slot = 99, sat = 0;
-    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(100, 0, &slot), 0);  // extender 101
-    EXPECT_EQ(slot, 33);
-    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(101, 0, &slot), 0);
-    EXPECT_EQ(slot, 34);
-    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(102, 0, &slot), qdsim::kErrNoModule);
-    EXPECT_EQ(slot, 0);
-    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(100, 1, &slot), qdsim::kErrNoModule);
-    EXPECT_EQ(if_index_sat_get_sat_from_slot(34, &sat), 0);
-    EXPECT_EQ(sat, 102);
-    EXPECT_EQ(if_index_sat_get_sat_from_slot(1, &sat), qdsim::kErrNoModule);
-
-    satmgr_module_info info{};
-    EXPECT_EQ(satmgr_get_module_info(33, &info), 0);
-    EXPECT_EQ(info.node, 0x2202u);  // the node of slot 33
-    EXPECT_EQ(info.word0, 101u);
-    EXPECT_EQ(satmgr_get_module_info(0, &info), qdsim::kErrNoModule);
-    EXPECT_EQ(satmgr_get_module_info(1, &info), qdsim::kErrNoModule);  // a line card is no module
-}
-
 class EnumerationTest : public SimTest {
 protected:
     // One pass as the library makes it.
