@@ -34,7 +34,7 @@ static_assert(sizeof kCountsDashes - 1 == 28 && sizeof kEventsDashes - 1 == 52);
 constexpr std::size_t kStampOffset = 4;
 constexpr std::size_t kStampFieldSize = 256;
 constexpr std::size_t kPortOffset = 260;
-constexpr std::size_t kModuleOffset = 265;
+constexpr std::size_t kModuleOffset = 264;
 constexpr std::size_t kStampShown = 26;  // characters of the time stamp that are printed
 static_assert(kModuleOffset < PAUSE_EVENT_REC_SIZE && kStampOffset + kStampFieldSize <= kPortOffset);
 
