@@ -21,6 +21,7 @@ import argparse
 import os
 import re
 import shutil
+import signal
 import subprocess
 import sys
 import time
@@ -87,7 +88,14 @@ def run(command, log, timeout=None):
         return "timeout"
 
 
+def interrupted(signum, _frame):
+    # Turned into an exception so that the mutated file is restored.
+    raise KeyboardInterrupt(f"signal {signum}")
+
+
 def main():
+    for signum in (signal.SIGTERM, signal.SIGHUP):
+        signal.signal(signum, interrupted)
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("ids", nargs="*", help="mutant IDs to run (default: all)")
     parser.add_argument("--list", default=str(ROOT / "scripts" / "mutants.txt"))
