@@ -27,5 +27,6 @@ percent=$(awk -v t="$tests" -v c="$code" 'BEGIN { printf "%.1f", 100 * t / c }')
 echo "test code: $tests lines, code: $code lines, ratio $percent % (limit $limit %)"
 if awk -v p="$percent" -v l="$limit" 'BEGIN { exit !(p > l) }'; then
   echo "test-ratio: the tests are $percent % of the code, more than $limit %: make them leaner" >&2
+  for d in tests/*/; do echo "  $(count "$d") ${d%/}"; done | sort -rn >&2
   exit 1
 fi
