@@ -1,9 +1,11 @@
 #include "double/platform_double.hpp"
 
 #include <arpa/inet.h>
+#include <stdio_ext.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -248,6 +250,8 @@ int32_t mts_send(uint32_t handle, uint32_t node, uint32_t sap, uint32_t opcode, 
         request.payload.assign(p, p + length);
     }
     if (flags != 0 || reserved != 0) s.errors.push_back("mts_send with non-zero trailing arguments");
+    // One exchange at a time: nothing received may still be held.
+    if (qdtest::live_messages() != 0) s.errors.push_back("mts_send while a message is still held");
     s.platform.sent.push_back(request);
     if (s.platform.replies.empty()) {
         s.errors.push_back("mts_send with no scripted reply");
@@ -337,6 +341,7 @@ int32_t sdwrap_debug_dump(uint32_t handle, uint32_t node, uint32_t sap, const vo
         dump.request.assign(p, p + length);
     }
     dump.func = func_name ? func_name : "";
+    dump.stdout_pending = __fpending(stdout);
     state().platform.debug_dumps.push_back(dump);
     return 0;
 }
@@ -588,7 +593,18 @@ int32_t invoke_enumeration_function(const char *lib_name, const char *enum_func,
     qdtest::EnumPass pass = p.enum_passes.front();
     p.enum_passes.pop_front();
     *status = pass.status;
-    if (pass.rc < 0 || pass.status < 0) return pass.rc;
+    if (pass.rc < 0 || pass.status < 0) {
+        // A failed pass may leave a stale array behind that is not the
+        // caller's: neither to be read nor freed.
+        static std::uint32_t stale[8];
+        if (pass.indexes) {
+            const std::size_t n = std::min(pass.indexes->size(), std::size(stale));
+            std::copy_n(pass.indexes->begin(), n, stale);
+            result->indexes = stale;
+            result->count = static_cast<std::int32_t>(n);
+        }
+        return pass.rc;
+    }
     if (pass.indexes) {
         const std::size_t n = pass.indexes->size();
         result->indexes = static_cast<uint32_t *>(std::malloc(n ? n * 4 : 1));

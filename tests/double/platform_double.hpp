@@ -95,6 +95,7 @@ struct DebugDump {
     std::uint32_t handle = 0, node = 0, sap = 0;
     Bytes request;
     std::string func;
+    std::size_t stdout_pending = 0;  // bytes the caller had left in stdout's buffer
 };
 
 struct Attr {

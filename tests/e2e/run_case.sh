@@ -40,6 +40,16 @@ mkdir "$tmp/work"
 cp -R "$dir"/. "$tmp/work/"
 (cd "$tmp/work" && exec "$qdsh" "${args[@]}") <"$stdin" >"$tmp/stdout" 2>"$tmp/stderr"
 echo $? >"$tmp/status"
+# A case whose golden holds only the lines that matter selects them with a
+# filter: a bash command line that reads qdsh's standard output on its
+# standard input and prints what `expected` holds.
+if [ -f "$dir/filter" ]; then
+  mv "$tmp/stdout" "$tmp/stdout.whole"
+  if ! bash "$dir/filter" <"$tmp/stdout.whole" >"$tmp/stdout"; then
+    echo "$name: the filter failed"
+    exit 1
+  fi
+fi
 left_behind=""
 [ -e "$tmp/work/vrid" ] && left_behind="the pause log's key directory vrid/"
 

@@ -12,28 +12,6 @@ protected:
     }
 };
 
-TEST_F(ClockTest, CloseCommandAdvancesEveryRatedCounterByOneTick) {
-    const std::string drops = "/interfaces/Ethernet101~11~11/qos_counters/tx_queue_drops";
-    EXPECT_EQ(value(drops), 12u);
-    EXPECT_EQ(value("/interfaces/Ethernet101~11~12/qos_counters/tx_queue_drops"), 0u);
-    finish();
-    EXPECT_EQ(value(drops), 15u);
-    EXPECT_EQ(value("/interfaces/Ethernet101~11~12/qos_counters/tx_queue_drops"), 0u);  // no rate
-    EXPECT_EQ(qdsim::clock_ticks(), 1u);
-    qdsim::advance_clock(10);
-    EXPECT_EQ(value(drops), 45u);
-    EXPECT_EQ(qdsim::clock_ticks(), 11u);
-}
-
-TEST_F(ClockTest, CountersGoPast32Bits) {
-    const std::string drops = "/interfaces/Ethernet102~11~148/qos_counters/tx_queue_drops";
-    qdsim::advance_clock(5);
-    EXPECT_EQ(value(drops), 4294967290ull + 10u);
-    qos_counter_block block{};
-    statscl_get_qos_counters(0, *qdsim::find_interface("Ethernet102/1/48"), 0, &block);
-    EXPECT_EQ(block.tx_queue_drops, 4294967300u);
-}
-
 TEST_F(ClockTest, RatesMirrorTheirCountersThroughObjectsAndArrays) {
     qdsim::ScenarioError e;
     ASSERT_TRUE(qdsim::load_scenario_text(R"({

@@ -24,25 +24,6 @@ std::uint32_t cos_value(std::uint8_t queue, std::initializer_list<unsigned> cos)
     return v;
 }
 
-TEST_F(DaemonTest, ShowGivesTheDefaultMapInBytesFourToEleven) {
-    EXPECT_EQ(cos_map(handle), (Bytes{0, 0, 1, 1, 2, 2, 3, 3}));
-}
-
-TEST_F(DaemonTest, ConfigureMapsTheSetAndShowReflectsIt) {
-    const Exchange ex = daemon(handle, QD_CLI_CMD_CONF_WRR_COSMAP, 0, cos_value(3, {0, 1, 2}));
-    EXPECT_EQ(ex.recv_rc, 0);
-    EXPECT_EQ(cos_map(handle), (Bytes{3, 3, 3, 1, 2, 2, 3, 3}));
-    EXPECT_EQ(qdsim::current_model().state()["cos_map"], nlohmann::json::array({3, 3, 3, 1, 2, 2, 3, 3}));
-}
-
-TEST_F(DaemonTest, RemoveReturnsCosOfThatQueueToTheirDefault) {
-    daemon(handle, QD_CLI_CMD_CONF_WRR_COSMAP, 0, cos_value(3, {0, 1, 2}));
-    daemon(handle, QD_CLI_CMD_NO_WRR_COSMAP, 0, cos_value(3, {1, 2, 4}));  // CoS 4 is on queue 2: stays
-    EXPECT_EQ(cos_map(handle), (Bytes{3, 0, 1, 1, 2, 2, 3, 3}));
-    daemon(handle, QD_CLI_CMD_NO_WRR_COSMAP, 0, cos_value(0, {0}));  // CoS 0 is on queue 3: stays
-    EXPECT_EQ(cos_map(handle)[0], 3);
-}
-
 TEST_F(DaemonTest, AQueueBeyondThreeLeavesTheMapAlone) {
     const Exchange ex = daemon(handle, QD_CLI_CMD_CONF_WRR_COSMAP, 0, cos_value(4, {0}));
     EXPECT_EQ(host32(ex.payload, 0), static_cast<std::uint32_t>(qdsim::kErrBadArgument));
@@ -86,16 +67,6 @@ TEST_F(DaemonTest, ARegisteredCommandGetsTheDecodedRequestAndTheModel) {
     EXPECT_EQ(seen.mts_handle, handle);
     EXPECT_EQ(host32(ex.payload, 0), 192u);
     qdsim::take_diagnostics();
-}
-
-TEST_F(DaemonTest, DebugDumpPrintsATraceOfTheRequest) {
-    const qd_debug_req req{0x09000000u, 0, 0, 0x1a000000u};
-    EXPECT_EQ(sdwrap_debug_dump(handle, MTS_NODE_LOCAL, QD_MTS_SAP, &req, sizeof req, QD_DEBUG_FUNC_PRINT_ALL), 0);
-    EXPECT_EQ(output, "qd: qd_debug_eng_print_all selector 9 arg 0x0 if_index 0x1a000000 (Ethernet1/1)\n");
-    output.clear();
-    const qd_memstats_req mem{0, 1, 5, 0xffffffffu};
-    sdwrap_debug_dump(handle, MTS_NODE_LOCAL, QD_MTS_SAP, &mem, sizeof mem, QD_DEBUG_FUNC_MEMSTATS);
-    EXPECT_EQ(output, "qd: mtrack_dump_memstats detail 1 type 5 mask 0xffffffff\n");
 }
 
 TEST_F(DaemonTest, DebugDumpRefusesWhatItCannotDeliver) {

@@ -16,14 +16,6 @@ protected:
     }
 };
 
-TEST_F(FaultTest, SendFailureStopsTheRequestBeforeTheDaemon) {
-    with_faults(R"([{"target": "daemon", "command": 19, "kind": "send_failure"}])");
-    const Exchange ex = daemon(handle, QD_CLI_CMD_CONF_WRR_COSMAP, 0, 0x0301);
-    EXPECT_EQ(ex.send_rc, qdsim::kErrSend);
-    EXPECT_STREQ(syserr2str(ex.send_rc), "message could not be sent");
-    EXPECT_EQ(qdsim::current_model().cos_map()[0], 0);  // never configured
-}
-
 TEST_F(FaultTest, RecvFailureLosesTheReplyAfterTheDaemonActed) {
     with_faults(R"([{"target": "daemon", "command": 19, "kind": "recv_failure", "error": "timeout"}])");
     const Exchange ex = daemon(handle, QD_CLI_CMD_CONF_WRR_COSMAP, 0, 0x0301);
@@ -31,16 +23,6 @@ TEST_F(FaultTest, RecvFailureLosesTheReplyAfterTheDaemonActed) {
     EXPECT_EQ(ex.recv_rc, qdsim::kErrTimeout);
     EXPECT_EQ(qdsim::current_model().cos_map()[0], 3);
     EXPECT_EQ(qdsim::live_messages(), 0u);
-}
-
-TEST_F(FaultTest, EmptyAndShortPayloads) {
-    with_faults(R"([{"target": "daemon", "command": 20, "kind": "empty_payload", "count": 1},
-                    {"target": "daemon", "command": 20, "kind": "short_payload", "bytes": 6}])");
-    Exchange ex = daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP);
-    EXPECT_EQ(ex.recv_rc, 0);
-    EXPECT_FALSE(ex.has_payload);
-    ex = daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP);  // the first fault is spent
-    EXPECT_EQ(ex.payload.size(), 6u);
 }
 
 TEST_F(FaultTest, CountedFaultsAreSpentAndTheStateShowsWhatIsLeft) {
@@ -57,37 +39,6 @@ TEST_F(FaultTest, UnsupportedUsesTheCommandsOwnRefusal) {
     ASSERT_EQ(ex.payload.size(), 12u);
     EXPECT_EQ(host32(ex.payload, 0), QD_STATUS_UNSUPPORTED);
     EXPECT_EQ(ex.payload[4], 0xff);
-}
-
-TEST_F(FaultTest, AnInterfaceFaultHitsOnlyThatInterface) {
-    with_faults(R"([{"target": "daemon", "interface": "eth1/3", "kind": "send_failure"}])");
-    const std::uint32_t e13 = *qdsim::find_interface("Ethernet1/3");
-    const std::uint32_t e14 = *qdsim::find_interface("Ethernet1/4");
-    EXPECT_EQ(daemon(handle, 99, e13).send_rc, qdsim::kErrSend);
-    EXPECT_EQ(daemon(handle, 99, e14).send_rc, 0);
-    EXPECT_EQ(daemon(handle, 99, 0).send_rc, 0);
-    EXPECT_EQ(qdsim::current_model().state()["faults"][0]["interface"], "Ethernet1/3");
-}
-
-TEST_F(FaultTest, AgentFaultsMatchTheExtender) {
-    with_faults(R"([{"target": "agent", "command": 27, "extender": 102, "kind": "recv_failure"}])");
-    const lc_stats_req req = lc_request(LC_STATS_CMD_VAQ_DROPS, 0);
-    const qdsim::Model &m = qdsim::current_model();
-    Exchange ex = exchange(handle, m.extender(101)->node, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
-    EXPECT_EQ(ex.recv_rc, 0);
-    ex = exchange(handle, m.extender(102)->node, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
-    EXPECT_EQ(ex.recv_rc, qdsim::kErrTimeout);
-}
-
-TEST_F(FaultTest, AgentUnsupportedSetsTheHeaderStatus) {
-    with_faults(R"([{"target": "agent", "command": 16, "interface": "Ethernet101/1/2", "kind": "unsupported"}])");
-    const std::uint32_t hif = *qdsim::find_interface("Ethernet101/1/2");
-    const lc_stats_req req = lc_request(LC_STATS_CMD_HIF_QUEUING, 3, hif);
-    const Exchange ex = exchange(handle, qdsim::current_model().extender(101)->node, LC_STATS_SAP, LC_STATS_OPC, &req,
-                                 sizeof req, 5);
-    ASSERT_GE(ex.payload.size(), 32u);
-    EXPECT_EQ(be32(ex.payload, 28), static_cast<std::uint32_t>(qdsim::kErrUnsupported));
-    EXPECT_EQ(ex.payload[0], LC_STATS_CMD_HIF_QUEUING);
 }
 
 TEST_F(FaultTest, PlatformServiceFaults) {

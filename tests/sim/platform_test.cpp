@@ -16,55 +16,6 @@ using PlatformTest = SimTest;
 
 std::uint32_t index_of(const char *name) { return *qdsim::find_interface(name); }
 
-TEST_F(PlatformTest, InterfaceTypesNamesAndSlots) {
-    const std::uint32_t eth = index_of("Ethernet2/5"), hif = index_of("Ethernet102/1/7");
-    EXPECT_EQ(eth, 0x1a010400u);
-    EXPECT_EQ(hif, 0x1f660600u);
-    std::uint8_t type = 0, slot = 0;
-    EXPECT_EQ(if_index_get_type(eth, &type), 0);
-    EXPECT_EQ(type, 26);
-    EXPECT_EQ(if_index_get_type(hif, &type), 0);
-    EXPECT_EQ(type, 31);
-    EXPECT_EQ(if_index_get_type(0x12345678, &type), qdsim::kErrNoInterface);
-    EXPECT_EQ(type, 0);
-    if_index_get_slot(eth, &slot);
-    EXPECT_EQ(slot, 2);
-    if_index_get_slot(hif, &slot);
-    EXPECT_EQ(slot, 34);  // its extender's slot
-    EXPECT_EQ(if_index_is_sub_intf(eth), 0);
-
-    char name[32];
-    EXPECT_EQ(snprintf_if_index(name, sizeof name, hif), 15);
-    EXPECT_STREQ(name, "Ethernet102/1/7");
-    char small[8];
-    snprintf_if_index(small, sizeof small, hif);
-    EXPECT_STREQ(small, "Etherne");
-    EXPECT_EQ(snprintf_if_index(name, sizeof name, 0), -1);
-    EXPECT_STREQ(name, "unknown-0x00000000");
-    EXPECT_EQ(hton_if_index(0x1a000000u), 0x0000001au);
-}
-
-TEST_F(PlatformTest, ExtenderLookupsTakeOneBelowTheExtenderNumber) {
-    std::uint8_t slot = 99, sat = 0;
-    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(100, 0, &slot), 0);  // extender 101
-    EXPECT_EQ(slot, 33);
-    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(101, 0, &slot), 0);
-    EXPECT_EQ(slot, 34);
-    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(102, 0, &slot), qdsim::kErrNoModule);
-    EXPECT_EQ(slot, 0);
-    EXPECT_EQ(if_index_sat_get_slot_from_sat_mod(100, 1, &slot), qdsim::kErrNoModule);
-    EXPECT_EQ(if_index_sat_get_sat_from_slot(34, &sat), 0);
-    EXPECT_EQ(sat, 102);
-    EXPECT_EQ(if_index_sat_get_sat_from_slot(1, &sat), qdsim::kErrNoModule);
-
-    satmgr_module_info info{};
-    EXPECT_EQ(satmgr_get_module_info(33, &info), 0);
-    EXPECT_EQ(info.node, 0x2202u);  // the node of slot 33
-    EXPECT_EQ(info.word0, 101u);
-    EXPECT_EQ(satmgr_get_module_info(0, &info), qdsim::kErrNoModule);
-    EXPECT_EQ(satmgr_get_module_info(1, &info), qdsim::kErrNoModule);  // a line card is no module
-}
-
 class EnumerationTest : public SimTest {
 protected:
     // One pass as the library makes it.
@@ -93,28 +44,6 @@ protected:
     }
     std::int32_t rc = 0;
 };
-
-TEST_F(EnumerationTest, FourPassesReportEveryEthernetAndHostInterfaceOnce) {
-    qdsim::ScenarioError e;
-    ASSERT_TRUE(qdsim::load_scenario_text(R"({"extends": "default",
-      "ethernet": [{"slot": 1, "ports": "1-48"}, {"slot": 2, "ports": "1-46"}, {"slot": 2, "ports": "47-48", "type": 1}],
-      "sub_interfaces": ["Ethernet1/1.5"], "other_interfaces": [{"name": "mgmt0", "type": 40}]})", "e.json", e))
-        << e.message();
-    const auto others = pass(0x1, "pmcli");
-    const auto type1 = pass(0x4000000000000000ull, "pmcli");
-    const auto eth = pass(0x800000);
-    const auto hosts = pass(0x10000000);
-    ASSERT_EQ(others.size(), 1u);
-    EXPECT_EQ(type1.size(), 2u);
-    EXPECT_EQ(eth.size(), 94u);  // the sub-interface is not enumerated
-    ASSERT_EQ(hosts.size(), 96u);
-    EXPECT_EQ(eth.front(), index_of("Ethernet1/1"));
-    EXPECT_EQ(eth[48], index_of("Ethernet2/1"));
-    EXPECT_TRUE(std::is_sorted(eth.begin(), eth.end()));
-    EXPECT_EQ(hosts.front(), index_of("Ethernet101/1/1"));
-    EXPECT_EQ(hosts.back(), index_of("Ethernet102/1/48"));
-    EXPECT_EQ(pass(0x2).size(), 0u);  // a bit that selects nothing
-}
 
 TEST_F(EnumerationTest, UnknownFunctionsAndMissingArgumentsFail) {
     pass(0x800000, "pmcli_fc");
@@ -146,36 +75,6 @@ TEST_F(PlatformTest, SystemServicesAnswerFromTheModel) {
     std::memcpy(&id, card + 2, 2);
     EXPECT_EQ(id, 184);
     EXPECT_EQ(pfm_get_sw_card_id_from_module(), 184u);
-}
-
-TEST_F(PlatformTest, QosCountersOfHostInterfacesOnly) {
-    qos_counter_block block;
-    std::memset(&block, 0xab, sizeof block);
-    const std::uint32_t hif = index_of("Ethernet101/1/1");
-    EXPECT_EQ(statscl_get_qos_counters(0, hif, 0, &block), 0);
-    EXPECT_EQ(block.tx_queue_drops, 12u);
-    EXPECT_EQ(block.platform0[0], 0);
-    EXPECT_EQ(statscl_clear_qos_counters(0, hif, 0, nullptr), 0);
-    statscl_get_qos_counters(0, hif, 0, &block);
-    EXPECT_EQ(block.tx_queue_drops, 0u);
-    EXPECT_EQ(statscl_get_qos_counters(0, index_of("Ethernet1/1"), 0, &block), qdsim::kErrUnsupported);
-    EXPECT_EQ(statscl_clear_qos_counters(0, 0, 0, nullptr), qdsim::kErrNoInterface);
-    EXPECT_EQ(statscl_get_qos_counters(1, hif, 0, &block), qdsim::kErrBadArgument);
-}
-
-TEST_F(PlatformTest, AgentsServeTheirSlotsNodesOnly) {
-    const lc_stats_req req = lc_request(LC_STATS_CMD_VAQ_DROPS, 0);
-    // Slot 1's line card and extender 101 (slot 33) have agents; slot 5 has none.
-    Exchange ex = exchange(handle, 0x0202, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
-    EXPECT_EQ(ex.send_rc, 0);
-    ASSERT_GE(ex.payload.size(), 32u);
-    EXPECT_EQ(be32(ex.payload, 28), static_cast<std::uint32_t>(qdsim::kErrUnsupported));  // a line card keeps no drops
-    ex = exchange(handle, 0x2202, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
-    EXPECT_EQ(ex.send_rc, 0);
-    ASSERT_GE(ex.payload.size(), 32u);
-    EXPECT_EQ(be32(ex.payload, 28), 0u);
-    ex = exchange(handle, 0x0602, LC_STATS_SAP, LC_STATS_OPC, &req, sizeof req, 5);
-    EXPECT_EQ(ex.send_rc, qdsim::kErrNoRoute);
 }
 
 TEST_F(PlatformTest, AgentsCheckTheRequestAndDecodeItForTheSubCommand) {

@@ -1,8 +1,6 @@
-// Host-interface queuing data in scenarios: what the checker refuses, and
-// what the default switch's host interfaces show.
-#include "qdcli/handlers.h"
+// Host-interface queuing data in scenarios: what the checker refuses. (What
+// the default switch's host interfaces show is in the end-to-end cases hif-*.)
 #include "sim_fixture.hpp"
-#include "support/capture_stdout.hpp"
 
 namespace simtest {
 namespace {
@@ -24,13 +22,6 @@ protected:
         ScenarioError error;
         EXPECT_FALSE(qdsim::load_scenario_text(scenario(section), "hosts.json", error)) << section;
         return error;
-    }
-
-    // The text report; the command stays open, so the clock stands still.
-    std::string show(const std::string &name) {
-        cmd_paraminfo pinfo{};
-        pinfo.mts_handle = handle;
-        return testsupport::capture_stdout([&] { qd_cli_show_queuing_hif(&pinfo, *qdsim::find_interface(name), name.c_str()); });
     }
 };
 
@@ -74,33 +65,6 @@ TEST_F(HostScenarioTest, ATemplatesBadValueIsPlacedInTheTemplate) {
   "defaults": {"host": {"hif_queuing": {"queues": [{"queue_id": 1, "bandwidth": 101}]}}}})",
                                            "lab.json", e));
     EXPECT_EQ(e.message(), "lab.json:2:81: at /defaults/host/hif_queuing/queues/0/bandwidth: 101 is above the maximum 100");
-}
-
-// Each host interface of the default switch that stands for a kind of data
-// shows it (the rest follow the profile of Ethernet101/1/1).
-TEST_F(HostScenarioTest, TheDefaultSwitchShowsEveryKindOfHostInterface) {
-    const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
-        {"Ethernet101/1/1", {"  2      48211734       \n", "  12              InActive \n", "  Queue limit: Disabled\n"}},
-        {"Ethernet101/1/41", {"  Qos-group: 0  2  (shared)\n", "\n* qos-group 5  unsupported\n", "  4        4            5 6 ",
-                             "  Buffer threshold: 65536 bytes\n  Queue limit: 131072 bytes\n", "  Active (Port 1)\n"}},
-        {"Ethernet101/1/42", {"  3              1    xoff      xoff      xoff\n", "  Active (Port 3)\n"}},
-        {"Ethernet101/1/43", {"Cmd not supported for Ethernet101/1/43, error code operation not supported\n"}},
-        {"Ethernet101/1/44", {"  queue  rx              tx  ", "  17              3               2               1408 "}},
-        {"Ethernet101/1/45", {"  2              0    xoff      xon       xon \n", "  3              1    xoff      xon       xoff\n",
-                             "  88211           InActive \n"}},
-        {"Ethernet101/1/46", {"  0                 Active \n"}},
-        {"Ethernet102/1/41", {"  Buffer threshold: 98304 bytes\n  Queue Limit Tx: 102400 bytes\n  Queue Limit Rx: 51200 bytes\n",
-                             "  2tx|        51902218|       1312|           4|         0|         96|\n"}},
-        {"Ethernet102/1/42", {"  Queue Limit Tx: Disabled\n  Queue Limit Rx: 81920 bytes\n", "enabled: no\n",
-                             "  2        0            0 1 2 3 4 5 6   WRR       100      1500\n"}},
-        {"Ethernet102/1/43", {"  queue  rx              tx  ", "  0         0         81920    \n\n  Qos-group: 1 "}},
-        {"Ethernet102/1/48", {"  4294967290      InActive \n"}},
-    };
-    for (const auto &[name, lines] : cases) {
-        const std::string out = show(name);
-        for (const std::string &line : lines) EXPECT_NE(out.find(line), std::string::npos) << name << ": " << line << "\n" << out;
-    }
-    EXPECT_TRUE(qdsim::take_diagnostics().empty());
 }
 
 }  // namespace

@@ -26,19 +26,6 @@ TEST_F(StateTest, ADumpLoadsBackAsTheSameSwitch) {
     EXPECT_EQ(qdsim::dump_state_json(), before);
 }
 
-TEST_F(StateTest, SetChangesWhatTheServicesSee) {
-    std::string error;
-    ASSERT_TRUE(qdsim::set_state_value("/cos_map/7", "0", error)) << error;
-    const Exchange ex = daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP);
-    EXPECT_EQ(ex.payload[11], 0);
-    ASSERT_TRUE(qdsim::set_state_value("/interfaces/Ethernet101~11~13/qos_counters/tx_queue_drops", "77", error)) << error;
-    qos_counter_block block{};
-    statscl_get_qos_counters(0, *qdsim::find_interface("Ethernet101/1/3"), 0, &block);
-    EXPECT_EQ(block.tx_queue_drops, 77u);
-    ASSERT_TRUE(qdsim::set_state_value("/platform/type", "3", error)) << error;
-    EXPECT_EQ(qdsim::current_model().platform_type(), 3);
-}
-
 TEST_F(StateTest, ABadValueIsRefusedAndTheStateKept) {
     std::string error;
     const std::string before = qdsim::dump_state_json();

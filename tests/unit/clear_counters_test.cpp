@@ -54,22 +54,6 @@ protected:
     }
 };
 
-TEST_F(ClearInterfaceTest, HostInterfaceClearsDaemonQosAndPauseCounters) {
-    pf().replies.push_back(Reply::empty());  // the confirmation is not read
-    pf().qos_clear_rc = -5;                  // ignored: the pause counters are cleared all the same
-    Command command;
-    command.handle(9).arg_u32(0, kHif, PARAM_ID_IF_INDEX);
-    std::string out;
-    EXPECT_EQ(run(command, out), 0);
-    EXPECT_EQ(out, "");
-    ASSERT_EQ(pf().sent.size(), 1u);
-    EXPECT_EQ(pf().sent[0].handle, 9u);
-    EXPECT_EQ(pf().sent[0].payload, daemon_request(24, kHif));
-    EXPECT_EQ(pf().qos_clears, std::vector<std::uint32_t>{kHif});
-    ASSERT_EQ(pf().vsh_commands.size(), 1u);
-    expect_command_record(pf().vsh_commands[0], "clear interface priority-flow-control Ethernet101/1/3");
-}
-
 TEST_F(ClearInterfaceTest, PauseCountersAreClearedOnlyWhenTheLow16BitsOfTheVdcAreOne) {
     const struct {
         std::uint32_t vdc;
@@ -176,44 +160,6 @@ TEST_F(ClearQosTest, OnlyHostInterfacesAreClearedAndTheirResultPassedOn) {
     EXPECT_EQ(pf().qos_clears, (std::vector<std::uint32_t>{kHif, kHif}));
 }
 
-TEST_F(ClearQosTest, AllVisitsEveryEnumeratedIndexOnceAndSkipsFailedPasses) {
-    pf().add_interface(kEth, 26, "Ethernet1/7");
-    pf().add_interface(kHif, 31, "Ethernet101/1/3");
-    pf().add_interface(kHif + 1, 31, "Ethernet101/1/4");
-    pf().add_interface(kHif + 2, 31, "Ethernet101/1/5");
-    pf().qos_clear_rc = -7;  // a failed clear stops nothing
-    pf().enum_passes = {
-        EnumPass{0, 0, -1, std::vector<std::uint32_t>{kHif, kEth, 0}},
-        EnumPass{-1, 0, -1, std::vector<std::uint32_t>{kHif + 2}},  // failed call: not visited
-        EnumPass{0, -3, -1, std::vector<std::uint32_t>{kHif + 2}},  // failed status: not visited
-        EnumPass{0, 0, -1, std::vector<std::uint32_t>{kHif + 1}},
-    };
-    Command command;
-    std::int32_t rc = 1;
-    const std::string out = qdtest::capture_stdout([&] { rc = qd_cli_clear_qos_stats_all(command.info()); });
-    EXPECT_EQ(rc, 0);
-    EXPECT_EQ(out, "");
-    EXPECT_EQ(pf().qos_clears, (std::vector<std::uint32_t>{kHif, kHif + 1}));
-    EXPECT_EQ(pf().enum_calls.size(), 4u);
-}
-
-TEST_F(ClearQosTest, AllReturnsZeroWhenEveryPassFails) {
-    const auto failed = [](std::int32_t rc, std::int32_t status) {
-        EnumPass pass;
-        pass.rc = rc;
-        pass.status = status;
-        pass.indexes = std::vector<std::uint32_t>{kHif};
-        return pass;
-    };
-    pf().enum_passes = {failed(-1, 0), failed(-1, 0), failed(0, -1), failed(0, -1)};
-    Command command;
-    EXPECT_EQ(qd_cli_clear_qos_stats_all(command.info()), 0);
-    EXPECT_EQ(pf().enum_calls.size(), 4u);
-    EXPECT_TRUE(pf().qos_clears.empty());
-    EXPECT_EQ(qd_cli_clear_qos_stats_all(nullptr), 0);
-    EXPECT_EQ(pf().enum_calls.size(), 4u);
-}
-
 class ClearAllTest : public qdtest::PlatformTest {};
 
 TEST_F(ClearAllTest, ClearsDaemonThenEveryHostInterfaceThenAllPauseCounters) {
@@ -233,31 +179,6 @@ TEST_F(ClearAllTest, ClearsDaemonThenEveryHostInterfaceThenAllPauseCounters) {
     EXPECT_EQ(pf().qos_clears, std::vector<std::uint32_t>{kHif});
     ASSERT_EQ(pf().vsh_commands.size(), 1u);
     expect_command_record(pf().vsh_commands[0], "clear interface priority-flow-control");
-}
-
-TEST_F(ClearAllTest, OutsideVdcOneNoCommandLineRuns) {
-    pf().vdc = 0x00010002u;
-    pf().replies.push_back(Reply::empty());
-    Command command;
-    EXPECT_EQ(qd_cli_clear_queuing_all(command.info()), 0);
-    EXPECT_EQ(pf().enum_calls.size(), 4u);
-    EXPECT_TRUE(pf().vsh_commands.empty());
-}
-
-TEST_F(ClearAllTest, FailedExchangeIsToldWithPutsAndStopsEverything) {
-    pf().error_texts[kLinkDown] = "queue 50% full";
-    for (const Reply &failure : {Reply::send_failure(kLinkDown), Reply::recv_failure(kLinkDown)}) {
-        pf().replies.push_back(failure);
-        Command command;
-        std::int32_t rc = 0;
-        const std::string out = qdtest::capture_stdout([&] { rc = qd_cli_clear_queuing_all(command.info()); });
-        EXPECT_EQ(rc, kLinkDown);
-        EXPECT_EQ(out, "queue 50% full\n");
-    }
-    EXPECT_TRUE(pf().enum_calls.empty());
-    EXPECT_TRUE(pf().qos_clears.empty());
-    EXPECT_TRUE(pf().vsh_commands.empty());
-    EXPECT_EQ(qd_cli_clear_queuing_all(nullptr), 1);
 }
 
 }  // namespace

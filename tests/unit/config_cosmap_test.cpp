@@ -48,25 +48,6 @@ protected:
     }
 };
 
-TEST_F(CosMapTest, ConfigureSendsTheMapValueToTheDaemon) {
-    pf().platform_type = 1;
-    pf().replies.push_back(Reply::bytes({0, 0, 0, 0}));
-    Command command;
-    command.handle(0x77).arg_u8(PARAM_TYPE_QUEUE, 2).arg_u8(PARAM_TYPE_COS, 3).arg_u8(PARAM_TYPE_COS, 5);
-    EXPECT_EQ(run(qd_cli_conf_wrrqueue_cosmap, command), "");
-    EXPECT_EQ(status, 0);
-    ASSERT_EQ(pf().sent.size(), 1u);
-    const auto &sent = pf().sent[0];
-    EXPECT_EQ(sent.handle, 0x77u);
-    EXPECT_EQ(sent.node, 0xfe000000u);
-    EXPECT_EQ(sent.sap, 612u);
-    EXPECT_EQ(sent.opcode, 0x20002u);
-    EXPECT_EQ(sent.payload, daemon_request(19, 0, 0x00000228));
-    EXPECT_TRUE(sent.received);
-    EXPECT_EQ(sent.recv_opts.word[0], 1u);
-    EXPECT_EQ(sent.recv_opts.word[2], 0u);
-}
-
 TEST_F(CosMapTest, MapValueRules) {
     struct Case {
         const char *what;
@@ -99,16 +80,6 @@ TEST_F(CosMapTest, MapValueRules) {
     }
 }
 
-TEST_F(CosMapTest, ArgumentWithoutValueIsSkipped) {
-    pf().platform_type = 0;
-    pf().replies.push_back(Reply::bytes({0}));
-    Command command;
-    command.arg_null(PARAM_TYPE_COS).arg_u8(PARAM_TYPE_COS, 2);
-    run(qd_cli_conf_wrrqueue_cosmap, command);
-    ASSERT_EQ(pf().sent.size(), 1u);
-    EXPECT_EQ(pf().sent[0].payload, daemon_request(19, 0, 0x4));
-}
-
 TEST_F(CosMapTest, NegatedConfigureIsHandedToTheRemoveAndReturnsZero) {
     pf().platform_type = 1;
     pf().replies.push_back(Reply::send_failure(0x40aa0007));
@@ -119,21 +90,6 @@ TEST_F(CosMapTest, NegatedConfigureIsHandedToTheRemoveAndReturnsZero) {
     EXPECT_EQ(status, 0);  // the remove's failure is not passed on
     ASSERT_EQ(pf().sent.size(), 1u);
     EXPECT_EQ(pf().sent[0].payload, daemon_request(21, 0, 0x140));
-}
-
-TEST_F(CosMapTest, RemoveCalledDirectlyIsNeverRefusedNorAsksThePlatform) {
-    for (std::int32_t type : {0, 2, 3}) {
-        fresh();
-        pf().platform_type = type;
-        pf().replies.push_back(Reply::bytes({0}));
-        Command command;
-        command.arg_u8(PARAM_TYPE_COS, 1);
-        EXPECT_EQ(run(qd_cli_no_wrrqueue_cosmap, command), "");
-        EXPECT_EQ(status, 0);
-        EXPECT_EQ(pf().platform_type_queries, 0);
-        ASSERT_EQ(pf().sent.size(), 1u);
-        EXPECT_EQ(pf().sent[0].payload, daemon_request(21, 0, 0x2));
-    }
 }
 
 TEST_F(CosMapTest, PlatformRefusalsRunOppositeWays) {
@@ -184,70 +140,6 @@ TEST_F(CosMapTest, NullRecordReturnsOneAndDoesNothing) {
     EXPECT_EQ(pf().platform_type_queries, 0);
 }
 
-TEST_F(CosMapTest, TransportFailuresPrintTheErrorTextOnItsOwnLine) {
-    struct Case {
-        std::int32_t (*handler)(cmd_paraminfo *);
-        std::int32_t platform_type;
-    };
-    const Case handlers[] = {{qd_cli_conf_wrrqueue_cosmap, 1}, {qd_cli_no_wrrqueue_cosmap, 1},
-                             {qd_cli_show_wrrqueue_cosmap, 2}};
-    for (const Case &h : handlers) {
-        for (bool on_send : {true, false}) {
-            SCOPED_TRACE(on_send ? "send" : "receive");
-            fresh();
-            pf().platform_type = h.platform_type;
-            const std::int32_t code = on_send ? 0x41020005 : 0x41020006;
-            pf().error_texts[code] = "queue 100% busy %s%n";  // printed as it stands
-            pf().replies.push_back(on_send ? Reply::send_failure(code) : Reply::recv_failure(code));
-            Command command;
-            EXPECT_EQ(run(h.handler, command), "queue 100% busy %s%n\n");
-            EXPECT_EQ(status, code);
-            ASSERT_EQ(pf().sent.size(), 1u);
-            EXPECT_EQ(pf().sent[0].received, !on_send);
-        }
-    }
-}
-
-TEST_F(CosMapTest, ConfigureDoesNotReadTheReply) {
-    pf().platform_type = 1;
-    pf().replies.push_back(Reply::empty());
-    Command command;
-    EXPECT_EQ(run(qd_cli_conf_wrrqueue_cosmap, command), "");
-    EXPECT_EQ(status, 0);
-}
-
-TEST_F(CosMapTest, ShowPrintsTheReferenceMapInFiveLines) {
-    pf().replies.push_back(Reply::bytes(kSampleReply));
-    Command command;
-    command.handle(9);
-    EXPECT_EQ(run(qd_cli_show_wrrqueue_cosmap, command), kSampleOutput);
-    EXPECT_EQ(status, 0);
-    ASSERT_EQ(pf().sent.size(), 1u);
-    EXPECT_EQ(pf().sent[0].handle, 9u);
-    EXPECT_EQ(pf().sent[0].payload, daemon_request(20, 0, 0));
-}
-
-TEST_F(CosMapTest, ShowRowsOfQueuesWithoutCosAndOutOfRangeQueues) {
-    // CoS 0 and 7 name queues 4 and 0xff: they appear in no row. Bytes
-    // after the map are ignored.
-    pf().replies.push_back(Reply::bytes({0, 0, 0, 0, 4, 2, 2, 1, 1, 2, 1, 0xff, 0, 0, 0}));
-    Command command;
-    EXPECT_EQ(run(qd_cli_show_wrrqueue_cosmap, command),
-              "MCAST Queue ID\t\t Cos Map\n"
-              "0\t\t\t\n"
-              "1\t\t\t3 4 6 \n"
-              "2\t\t\t1 2 5 \n"
-              "3\t\t\t\n");
-    EXPECT_EQ(status, 0);
-}
-
-TEST_F(CosMapTest, ShowWithEmptyPayload) {
-    pf().replies.push_back(Reply::empty());
-    Command command;
-    EXPECT_EQ(run(qd_cli_show_wrrqueue_cosmap, command), "mts payload is empty");
-    EXPECT_EQ(status, 0);
-}
-
 TEST_F(CosMapTest, ShortShowReplyIsRefusedWithoutReadingPastItsEnd) {
     // The payload ends at an inaccessible page: a read past it would fault.
     for (const Bytes &reply : {Bytes{0, 0, 0, 0, 0, 0, 0, 1, 3, 3, 3}, Bytes{0, 0, 0, 0}, Bytes{7}}) {
@@ -259,17 +151,6 @@ TEST_F(CosMapTest, ShortShowReplyIsRefusedWithoutReadingPastItsEnd) {
         EXPECT_EQ(status, 0);
         EXPECT_EQ(qdtest::live_messages(), 0u);
     }
-}
-
-TEST_F(CosMapTest, PlatformTypeIsAskedOnceAcrossCommands) {
-    pf().replies.push_back(Reply::bytes(kSampleReply));
-    pf().replies.push_back(Reply::bytes(kSampleReply));
-    Command command;
-    run(qd_cli_show_wrrqueue_cosmap, command);
-    run(qd_cli_show_wrrqueue_cosmap, command);
-    EXPECT_EQ(pf().platform_type_queries, 1);
-    run(qd_cli_conf_wrrqueue_cosmap, command);  // refused from the cache
-    EXPECT_EQ(pf().platform_type_queries, 1);
 }
 
 }  // namespace

@@ -50,25 +50,6 @@ protected:
     }
 };
 
-TEST_F(EnumerationTest, DescriptorsAreBuiltByteForByte) {
-    for (unsigned pass = 0; pass < 4; ++pass) {
-        SCOPED_TRACE(pass);
-        const PassTable &row = kPasses[pass];
-        Bytes expected(224, 0);  // zero-filled, then mask (host order), names, selector
-        std::memcpy(&expected[0], &row.mask, 8);
-        std::memcpy(&expected[8], row.lib, std::strlen(row.lib));
-        std::memcpy(&expected[24], "pm_cli_if_index_enum_func", 25);
-        std::memcpy(&expected[72], row.show, std::strlen(row.show));
-        std::memcpy(&expected[120], "NULL", 4);
-        std::memcpy(&expected[168], row.header, std::strlen(row.header));
-        std::memcpy(&expected[216], &row.selector, 4);
-        const if_enum_desc desc = qdcli::enumeration_descriptor(pass);
-        Bytes actual(sizeof desc);
-        std::memcpy(actual.data(), &desc, sizeof desc);
-        EXPECT_EQ(actual, expected);
-    }
-}
-
 TEST_F(EnumerationTest, FourPassesInOrderWithTheirArguments) {
     qdtest::Command cmd;
     EXPECT_EQ(run_all(cmd), "");
@@ -94,32 +75,6 @@ TEST_F(EnumerationTest, FourPassesInOrderWithTheirArguments) {
     EXPECT_EQ(pf().range_word1_at_populate, 0u);
     EXPECT_EQ(pf().pinfo_copies, 1);
     EXPECT_EQ(pf().arg_inserts, 1);
-}
-
-TEST_F(EnumerationTest, ANewlineFollowsEachInterfaceReportedWithZeroOnly) {
-    qdtest::Command cmd;
-    cmd.handle(0x31).id(7);
-    pf().enum_passes.push_back(pass_of({kEthOk, kEthUnsupported}));
-    pf().enum_passes.push_back(pass_of({kOther}));
-    pf().enum_passes.push_back(pass_of({}));
-    pf().enum_passes.push_back(pass_of({kHif, kAltDown, 0}));
-    Bytes complete(200, 0), unsupported(200, 0);  // group_count 1; status 0x41f70012 in host order
-    complete[3] = unsupported[3] = 1;
-    unsupported[4] = 0x12, unsupported[6] = 0xf7, unsupported[7] = 0x41;
-    pf().replies.push_back(Reply::bytes(complete));           // kEthOk: 0
-    pf().replies.push_back(Reply::bytes(unsupported));        // kEthUnsupported: 1
-    pf().replies.push_back(Reply::send_failure(0x40aa0001));  // kHif: told in the report, 0
-    pf().replies.push_back(Reply::recv_failure(0x40aa0002));  // kAltDown: the error code
-    // kEthOk, kOther (no report: 0), kHif, then index 0 refused with 0.
-    EXPECT_EQ(run_all(cmd), "\n\n\nInvalid interface\n\n");
-    ASSERT_EQ(pf().sent.size(), 4u);
-    EXPECT_EQ(qdtest::get_host32(pf().sent[0].payload, 4), kEthOk);
-    EXPECT_EQ(qdtest::get_host32(pf().sent[1].payload, 4), kEthUnsupported);
-    EXPECT_EQ(pf().sent[2].payload[0], LC_STATS_CMD_HIF_QUEUING);
-    EXPECT_EQ(qdtest::get_host32(pf().sent[3].payload, 4), kAltDown);
-    // The reports run with the caller's own record, left as the shell set it.
-    for (const auto &sent : pf().sent) EXPECT_EQ(sent.handle, 0x31u);
-    EXPECT_EQ(cmd.info()->cmd_id, 7u);
 }
 
 TEST_F(EnumerationTest, FailedPassesAreSkippedAndEveryArrayIsReleased) {

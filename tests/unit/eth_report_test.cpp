@@ -195,18 +195,6 @@ TEST_F(EthReportTest, GroupCountUsesItsLowEightBits) {
     EXPECT_EQ(pf().flushes, 2u);
 }
 
-TEST_F(EthReportTest, DiscardsUseTheSixteenBitFormUnlessItIsZero) {
-    Bytes b = reply_with(3, 3);
-    put_record(b, 0, {{30, 2, 0}, {64, 4, 77}});
-    put_record(b, 1, {{30, 2, 0x8001}, {64, 4, 1}});
-    put_record(b, 2, {{30, 2, 0}, {64, 4, 0xfffffffeu}});
-    run(0, {Reply::bytes(b)}, 3);
-    std::vector<std::string> discards;
-    for (const auto &call : pf().printer_calls)
-        if (call.format == "        Pkts discarded on ingress\t\t: %s\n") discards.push_back(call.args[0].text);
-    EXPECT_EQ(discards, (std::vector<std::string>{"77", "32769", "4294967294"}));
-}
-
 TEST_F(EthReportTest, VaqBlockNeedsANamedInterfaceAndVaqPortOne) {
     const std::string last = "    Mcast pkts received from the cross-bar\t: 0\n";
     const std::string info = "\n  VAQ interface info:\n    VAQ Drop Class Buffer Size:   4096\n";
@@ -260,46 +248,6 @@ TEST_F(EthReportTest, VaqBlockNeedsANamedInterfaceAndVaqPortOne) {
     const Args args = printed_args();
     EXPECT_EQ(Args(args.end() - 4, args.end()),
               (Args{{0x14ff0050, 4}, {0x14ff0051, 4}, {0x14ff0052, 4}, {0x14ff0053, 4}}));
-}
-
-TEST_F(EthReportTest, UnsupportedInterfaceIsToldOnlyForCommandEighteen) {
-    Bytes b(8);  // nothing after the status is read
-    put_host32(b, 4, 0x41f70012u);
-    EXPECT_EQ(run(18, {Reply::bytes(b)}), 1);
-    EXPECT_EQ(pf().printed, "Unsupported interface\n");
-    EXPECT_EQ(pf().flushes, 1u);
-    EXPECT_EQ(pf().platform_type_queries, 0);
-    for (std::uint32_t cmd_id : {59u, 0u, 17u}) {
-        EXPECT_EQ(run(cmd_id, {Reply::bytes(b)}), 1);
-        EXPECT_EQ(pf().printed, "");
-        EXPECT_EQ(pf().flushes, 0u);
-    }
-    // The status is compared as stored: the value in network order is
-    // another value on a little-endian host.
-    Bytes network = reply_with(0, 0);
-    put_be32(network, 4, 0x41f70012u);
-    if (qdtest::get_host32(network, 4) != 0x41f70012u) {
-        EXPECT_EQ(run(18, {Reply::bytes(network)}, 3), 0);
-        EXPECT_EQ(pf().printed.rfind("Ethernet1/1 queuing information:\n", 0), 0u);
-    }
-}
-
-TEST_F(EthReportTest, TransportFailuresAreToldInAFiftyByteBuffer) {
-    const std::string long_text = "transport failure text long enough to be cut at forty-nine characters";
-    error_texts[0x40aa0001] = long_text;
-    error_texts[0x40aa0002] = "no reply, 100% lost";
-    EXPECT_EQ(run(59, {Reply::send_failure(0x40aa0001)}), 0x40aa0001);
-    EXPECT_EQ(pf().printed, long_text.substr(0, 49));
-    EXPECT_EQ(pf().flushes, 1u);
-    EXPECT_FALSE(pf().sent[0].received);
-
-    EXPECT_EQ(run(59, {Reply::recv_failure(0x40aa0002)}), 0x40aa0002);
-    EXPECT_EQ(pf().printed, "no reply, 100% lost\n");
-    EXPECT_EQ(pf().flushes, 1u);
-
-    EXPECT_EQ(run(59, {Reply::empty()}), 0);
-    EXPECT_EQ(pf().printed, "mts payload is empty");
-    EXPECT_EQ(pf().flushes, 1u);
 }
 
 TEST_F(EthReportTest, ShortRepliesAreRefusedBeforeAnythingIsPrinted) {

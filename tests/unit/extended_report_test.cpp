@@ -109,67 +109,6 @@ protected:
     }
 };
 
-TEST_F(ExtendedReportTest, ACompleteReplyPrintsTheWholeReportWithOneFlush) {
-    ASSERT_EQ(kReply.size(), 413u);
-    EXPECT_EQ(run(Reply::bytes(kReply)), 0);
-    EXPECT_EQ(pf().delivered, kReport);
-    EXPECT_EQ(pf().flushes, 1u);
-    ASSERT_EQ(pf().sent.size(), 1u);
-    EXPECT_EQ(pf().sent[0].handle, 0x2bu);
-    EXPECT_EQ(pf().sent[0].node, MTS_NODE_LOCAL);
-    EXPECT_EQ(pf().sent[0].payload, (Bytes{23, 0, 0, 0, 0x00, 0x00, 0x00, 0x1a, 0, 0, 0, 0}));
-}
-
-TEST_F(ExtendedReportTest, ValuesAreTypedArgumentsUnderTheirAttributeIds) {
-    ASSERT_EQ(run(Reply::bytes(kReply)), 0);
-    const auto &calls = pf().printer_calls;
-    ASSERT_EQ(calls.size(), 34u);  // heading, 3 + 8 map lines, 3 + 8 pass lines, 3 + 8 drop lines
-    // "attribute/length=text" of every argument of one printer call
-    auto args_of = [&](std::size_t call) {
-        std::string all;
-        for (const auto &arg : calls[call].args)
-            all += std::to_string(arg.attr) + "/" + std::to_string(arg.length) + "=" + arg.text + " ";
-        return all;
-    };
-    auto expect = [](std::initializer_list<std::tuple<std::uint32_t, std::uint32_t, const char *>> args) {
-        std::string all;
-        for (const auto &[attr, length, text] : args)
-            all += std::to_string(attr) + "/" + std::to_string(length) + "=" + text + " ";
-        return all;
-    };
-    // The two texts keep the unsigned type byte and carry text lengths.
-    EXPECT_EQ(args_of(0), expect({{0x14ff00aa, 12, "Ethernet1/1"}}));
-    EXPECT_EQ(args_of(4), expect({{0x14ff00ab, 4, "0"}, {0x14ff00ac, 4, "0"}, {0x14ff00ab, 4, "0"},
-                                  {0x14ff00ae, 4, "YES"}}));
-    EXPECT_EQ(args_of(8), expect({{0x14ff00ab, 4, "4"}, {0x14ff00ac, 4, "5"}, {0x14ff00ab, 4, "4"},
-                                  {0x14ff00ae, 3, "NO"}}));
-    EXPECT_EQ(args_of(11), expect({{0x14ff00ab, 4, "7"}, {0x14ff00ac, 4, "7"}, {0x14ff00ab, 4, "7"},
-                                   {0x14ff00ad, 4, "7"}, {0x14ff00ae, 4, "YES"}}));
-    EXPECT_EQ(args_of(15), expect({{0x14ff00af, 4, "0"}, {0x14ff00b0, 8, "4294967298"}, {0x14ff00b1, 8, "10"},
-                                   {0x14ff00b2, 8, "20"}}));
-    EXPECT_EQ(args_of(33), expect({{0x14ff00b3, 4, "7"}, {0x14ff00b4, 8, "107"}, {0x14ff00b5, 8, "117"},
-                                   {0x14ff00b6, 8, "18446744073709551615"}}));
-}
-
-TEST_F(ExtendedReportTest, EachRowShowsItsOwnQueuesSchedulingAndDropMode) {
-    // Levels 1 to 8, drop mode for queues 1 and 2 only (a reversed bit order
-    // would show 5 and 6).
-    Bytes reply = kReply;
-    for (int q = 0; q < 8; ++q) reply[4 + q] = static_cast<std::uint8_t>(q + 1);
-    reply[20] = 0x06;
-    ASSERT_EQ(run(Reply::bytes(reply)), 0);
-    EXPECT_NE(pf().delivered.find("COS[0] ===> Q[0]  |  Q[0]      SP[1]          NO\n"
-                                  "COS[1] ===> Q[1]  |  Q[1]      SP[2]          YES\n"
-                                  "COS[2] ===> Q[2]  |  Q[2]      SP[3]          YES\n"
-                                  "COS[3] ===> Q[3]  |  Q[3]      SP[4]          NO\n"
-                                  "COS[4] ===> Q[5]  |  Q[4]      SP[5]          NO\n"
-                                  "COS[5] ===> Q[5]  |  Q[5]      SP[6]          NO\n"
-                                  "COS[6] ===> Q[6]  |  Q[6]      SP[7]          NO\n"
-                                  "COS[7] ===> Q[7]  |  Q[7]      SP[8]          NO\n"),
-              std::string::npos)
-        << pf().delivered;
-}
-
 TEST_F(ExtendedReportTest, RefusalsAndFailuresAreToldThroughThePrinter) {
     const std::string long_text = "the transport refused the message: queue full on node 0xfe000000";
     Bytes unsupported = kReply;

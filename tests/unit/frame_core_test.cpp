@@ -127,37 +127,6 @@ TEST(FrameBoundedString, UnterminatedDestinationIsTerminatedWithinItsSize) {
 
 class FrameInterfaceCheck : public qdtest::PlatformTest {};
 
-TEST_F(FrameInterfaceCheck, RefusalsAndAcceptedTypes) {
-    pf().add_interface(0x1a000000u, 26, "Ethernet1/1");
-    pf().add_interface(0x1a000001u, 26, "Ethernet1/1.5", 0, true);
-    pf().add_interface(0x01000002u, 1, "port1", 0, true);  // type 1: no sub-interface test
-    pf().add_interface(0x1f000003u, 31, "Ethernet101/1/1");
-    pf().add_interface(0x05000004u, 5, "fc1/1", 0, true);  // reported by no handler: the caller skips it
-    struct Case {
-        std::uint32_t if_index;
-        const char *output;
-        bool accepted;
-        std::uint8_t type;
-        const char *name;
-    };
-    const Case cases[] = {
-        {0, "Invalid interface\n", false, 0, ""},
-        {0x1a000001u, "Command not allowed on sub-interface! \n", false, 26, ""},
-        {0x1a000000u, "", true, 26, "Ethernet1/1"},
-        {0x01000002u, "", true, 1, "port1"},
-        {0x1f000003u, "", true, 31, "Ethernet101/1/1"},
-        {0x05000004u, "", true, 5, "fc1/1"},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.if_index);
-        qdcli::CheckedInterface checked;
-        EXPECT_EQ(capture_stdout([&] { checked = qdcli::check_interface(c.if_index); }), c.output);
-        EXPECT_EQ(checked.accepted, c.accepted);
-        EXPECT_EQ(checked.type, c.type);
-        EXPECT_STREQ(checked.name, c.name);
-    }
-}
-
 TEST_F(FrameInterfaceCheck, LongNameIsCutToTheBuffer) {
     pf().add_interface(0x1a000010u, 26, std::string(40, 'n'));
     const qdcli::CheckedInterface checked = qdcli::check_interface(0x1a000010u);
@@ -197,34 +166,10 @@ TEST_F(FramePrinter, FormattedPerCentSignsInArgumentsStayLiteral) {
     EXPECT_EQ(pf().printed, "link 100% %s%s%n\n");
 }
 
-TEST_F(FramePrinter, TypedValuesTakeTheirConversionsWidth) {
-    qdcli::Printer out(3);
-    out.line("q %s|%-6s|%8s|%s\n", qdcli::u32(0x14ff0040u, 7), qdcli::text(0x30ff0041u, "ab"),
-             qdcli::u64(0x15ff0042u, 1ull << 40), qdcli::i32(0x11ff0043u, -1));
-    out.flush();
-    ASSERT_EQ(pf().printer_calls.size(), 1u);
-    const auto &call = pf().printer_calls[0];
-    ASSERT_EQ(call.args.size(), 4u);
-    EXPECT_EQ(call.args[0].length, 4u);
-    EXPECT_EQ(call.args[1].length, 3u);  // the NUL included
-    EXPECT_EQ(call.args[2].length, 8u);
-    EXPECT_EQ(call.args[3].length, 4u);
-    EXPECT_EQ(call.args[1].attr, 0x30ff0041u);
-    EXPECT_EQ(pf().delivered, "q 7|ab    |1099511627776|-1\n");
-}
-
 // ---------------------------------------------------------------------------
 // Platform-type cache: the only state kept between commands.
 
 class FramePlatformType : public qdtest::PlatformTest {};
-
-TEST_F(FramePlatformType, AskedOnceWhenTheAnswerIsNonZero) {
-    pf().platform_type = 3;
-    EXPECT_EQ(qd_cli_platform_type_get(), 3);
-    pf().platform_type = 1;  // a later answer is never asked for
-    EXPECT_EQ(qd_cli_platform_type_get(), 3);
-    EXPECT_EQ(pf().platform_type_queries, 1);
-}
 
 TEST_F(FramePlatformType, FailedQueryIsNotCached) {
     pf().platform_type_rc = 0x4001;
@@ -235,13 +180,6 @@ TEST_F(FramePlatformType, FailedQueryIsNotCached) {
     EXPECT_EQ(qd_cli_platform_type_get(), 2);
     EXPECT_EQ(qd_cli_platform_type_get(), 2);
     EXPECT_EQ(pf().platform_type_queries, 3);
-}
-
-TEST_F(FramePlatformType, AnswerOfZeroIsAskedAgain) {
-    pf().platform_type = 0;
-    EXPECT_EQ(qd_cli_platform_type_get(), 0);
-    EXPECT_EQ(qd_cli_platform_type_get(), 0);
-    EXPECT_EQ(pf().platform_type_queries, 2);
 }
 
 // ---------------------------------------------------------------------------

@@ -111,94 +111,7 @@ class InternalStatsReportTest : public qdtest::PlatformTest {};
 
 // ---- Port classes ----
 
-TEST_F(InternalStatsReportTest, ClassesComeFromPortTypeAndNifClassOnly) {
-    Port nif_0x0100 = inif(0);
-    nif_0x0100.nif_class = 0x0100;
-    Port hif_with_class = ihif(0);
-    hif_with_class.nif_class = 5;
-    Port type_0x0200 = enif(0);  // 512, not 2: a HIF port
-    type_0x0200.port_type = 0x0200;
-    EXPECT_EQ(count_ports(records({nif_0x0100}), 1), (Counts{0, 0, 1}));
-    EXPECT_EQ(count_ports(records({hif_with_class}), 1), (Counts{0, 1, 0}));
-    EXPECT_EQ(count_ports(records({type_0x0200}), 1), (Counts{0, 1, 0}));
-    EXPECT_EQ(count_ports(records({enif(0)}), 1), (Counts{1, 0, 0}));
-
-    const Bytes mixed = records({enif(0), ihif(0), enif(1), inif(0), enif(2), ihif(1), enif(3)});
-    EXPECT_EQ(count_ports(mixed, 7), (Counts{4, 2, 1}));
-    // Only the records counted are read.
-    EXPECT_EQ(count_ports(mixed, 2), (Counts{1, 1, 0}));
-    // With no records the caller's values stand.
-    EXPECT_EQ(count_ports(mixed, 0, Counts{7, 8, 9}), (Counts{7, 8, 9}));
-}
-
 // ---- The printed report ----
-
-TEST_F(InternalStatsReportTest, OneEnifPortPrintsEveryTableAndTheMap) {
-    Port p = counted(enif(0), 0);
-    p.asic_no = 3, p.port_id = 17;
-    const Bytes recs = records({p});
-    Tables t(1, 1);
-    t.process(recs, 1, {1, 0, 0});
-
-    const std::string narrow = "+-------+--------------+--------------+--------------+\n";
-    const std::string n2h_drop_rule = "+---+--------------+--------------+--------------+--------------+--------------+\n";
-    const std::string h2n_drop_rule = "+---+--------------+--------------+--------------+--------------+\n";
-    const std::string map_rule = "+---------+---------+---------+---------+---------+\n";
-    const std::string n2h_heading = " glb_idx eNIF Rcvd      iHIF Sent      iNIF Rcvd      \n";
-    const std::string h2n_heading = " glb_idx iNIF Sent      iHIF Rcvd      eNIF Sent      \n";
-    auto row = [](std::size_t index_width, std::vector<std::string> values) {
-        std::string line = cell("0", index_width);
-        for (const auto &v : values) line += cell(v, 14);
-        return line + "\n";
-    };
-    const std::string expected =
-        "\n"
-        "+-------------+\n N2H direction \n+-------------+\n"
-        " ctrl pkts     \n" + narrow + n2h_heading + narrow + row(7, {"1", "0", "0"}) + narrow +
-        " data pkts     \n" + narrow + n2h_heading + narrow + row(7, {"3", "0", "0"}) + narrow +
-        " dropped pkts     \n" + n2h_drop_rule +
-        "|glb|eNIF                         |iHIF          |iNIF                         |\n"
-        "|idx|Rx drop        Rx error      |Tx drop       |Rx drop        Rx error      |\n" +
-        n2h_drop_rule + row(3, {"5", "7", "0", "0", "0"}) + n2h_drop_rule + "\n" +
-        "+-------------+\n H2N direction \n+-------------+\n"
-        " ctrl pkts     \n" + narrow + h2n_heading + narrow + row(7, {"0", "0", "2"}) + narrow +
-        " data pkts     \n" + narrow + h2n_heading + narrow + row(7, {"0", "0", "4"}) + narrow +
-        " dropped pkts     \n" + h2n_drop_rule +
-        "|glb|iNIF          |iHIF                         |eNIF          |\n"
-        "|idx|Tx drop       |Rx drop        Rx error      |Tx drop       |\n" +
-        h2n_drop_rule + row(3, {"0", "0", "0", "8"}) + h2n_drop_rule + "\n" +
-        "+--------+\n port map \n+--------+\n" + map_rule +
-        " glb_type  glb_idx   asic_no   port_type port_id  \n" + map_rule +
-        " eNIF     " + cell("0", 9) + cell("3", 9) + cell("NIF", 9) + cell("17", 9) + "\n" + map_rule;
-    EXPECT_EQ(pf().printed, expected);
-    // One flush, at the end.
-    EXPECT_EQ(pf().flushes, 1u);
-    EXPECT_EQ(pf().delivered, expected);
-    EXPECT_EQ(pf().printer_calls.front().handle, 0x5eedu);
-}
-
-TEST_F(InternalStatsReportTest, EveryValueHasItsAttributeAndWidth) {
-    const Bytes recs = records({enif(0), ihif(0), inif(0)});
-    Tables t(1, 3);
-    t.process(recs, 3, {1, 1, 1});
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> expected;
-    auto table = [&](std::uint32_t row_attr, unsigned columns) {
-        expected.push_back({row_attr, 4});
-        for (unsigned c = 1; c <= columns; ++c) expected.push_back({row_attr + c, 8});
-    };
-    table(0x14ff0054, 3);
-    table(0x14ff0058, 3);
-    table(0x14ff005c, 5);
-    table(0x14ff0062, 3);
-    table(0x14ff0066, 3);
-    table(0x14ff006a, 4);
-    for (int entry = 0; entry < 3; ++entry)
-        expected.insert(expected.end(), {{0x14ff006f, 4}, {0x14ff0070, 4}, {0x30ff0071, 4}, {0x14ff0072, 4}});
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> printed;
-    for (const auto &call : pf().printer_calls)
-        for (const auto &arg : call.args) printed.emplace_back(arg.attr, arg.length);
-    EXPECT_EQ(printed, expected);
-}
 
 // ---- Placement ----
 
@@ -264,20 +177,6 @@ TEST_F(InternalStatsReportTest, RepeatsOverwriteAndRecordsWithoutAPlaceAreLeftOu
     ASSERT_EQ(lines.size(), 3u);  // eNIF 0, eNIF 1, iNIF 0
     EXPECT_EQ(lines[0], " eNIF     " + cell("0", 9) + cell("0", 9) + cell("NIF", 9) + cell("2", 9));
     EXPECT_EQ(lines[2].substr(0, 10), " iNIF     ");
-}
-
-TEST_F(InternalStatsReportTest, CountersAreSixtyFourBitsLowWordFirst) {
-    Bytes recs = records({enif(0)});
-    const Bytes counter = {0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x02};
-    std::copy(counter.begin(), counter.end(), recs.begin() + 12);  // ctrl_rcvd
-    Tables t(1, 1);
-    t.process(recs, 0, {1, 0, 0});  // no records: nothing placed, printed or flushed
-    EXPECT_EQ(t.n2h_ctrl[0], ~0ull);
-    EXPECT_EQ(pf().printer_calls.size(), 0u);
-    EXPECT_EQ(pf().flushes, 0u);
-    t.process(recs, 1, {1, 0, 0});
-    EXPECT_EQ(t.n2h_ctrl[0], 8589934593ull);
-    EXPECT_NE(pf().printed.find(cell("0", 7) + cell("8589934593", 14)), std::string::npos);
 }
 
 }  // namespace

@@ -92,51 +92,6 @@ TEST_F(InternalStatsTest, AsksTheDaemonThenTheSlotsAgentAndPrintsTheReport) {
     EXPECT_EQ(pf().delivered, pf().printed);
 }
 
-TEST_F(InternalStatsTest, TheSlotsLowByteNamesTheExtenderAndTheWholeSlotTheNode) {
-    pf().sat_of_slot[5] = 9;
-    pf().replies.push_back(Reply::bytes({0x01, 0x05, 0x00, 0x00, 0x00, 0x01}));
-    pf().replies.push_back(Reply::bytes(lc_reply(1, 1)));
-    run();
-    ASSERT_EQ(pf().sent.size(), 2u);
-    EXPECT_EQ(pf().sent[1].node, 0x0602u);
-    EXPECT_EQ((Bytes(pf().sent[1].payload.begin() + 4, pf().sent[1].payload.begin() + 16)),
-              (Bytes{0, 0, 0, 9, 0, 0, 0, 0, 0, 0, 1, 5}));
-
-    // When the extender is not known the request says 0.
-    fresh();
-    pf().replies.push_back(Reply::bytes({0x00, 0x04, 0x00, 0x00, 0x00, 0x01}));
-    pf().replies.push_back(Reply::bytes(lc_reply(1, 1)));
-    run();
-    EXPECT_EQ((Bytes(pf().sent[1].payload.begin() + 4, pf().sent[1].payload.begin() + 8)), (Bytes{0, 0, 0, 0}));
-}
-
-TEST_F(InternalStatsTest, DaemonFailuresStopBeforeTheLineCard) {
-    struct Case {
-        Reply reply;
-        std::int32_t result;
-        std::string message;
-    };
-    const Case cases[] = {
-        {Reply::send_failure(0x40aa0001), 0x40aa0001, std::string(79, 'x')},  // cut to the 80-byte buffer
-        {Reply::recv_failure(0x40aa0002), 0x40aa0002, "timed out\n"},
-        {Reply::empty(), 0, "mts payload is empty"},
-        {Reply::bytes({0x00, 0x03, 0x00, 0x00, 0x00, 0x00}), 0,
-         "qd_cli_show_internal_stats: failed to find nif port for ifidx 0x1a001000"},
-        {Reply::bytes({0x00, 0x03, 0x1a, 0x00, 0x20}), 0, "Truncated NIF port reply: 5 of 6 bytes\n"},
-    };
-    for (const Case &c : cases) {
-        fresh();
-        pf().error_texts[0x40aa0001] = std::string(100, 'x');
-        pf().error_texts[0x40aa0002] = "timed out";
-        pf().replies.push_back(c.reply);
-        EXPECT_EQ(run(), c.result);
-        EXPECT_EQ(pf().printed, c.message);
-        EXPECT_EQ(pf().flushes, 1u);
-        EXPECT_EQ(pf().sent.size(), 1u);
-        for (const std::string &error : qdtest::ledger_errors()) ADD_FAILURE() << c.message << ": " << error;
-    }
-}
-
 TEST_F(InternalStatsTest, LineCardFailuresAreToldAndReturnZero) {
     Bytes short_records = lc_reply(3, 2);
     short_records.resize(short_records.size() + 83);

@@ -287,19 +287,6 @@ TEST_F(PauseEventsTest, ControlBytesInAStampAreEscaped) {
     EXPECT_EQ(rc, 0);
 }
 
-TEST_F(PauseEventsTest, NoEventOrANegativeCountPrintsOnlyTheHeader) {
-    ASSERT_TRUE(place.create_segment(1));
-    place.put_record(0, "must not show", 1, 1);
-    for (std::int32_t count : {0, -1, INT_MIN}) {
-        SCOPED_TRACE(count);
-        answer(count);
-        std::int32_t rc = 1;
-        EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_pe, rc), kEventsHeader);
-        EXPECT_EQ(rc, 0);
-    }
-    EXPECT_EQ(place.attached(), 0);
-}
-
 TEST_F(PauseEventsTest, OnlyWholeRecordsInsideTheSegmentAreRead) {
     // Two whole records and part of a third: a count of 2 reads both.
     ASSERT_TRUE(place.create_segment(2, 100));
@@ -318,21 +305,6 @@ TEST_F(PauseEventsTest, OnlyWholeRecordsInsideTheSegmentAreRead) {
         EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_pe, rc), "Error Locating shared memory space!");
         EXPECT_EQ(rc, -1);
     }
-}
-
-TEST_F(PauseEventsTest, ServiceFailureWithAndWithoutPendingEvents) {
-    std::int32_t rc = 1;
-    answer(0, -1);
-    EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_pe, rc), "No Pause Events have occurred.");
-    EXPECT_EQ(rc, 0);
-    answer(3, -1);
-    EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_pe, rc), "The command failed.");
-    EXPECT_EQ(rc, -1);
-    // Any other result is an answer.
-    ASSERT_TRUE(place.create_segment(1));
-    answer(0, 1);
-    EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_pe, rc), kEventsHeader);
-    EXPECT_EQ(rc, 0);
 }
 
 TEST_F(PauseEventsTest, MissingSegmentOrKeyFileIsToldWithoutNewline) {

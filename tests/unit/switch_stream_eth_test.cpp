@@ -84,20 +84,6 @@ TEST_F(SwitchStreamEthTest, InterfaceReportFollowsThePlatformType) {
     }
 }
 
-TEST_F(SwitchStreamEthTest, HeadingsOnlyBeforeGroupZeroAndValueWidths) {
-    EXPECT_EQ(run({{0x14ff00b8, {1}}, {0x02ff00b9, {0}}, {0x14ff00ba, {0}},
-                   {0x14ff00bc, {2, 0, 0, 0}},                          // a u8 sent as a word: its first byte
-                   {0x14ff00bd, {0xff, 0xff, 0xff, 0xff}},              // signed
-                   {0x14ff00bf, {0x34, 0x12}},                          // 16-bit
-                   {0x14ff00c2, {0xff, 0xff, 0xff, 0xff}},              // unsigned
-                   {0x02ff00c1, {0}},
-                   {0x02ff00ca, {0, 0, 0, 1}}, {0x02ff00cb, {0, 1, 0, 0}}}),  // tested as 32-bit words
-              "        1       WRR              0\n"
-              "    qos-group 2\n"
-              "    q-size: -1, HW MTU: 4660 xon: 4294967295,     drop-type: drop, "
-              "        Per-priority-pause status\t\t: Rx (Active), Tx (Active)\n\n");
-}
-
 TEST_F(SwitchStreamEthTest, UnknownAndShortAttributesAreReportedAndTheWalkGoesOn) {
     pf().platform_type = 3;
     EXPECT_EQ(run({{0x14ff00cd, {3}},                 // a host-interface attribute
@@ -113,26 +99,6 @@ TEST_F(SwitchStreamEthTest, UnknownAndShortAttributesAreReportedAndTheWalkGoesOn
               "\n Unknown attr 0x3a\n"
               "xon: 7, ");
     EXPECT_EQ(result, -1);
-}
-
-TEST_F(SwitchStreamEthTest, HostInterfaceTakesOverTheRestOfTheStream) {
-    EXPECT_EQ(run({{0x0cff00b7, {0x00, 0x00, 0x00, 0x1a}},
-                   {0x14ff00b8, {1}},
-                   {0x0cff00b7, {0x00, 0x00, 0x01, 0x1f}},  // type 31: hand-over
-                   {0x14ff00cd, {3}},
-                   {0x14ff00ce, {0x00, 0x00, 0x01, 0x1f}},
-                   {0x14ff00b8, {0}},                       // Ethernet attributes are unknown from here on
-                   {0x14ff00cc, {1, 0, 0, 0}},
-                   {0x0cff00b7, {0x00, 0x00, 0x00, 0x1a}},  // skipped: the name stays
-                   {0x14ff00ce, {0x00, 0x00, 0x01, 0x1f}}}),
-              "Eth%s1/1 queuing information:\n"
-              "        1"
-              "if_slot 3, ifidx 0x1f010000\nEthernet101/1/1 queuing information:\n  Input buffer allocation:"
-              "\n Unknown attr 0x14ff00b8\n"
-              "\n Unknown attr 0x14ff00cc\n"
-              "ifidx 0x1f010000\nEthernet101/1/1 queuing information:\n  Input buffer allocation:");
-    EXPECT_EQ(result, -1);
-    EXPECT_EQ(pf().response_attr_pos, pf().response_attrs.size());
 }
 
 }  // namespace

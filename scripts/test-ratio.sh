@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Prints how large the test code is against the code it tests, in non-blank
+# lines of C++, shell, Python and CMake files, and fails when the tests pass
+# the limit (default 40 %; golden outputs and data files are not counted).
+#
+#   scripts/test-ratio.sh [SOURCE_DIR] [LIMIT_PERCENT]
+set -euo pipefail
+root=${1:-$(dirname "$0")/..}
+limit=${2:-40}
+cd "$root"
+
+count() {  # non-blank lines of the counted files under the given folders
+  local dirs=()
+  for d in "$@"; do [ -d "$d" ] && dirs+=("$d"); done
+  [ ${#dirs[@]} -gt 0 ] || { echo 0; return; }
+  find "${dirs[@]}" -type f \( -name '*.cpp' -o -name '*.hpp' -o -name '*.h' -o -name '*.sh' \
+       -o -name '*.py' -o -name CMakeLists.txt \) -exec cat {} + | grep -c '[^[:space:]]' || true
+}
+
+tests=$(count tests)
+code=$(count src include sim shell examples)
+if [ "$code" -eq 0 ]; then
+  echo "test-ratio: no code found under $(pwd)" >&2
+  exit 2
+fi
+percent=$(awk -v t="$tests" -v c="$code" 'BEGIN { printf "%.1f", 100 * t / c }')
+echo "test code: $tests lines, code: $code lines, ratio $percent % (limit $limit %)"
+if awk -v p="$percent" -v l="$limit" 'BEGIN { exit !(p > l) }'; then
+  echo "test-ratio: the tests are $percent % of the code, more than $limit %: make them leaner" >&2
+  for d in tests/*/; do echo "  $(count "$d") ${d%/}"; done | sort -rn >&2
+  exit 1
+fi
