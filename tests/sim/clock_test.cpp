@@ -25,6 +25,19 @@ TEST_F(ClockTest, CloseCommandAdvancesEveryRatedCounterByOneTick) {
     EXPECT_EQ(qdsim::clock_ticks(), 11u);
 }
 
+TEST_F(ClockTest, InHostModeOnlyTheHostMovesTheClock) {
+    const std::string drops = "/interfaces/Ethernet101~11~11/qos_counters/tx_queue_drops";
+    qdsim::set_clock_mode(qdsim::ClockMode::host);
+    finish();
+    handle = qdsim::open_command();
+    EXPECT_EQ(value(drops), 12u);
+    qdsim::advance_clock(2);
+    EXPECT_EQ(value(drops), 18u);
+    qdsim::set_clock_mode(qdsim::ClockMode::per_command);
+    finish();
+    EXPECT_EQ(value(drops), 21u);
+}
+
 TEST_F(ClockTest, CountersGoPast32Bits) {
     const std::string drops = "/interfaces/Ethernet102~11~148/qos_counters/tx_queue_drops";
     qdsim::advance_clock(5);
