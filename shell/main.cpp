@@ -11,6 +11,7 @@
 
 #include <editline/readline.h>
 
+#include "document.hpp"
 #include "library.hpp"
 #include "qdsim/sim.h"
 #include "shell.hpp"
@@ -30,12 +31,17 @@ const char kUsage[] =
     "Options:\n"
     "  -c, --command COMMAND   run COMMAND; repeat to run several in order\n"
     "  --scenario FILE         load the switch from FILE instead of the default chassis\n"
-    "  --output text|json|xml  how typed report output is rendered (default text)\n"
+    "  -o, --output text|json|xml\n"
+    "                          text reports, or one JSON or XML document per command\n"
+    "                          (a command may also end in \"| json\" or \"| xml\")\n"
+    "  --pretty, --compact     indent structured output, or print each JSON document\n"
+    "                          on one line (default: indented on a terminal only)\n"
     "  --lib PATH              the handler library (default: $QDSH_LIBQDCLI, then\n"
     "                          ../lib/libqdcli.so next to qdsh, then the build tree's)\n"
     "  -h, --help              show this text\n"
     "\n"
-    "Exit status: 0 when every command succeeded, 1 when one failed, 2 for bad\n"
+    "Exit status: 0 when every command succeeded, 1 when one was refused or failed\n"
+    "(an error in its document), 2 for bad\n"
     "options, an unreadable scenario or a library that does not load.\n"
     "Type \"help\" in qdsh for the list of commands.\n";
 
@@ -45,6 +51,7 @@ struct Options {
     std::string output;
     std::string lib;
     bool help = false;
+    int pretty = -1;  // -1: on a terminal only
 };
 
 bool parse_options(int argc, char **argv, Options &o, std::string &error) {
@@ -71,7 +78,7 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             o.commands.push_back(c);
         } else if (arg == "--scenario") {
             if (!value(o.scenario)) return false;
-        } else if (arg == "--output") {
+        } else if (arg == "--output" || arg == "-o") {
             if (!value(o.output)) return false;
         } else if (arg == "--lib") {
             if (!value(o.lib)) return false;
@@ -79,6 +86,10 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
                    inline_value("--lib", o.lib)) {
         } else if (std::string c; inline_value("--command", c)) {
             o.commands.push_back(c);
+        } else if (arg == "--pretty") {
+            o.pretty = 1;
+        } else if (arg == "--compact") {
+            o.pretty = 0;
         } else if (arg == "-h" || arg == "--help") {
             o.help = true;
         } else if (!arg.empty() && arg[0] == '-') {
@@ -95,6 +106,64 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
     }
     return true;
 }
+
+// Runs command lines and writes what they print: the text as it stands, or
+// one document per command. Several JSON documents follow one another (one
+// per line when compact: JSON Lines); with --output xml and commands from
+// -c or a script, the documents are the children of one <qdsh> element.
+class Runner {
+public:
+    Runner(qdsh::Shell &shell, qdsh::AttributeLookup lookup, qdsh::Format format, bool pretty, bool wrap_xml)
+        : shell_(shell), lookup_(lookup), format_(format), pretty_(pretty), wrap_xml_(wrap_xml) {}
+
+    bool run(const std::string &input) {
+        std::string line = input;
+        const std::size_t first = line.find_first_not_of(" \t");
+        if (first == std::string::npos || line[first] == '#') return true;
+        qdsh::Format format = qdsh::take_format_suffix(line);
+        if (format == qdsh::Format::text) format = format_;
+        if (format != qdsh::Format::text && lookup_ == nullptr) {
+            qdsh::report_error("the handler library has no attribute catalogue (qdcli_attr_find): no structured output");
+            return false;
+        }
+        const qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_);
+        std::string out;
+        switch (format) {
+        case qdsh::Format::text:
+            for (const qdsh::Segment &segment : outcome.segments) out += segment.text;
+            break;
+        case qdsh::Format::json: out = qdsh::to_json(outcome.document, pretty_); break;
+        case qdsh::Format::xml:
+            if (wrap_xml_ && format_ == qdsh::Format::xml) {
+                if (!xml_open_) out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n";
+                xml_open_ = true;
+            } else {
+                out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+            }
+            out += qdsh::to_xml(outcome.document, pretty_);
+            if (!pretty_) out += "\n";
+            break;
+        }
+        std::fwrite(out.data(), 1, out.size(), stdout);
+        std::fflush(stdout);
+        return outcome.ok;
+    }
+
+    // Closes the <qdsh> element; with no command run, it is empty.
+    void finish() {
+        if (!wrap_xml_ || format_ != qdsh::Format::xml) return;
+        std::fputs(xml_open_ ? "</qdsh>\n" : "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh/>\n", stdout);
+        std::fflush(stdout);
+    }
+
+private:
+    qdsh::Shell &shell_;
+    qdsh::AttributeLookup lookup_;
+    qdsh::Format format_;
+    bool pretty_;
+    bool wrap_xml_;
+    bool xml_open_ = false;
+};
 
 // Tab completion through the line editor.
 qdsh::Shell *g_shell = nullptr;
@@ -130,7 +199,7 @@ std::string history_file() {
     return home != nullptr && *home != '\0' ? std::string(home) + "/.qdsh_history" : std::string{};
 }
 
-bool interactive(qdsh::Shell &shell) {
+bool interactive(qdsh::Shell &shell, Runner &runner) {
     g_shell = &shell;
     rl_readline_name = "qdsh";
     rl_initialize();
@@ -145,18 +214,18 @@ bool interactive(qdsh::Shell &shell) {
         const std::string line(raw);
         std::free(raw);
         if (line.find_first_not_of(" \t") != std::string::npos) add_history(line.c_str());
-        shell.run(line);
+        runner.run(line);
         if (shell.exit_requested()) break;
     }
     if (!hist.empty()) write_history(hist.c_str());
     return true;
 }
 
-bool script(qdsh::Shell &shell) {
+bool script(qdsh::Shell &shell, Runner &runner) {
     bool ok = true;
     std::string line;
     while (std::getline(std::cin, line)) {
-        ok = shell.run(line) && ok;
+        ok = runner.run(line) && ok;
         if (shell.exit_requested()) break;
     }
     return ok;
@@ -197,14 +266,17 @@ int main(int argc, char **argv) {
             return kExitUsage;
         }
     }
-    if (options.output == "json")
-        qdsim::set_output_mode(qdsim::OutputMode::json);
-    else if (options.output == "xml")
-        qdsim::set_output_mode(qdsim::OutputMode::xml);
-    else
-        qdsim::set_output_mode(qdsim::OutputMode::text);
+    // qdsh renders structured output itself, from the printer's flushes.
+    qdsim::set_output_mode(qdsim::OutputMode::text);
+    const qdsh::Format format = options.output == "json"  ? qdsh::Format::json
+                                : options.output == "xml" ? qdsh::Format::xml
+                                                          : qdsh::Format::text;
+    const bool pretty = options.pretty < 0 ? isatty(STDOUT_FILENO) != 0 : options.pretty == 1;
+    const auto lookup = reinterpret_cast<qdsh::AttributeLookup>(library.symbol("qdcli_attr_find"));
+    const bool from_terminal = options.commands.empty() && isatty(STDIN_FILENO);
 
     qdsh::Shell shell(library);
+    Runner runner(shell, lookup, format, pretty, !from_terminal);
     // Command lines that handlers run through vsh_system2 take the same path;
     // a line qdsh does not know goes to the platform's own commands.
     qdsim::set_command_runner([&shell](const std::string &line) {
@@ -215,14 +287,15 @@ int main(int argc, char **argv) {
     bool ok = true;
     if (!options.commands.empty()) {
         for (const std::string &command : options.commands) {
-            ok = shell.run(command) && ok;
+            ok = runner.run(command) && ok;
             if (shell.exit_requested()) break;
         }
-    } else if (isatty(STDIN_FILENO)) {
-        interactive(shell);
+    } else if (from_terminal) {
+        interactive(shell, runner);
     } else {
-        ok = script(shell);
+        ok = script(shell, runner);
     }
+    runner.finish();
     std::fflush(stdout);
     qdsim::set_command_runner(nullptr);
     qdsim::shutdown();

@@ -119,7 +119,14 @@ std::vector<std::string> interface_completions(const std::string &partial) {
 
 }  // namespace
 
+namespace {
+std::function<void(const std::string &)> g_error_listener;
+}  // namespace
+
+void set_error_listener(std::function<void(const std::string &)> listener) { g_error_listener = std::move(listener); }
+
 void report_error(const std::string &message) {
+    if (g_error_listener) g_error_listener(message);
     std::fflush(stdout);
     std::fprintf(stderr, "qdsh: %s\n", message.c_str());
     std::fflush(stderr);

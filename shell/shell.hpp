@@ -2,6 +2,7 @@
 // the simulated switch.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,7 +43,9 @@ private:
     bool exit_requested_ = false;
 };
 
-// Prints "qdsh: MESSAGE" on standard error.
+// Prints "qdsh: MESSAGE" on standard error (and hands MESSAGE to the error
+// listener, when one is set).
 void report_error(const std::string &message);
+void set_error_listener(std::function<void(const std::string &)> listener);
 
 }  // namespace qdsh

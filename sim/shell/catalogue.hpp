@@ -1,41 +1,26 @@
-// The attribute catalogue: every attribute ID the command handlers print,
-// request or read from a stream, with its name (the element or member name
-// of structured output) and the kind of value it holds.
+// The attribute catalogue as the shell printer uses it: the library's own
+// catalogue (qdcli/attributes.h, compiled in from src/catalogue), so that the
+// names of structured output have one source.
 //
-// The kind, not the type byte, decides: 0x14ff00aa and 0x14ff00ae hold text
+// The type, not the type byte, decides: 0x14ff00aa and 0x14ff00ae hold text
 // under the type byte of unsigned integers. An ID outside the catalogue is
 // still rendered, from its type byte and the value's length.
 #pragma once
 
 #include <cstdint>
 #include <string>
-#include <vector>
+
+#include "qdcli/attributes.h"
 
 namespace qdsim::shell {
 
-enum class AttrKind {
-    u8,        // one byte
-    u16,       // 16-bit unsigned
-    u32,       // 32-bit unsigned
-    u64,       // 64-bit unsigned (counters)
-    i32,       // signed 32-bit; -1 where a value does not apply
-    if_index,  // 32-bit interface index
-    text,      // NUL-terminated text
-    flags8,    // eight bytes tested as one flag (any byte non-zero)
-    marker,    // no value: the attribute itself is the instruction
-};
+using AttrKind = qdcli_attr_type;
+using AttributeInfo = qdcli_attr_info;
 
-struct AttributeInfo {
-    std::uint32_t id;
-    const char *name;
-    AttrKind kind;
-};
-
-const std::vector<AttributeInfo> &attribute_catalogue();
-const AttributeInfo *find_attribute(std::uint32_t id);
+inline const AttributeInfo *find_attribute(std::uint32_t id) { return qdcli_attr_find(id); }
 // The catalogue name, or "attr_0x14ff1234" for an ID outside it.
 std::string attribute_name(std::uint32_t id);
-// Value length the kind expects (0: any length, texts and markers).
+// Value length the type expects (0: any length, texts and markers).
 std::uint32_t expected_length(AttrKind kind);
 const char *kind_name(AttrKind kind);
 

@@ -15,6 +15,7 @@ namespace {
 struct Output {
     OutputMode mode = OutputMode::text;
     std::function<void(const std::string &)> sink;
+    std::function<void(const PrinterFlush &)> flush_sink;
 };
 
 Output &output() {
@@ -55,15 +56,15 @@ ordered value_of(const PrintedValue &v) {
         default: return unsigned_by_length(v.bytes);
         }
     }
-    switch (info->kind) {
-    case AttrKind::text: return text_of(v.bytes);
-    case AttrKind::i32: return v.bytes.size() >= 4 ? ordered(read<std::int32_t>(v.bytes)) : ordered(nullptr);
-    case AttrKind::flags8: {
+    switch (info->type) {
+    case QDCLI_ATTR_TEXT: return text_of(v.bytes);
+    case QDCLI_ATTR_I32: return v.bytes.size() >= 4 ? ordered(read<std::int32_t>(v.bytes)) : ordered(nullptr);
+    case QDCLI_ATTR_FLAGS8: {
         bool any = false;
         for (std::uint8_t byte : v.bytes) any = any || byte != 0;
         return any;
     }
-    case AttrKind::marker: return nullptr;
+    case QDCLI_ATTR_MARKER: return nullptr;
     default: return unsigned_by_length(v.bytes);
     }
 }
@@ -104,6 +105,23 @@ void deliver(const std::string &text) {
         std::fwrite(text.data(), 1, text.size(), stdout);
         std::fflush(stdout);
     }
+}
+
+void deliver_flush(Flush flush) {
+    std::function<void(const PrinterFlush &)> flush_sink;
+    {
+        SwitchLock lock(switch_mutex());
+        flush_sink = output().flush_sink;
+    }
+    if (!flush_sink) {
+        deliver(render(flush, mode()));
+        return;
+    }
+    PrinterFlush out;
+    out.text = std::move(flush.text);
+    out.values.reserve(flush.values.size());
+    for (PrintedValue &v : flush.values) out.values.push_back(Attribute{v.attr, std::move(v.bytes)});
+    flush_sink(out);
 }
 
 OutputMode mode() {
@@ -152,6 +170,11 @@ void set_output_mode(OutputMode mode) {
 }
 
 OutputMode output_mode() { return shell::mode(); }
+
+void set_flush_sink(std::function<void(const PrinterFlush &)> sink) {
+    SwitchLock lock(switch_mutex());
+    shell::output().flush_sink = std::move(sink);
+}
 
 void set_output_sink(std::function<void(const std::string &)> sink) {
     SwitchLock lock(switch_mutex());

@@ -31,6 +31,9 @@ struct Flush {
 
 // Hands text to the host's sink (standard output unless one is set).
 void deliver(const std::string &text);
+// Hands a flush to the host's flush sink when one is set (true), else
+// renders it in the current mode and delivers the text (false).
+void deliver_flush(Flush flush);
 OutputMode mode();
 // What a flush looks like in `mode`; empty when there is nothing to show.
 std::string render(const Flush &flush, OutputMode mode);

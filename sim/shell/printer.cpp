@@ -48,16 +48,16 @@ void check_argument(std::uint32_t attr, const void *value, std::uint32_t length)
         diagnostic("printer argument " + hex32(attr) + " (" + info->name + ") has no value");
         return;
     }
-    if (info->kind == AttrKind::text) {
+    if (info->type == QDCLI_ATTR_TEXT) {
         const auto *text = static_cast<const char *>(value);
         if (length == 0 || text == nullptr || std::memchr(text, 0, length) != text + length - 1)
             diagnostic("printer argument " + hex32(attr) + " (" + info->name +
                        ") is a text: its length is the text's plus its NUL, given " + std::to_string(length));
         return;
     }
-    const std::uint32_t expected = expected_length(info->kind);
+    const std::uint32_t expected = expected_length(info->type);
     if (expected && length != expected)
-        diagnostic("printer argument " + hex32(attr) + " (" + info->name + ") is a " + kind_name(info->kind) + " of " +
+        diagnostic("printer argument " + hex32(attr) + " (" + info->name + ") is a " + kind_name(info->type) + " of " +
                    std::to_string(expected) + " bytes, given " + std::to_string(length));
 }
 
@@ -70,7 +70,7 @@ const CommandEndRegistrar deliver_leftovers{[](std::uint32_t mts_handle) {
     if (left.text.empty() && left.values.empty()) return;
     diagnostic("command " + hex32(mts_handle) + " ended with " + std::to_string(left.text.size()) +
                " characters of printer output never flushed");
-    deliver(render(left, mode()));
+    deliver_flush(std::move(left));
 }};
 
 }  // namespace
@@ -141,7 +141,7 @@ std::int32_t cmd_prt_send(std::uint32_t handle) {
     if (it == shell::pending().end()) return 0;
     shell::Flush flush = std::move(it->second);
     shell::pending().erase(it);
-    shell::deliver(shell::render(flush, shell::mode()));
+    shell::deliver_flush(std::move(flush));
     return 0;
 }
 

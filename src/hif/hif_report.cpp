@@ -22,6 +22,10 @@ constexpr std::uint32_t HIF_ATTR_IB_XON = 0x14ff0079u;
 constexpr std::uint32_t HIF_ATTR_IB_XOFF = 0x14ff007au;
 constexpr std::uint32_t HIF_ATTR_IB_BUFFER_SIZE = 0x14ff007bu;
 constexpr std::uint32_t HIF_ATTR_IB_UNSUPPORTED = 0x14ff007cu;
+constexpr std::uint32_t HIF_ATTR_IF_NAME = 0x30ff003au;
+constexpr std::uint32_t HIF_ATTR_QUEUE_NAME = 0x30ff0088u;
+constexpr std::uint32_t HIF_ATTR_STATS_FLAGS = 0x30ff0089u;
+constexpr std::uint32_t HIF_ATTR_ROW_FLAGS = 0x30ff00a9u;
 constexpr std::uint32_t HIF_ATTR_QUEUE_ID = 0x14ff007du;
 constexpr std::uint32_t HIF_ATTR_QUEUE_QOS_GROUP = 0x11ff007eu;
 constexpr std::uint32_t HIF_ATTR_QUEUE_COS = 0x14ff007fu;
@@ -203,7 +207,7 @@ void queueing(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
         const Queue &queue = info.queues[j];
         if (!detailed && (queue.flags & QUEUE_FLAG_CTRL)) continue;
         if (queue.queue_id == QUEUE_ID_CTRL_HI || queue.queue_id == QUEUE_ID_CTRL_LO) {
-            out.formatted("  %s", queue.queue_id == QUEUE_ID_CTRL_HI ? "ctrl-hi  " : "ctrl-lo  ");
+            out.put("  %s", {label(HIF_ATTR_QUEUE_NAME, queue.queue_id == QUEUE_ID_CTRL_HI ? "ctrl-hi  " : "ctrl-lo  ")});
             out.put("n/a");
             for (std::size_t n = 0; n < QUEUE_NAME_BLANKS; ++n) out.put(" ");
         } else {
@@ -226,7 +230,7 @@ void limit(std::uint32_t value, std::uint32_t attr, HifOutput &out) {
 }
 
 void flags_column(const QueueStats &stats, HifOutput &out) {
-    out.formatted(" %s\n", (stats.flags & QUEUE_FLAG_CTRL) ? " ctrl" : " data");
+    out.put(" %s\n", {label(HIF_ATTR_STATS_FLAGS, (stats.flags & QUEUE_FLAG_CTRL) ? " ctrl" : " data")});
 }
 
 // Calls `row` for the statistics record of every listed queue that the
@@ -282,7 +286,7 @@ void statistics_rows_format(const HifQueuingInfo &info, bool detailed, HifOutput
         out.put("|%10llu", {counter(HIF_ATTR_RX_ROW_MAC_ERROR, s.mac_error_rx)});
         out.put("|     -     |");
         if (detailed)
-            out.put((s.flags & QUEUE_FLAG_CTRL) ? " ctrl|\n" : " data|\n");
+            out.put(" %s|\n", {label(HIF_ATTR_ROW_FLAGS, (s.flags & QUEUE_FLAG_CTRL) ? "ctrl" : "data")});
         else
             out.put("\n");
         out.put("%3utx|%16llu",
@@ -410,7 +414,7 @@ void refuse(const HifDecodeResult &damage, std::size_t payload_length, const cha
 void print_hif_queuing(const HifQueuingInfo &info, const ReportContext &context, const char *if_name,
                        HifOutput &out) {
     const bool detailed = context.detailed;
-    out.formatted("%s queuing information:\n", if_name);
+    out.put("%s queuing information:\n", {label(HIF_ATTR_IF_NAME, if_name)});
     input_buffers(info, detailed, out);
     queueing(info, detailed, out);
     if (info.buffer_threshold != kNoValue)

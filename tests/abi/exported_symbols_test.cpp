@@ -11,8 +11,8 @@
 
 namespace {
 
-// The exported handlers and callbacks, as the shell knows them, plus the two
-// functions of the internal statistics report.
+// The exported handlers and callbacks, as the shell knows them, the two
+// functions of the internal statistics report and the attribute catalogue.
 const std::set<std::string> kHandlers = {
     "qd_cli_conf_wrrqueue_cosmap",
     "qd_cli_no_wrrqueue_cosmap",
@@ -44,6 +44,9 @@ const std::set<std::string> kHandlers = {
     "qd_cli_show_memstats",
     "qd_cli_debug_show_intf",
     "qd_cli_debug_show_all",
+    "qdcli_attr_catalogue",
+    "qdcli_attr_find",
+    "qdcli_attr_find_name",
 };
 
 // Handlers whose families are not in this build yet. Each is listed here

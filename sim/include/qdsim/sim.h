@@ -71,6 +71,17 @@ struct Attribute {
 };
 void set_request_attributes(std::vector<Attribute> attributes);
 
+// One flush of the shell printer as the handler printed it: the text it
+// renders to and every typed value in order (attribute and bytes). With a
+// flush sink set, each flush goes to it instead of being rendered for the
+// output sink; a host builds its own structured output from it. Null
+// restores rendering.
+struct PrinterFlush {
+    std::string text;
+    std::vector<Attribute> values;
+};
+void set_flush_sink(std::function<void(const PrinterFlush &)> sink);
+
 // Runs a shell command line on behalf of vsh_system2; the shell installs it.
 // Returns the command's status.
 void set_command_runner(std::function<int(const std::string &)> runner);
