@@ -55,8 +55,8 @@ std::vector<std::string> split_bars(std::string_view line, bool &unterminated) {
     return parts;
 }
 
-// The pattern of a segment: a quoted pattern loses its quotes (\" and \\
-// inside stand for " and \); an unquoted one is taken as written.
+// The pattern of a segment: a quoted pattern loses its quotes (a backslash
+// before " or \\ inside keeps that character); an unquoted one is taken as written.
 bool unquote(std::string_view text, std::string &pattern) {
     if (text.size() < 2 || text.front() != '"') {
         pattern = std::string(text);
