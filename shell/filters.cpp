@@ -1,10 +1,7 @@
 #include "filters.hpp"
 
-#include <unistd.h>
-
 #include <array>
 #include <cctype>
-#include <cstdio>
 #include <deque>
 
 namespace qdsh {
@@ -193,39 +190,6 @@ std::string apply_filters(std::string_view text, const std::vector<PipeSegment> 
         out += '\n';
     }
     return out;
-}
-
-std::string capture_stdout(const std::function<void()> &body) {
-    std::fflush(stdout);
-    std::FILE *file = std::tmpfile();
-    const int saved = file != nullptr ? dup(STDOUT_FILENO) : -1;
-    if (saved < 0 || dup2(fileno(file), STDOUT_FILENO) < 0) {
-        // No room for a temporary file: the output goes out unfiltered
-        // rather than being lost.
-        if (saved >= 0) close(saved);
-        if (file != nullptr) std::fclose(file);
-        body();
-        return {};
-    }
-    struct Restore {
-        int saved;
-        ~Restore() {
-            std::fflush(stdout);
-            dup2(saved, STDOUT_FILENO);
-            close(saved);
-        }
-    };
-    {
-        Restore restore{saved};
-        body();
-    }
-    std::string text;
-    std::rewind(file);
-    char buffer[8192];
-    std::size_t n = 0;
-    while ((n = std::fread(buffer, 1, sizeof buffer, file)) > 0) text.append(buffer, n);
-    std::fclose(file);
-    return text;
 }
 
 }  // namespace qdsh

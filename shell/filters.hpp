@@ -4,7 +4,6 @@
 // output as structured text before the text filters see it.
 #pragma once
 
-#include <functional>
 #include <regex>
 #include <string>
 #include <string_view>
@@ -36,11 +35,5 @@ Pipeline split_pipeline(std::string_view line);
 // Applies the text filters of `segments` in order to `text`, line by line
 // (a last line without "\n" counts as a line and is given one).
 std::string apply_filters(std::string_view text, const std::vector<PipeSegment> &segments);
-
-// Runs `body` with standard output (the file descriptor, so handlers that
-// write with printf and the printer alike) going to a temporary file, and
-// returns what was written. When no temporary file can be made, `body`
-// writes straight to standard output and the result is empty.
-std::string capture_stdout(const std::function<void()> &body);
 
 }  // namespace qdsh

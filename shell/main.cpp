@@ -6,13 +6,19 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <editline/readline.h>
 
 #include "document.hpp"
+#include "filters.hpp"
 #include "library.hpp"
+#include "metrics.hpp"
+#include "serve.hpp"
+#include "watch.hpp"
 #include "qdsim/sim.h"
 #include "shell.hpp"
 
@@ -23,6 +29,8 @@ constexpr int kExitUsage = 2;   // bad options, scenario or library
 
 const char kUsage[] =
     "Usage: qdsh [OPTIONS]\n"
+    "       qdsh [OPTIONS] watch [--interval S] [--count N] [--nonzero] COMMAND\n"
+    "       qdsh [OPTIONS] serve [--listen 127.0.0.1:PORT] [--config FILE] [--timeout S] [--nonzero]\n"
     "\n"
     "Runs queuing commands against a simulated switch. With no -c, reads\n"
     "commands from the terminal (line editing, history, tab completion) or,\n"
@@ -34,6 +42,13 @@ const char kUsage[] =
     "  -o, --output text|json|xml\n"
     "                          text reports, or one JSON or XML document per command\n"
     "                          (a command may also end in \"| json\" or \"| xml\")\n"
+    "  -o openmetrics|prometheus\n"
+    "                          the counters and gauges of each command as metrics\n"
+    "                          (OpenMetrics 1.0, or the Prometheus text format)\n"
+    "  --nonzero               structured output and watch leave out the rows whose\n"
+    "                          counters are all zero\n"
+    "  --simulated-clock       watch advances the simulator's clock by the interval\n"
+    "                          instead of waiting (repeatable runs, tests)\n"
     "  --pretty, --compact     indent structured output, or print each JSON document\n"
     "                          on one line (default: indented on a terminal only)\n"
     "  --lib PATH              the handler library (default: $QDSH_LIBQDCLI, then\n"
@@ -43,7 +58,8 @@ const char kUsage[] =
     "Exit status: 0 when every command succeeded, 1 when one was refused or failed\n"
     "(an error in its document), 2 for bad\n"
     "options, an unreadable scenario or a library that does not load.\n"
-    "Type \"help\" in qdsh for the list of commands.\n";
+    "Type \"help\" in qdsh for the list of commands. A command line may end in\n"
+    "filters: \"| include REGEX\", \"| exclude REGEX\", \"| begin REGEX\", \"| count\".\n";
 
 struct Options {
     std::vector<std::string> commands;
@@ -52,6 +68,10 @@ struct Options {
     std::string lib;
     bool help = false;
     int pretty = -1;  // -1: on a terminal only
+    bool nonzero = false;
+    bool simulated_clock = false;
+    std::string subcommand;             // "watch" or "serve"
+    std::vector<std::string> sub_args;  // the words after it
 };
 
 bool parse_options(int argc, char **argv, Options &o, std::string &error) {
@@ -86,6 +106,14 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
                    inline_value("--lib", o.lib)) {
         } else if (std::string c; inline_value("--command", c)) {
             o.commands.push_back(c);
+        } else if (arg == "--nonzero") {
+            o.nonzero = true;
+        } else if (arg == "--simulated-clock") {
+            o.simulated_clock = true;
+        } else if (arg == "watch" || arg == "serve") {
+            o.subcommand = arg;
+            o.sub_args.assign(argv + i + 1, argv + argc);
+            break;
         } else if (arg == "--pretty") {
             o.pretty = 1;
         } else if (arg == "--compact") {
@@ -100,8 +128,9 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             return false;
         }
     }
-    if (!o.output.empty() && o.output != "text" && o.output != "json" && o.output != "xml") {
-        error = "unknown output format \"" + o.output + "\": expected text, json or xml";
+    if (!o.output.empty() && o.output != "text" && o.output != "json" && o.output != "xml" &&
+        o.output != "openmetrics" && o.output != "prometheus") {
+        error = "unknown output format \"" + o.output + "\": expected text, json, xml, openmetrics or prometheus";
         return false;
     }
     return true;
@@ -120,19 +149,44 @@ public:
         std::string line = input;
         const std::size_t first = line.find_first_not_of(" \t");
         if (first == std::string::npos || line[first] == '#') return true;
-        qdsh::Format format = qdsh::take_format_suffix(line);
-        if (format == qdsh::Format::text) format = format_;
-        if (format != qdsh::Format::text && lookup_ == nullptr) {
+        // Filters and "| json" / "| xml" at the end of the line.
+        const qdsh::Pipeline pipe = qdsh::split_pipeline(line);
+        if (!pipe.ok()) {
+            qdsh::report_error(pipe.error);
+            return false;
+        }
+        qdsh::Format format = format_;
+        bool metrics = ops_.metrics.has_value();
+        if (!pipe.segments.empty()) line = pipe.command;
+        for (const qdsh::PipeSegment &segment : pipe.segments) {
+            if (segment.kind == qdsh::PipeSegment::Kind::json) format = qdsh::Format::json;
+            if (segment.kind == qdsh::PipeSegment::Kind::xml) format = qdsh::Format::xml;
+            if (format != format_) metrics = false;
+        }
+        if (const std::vector<std::string> words = qdsh::split_words(line); !words.empty() && words[0] == "watch") {
+            if (pipe.has_text_filters()) {
+                qdsh::report_error("watch: its output cannot go through filters; watch --nonzero leaves out the rows whose counters are all zero");
+                return false;
+            }
+            return watch(std::vector<std::string>(words.begin() + 1, words.end()), format);
+        }
+        if ((format != qdsh::Format::text || metrics) && lookup_ == nullptr) {
             qdsh::report_error("the handler library has no attribute catalogue (qdcli_attr_find): no structured output");
             return false;
         }
         const qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_);
+        qdsh::Document document = outcome.document;
+        if (ops_.nonzero) qdsh::drop_zero_rows(document, ops_.names);
         std::string out;
         switch (format) {
         case qdsh::Format::text:
+            if (metrics) {
+                out = qdsh::write_exposition(qdsh::collect_samples(document, ops_.names), {}, *ops_.metrics);
+                break;
+            }
             for (const qdsh::Segment &segment : outcome.segments) out += segment.text;
             break;
-        case qdsh::Format::json: out = qdsh::to_json(outcome.document, pretty_); break;
+        case qdsh::Format::json: out = qdsh::to_json(document, pretty_); break;
         case qdsh::Format::xml:
             if (wrap_xml_ && format_ == qdsh::Format::xml) {
                 if (!xml_open_) out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n";
@@ -140,13 +194,39 @@ public:
             } else {
                 out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
             }
-            out += qdsh::to_xml(outcome.document, pretty_);
+            out += qdsh::to_xml(document, pretty_);
             if (!pretty_) out += "\n";
             break;
         }
+        if (pipe.has_text_filters()) out = qdsh::apply_filters(out, pipe.segments);
         std::fwrite(out.data(), 1, out.size(), stdout);
         std::fflush(stdout);
         return outcome.ok;
+    }
+
+    // What the operator's options add: metrics output, --nonzero, the clock
+    // of watch.
+    struct OperatorSettings {
+        qdsh::NameLookup names = nullptr;
+        std::optional<qdsh::Exposition> metrics;
+        bool nonzero = false;
+        bool simulated_clock = false;
+        bool terminal = false;  // standard output is a terminal
+    };
+    void set_operator(const OperatorSettings &ops) { ops_ = ops; }
+
+    // "watch [--interval S] [--count N] [--nonzero] COMMAND".
+    bool watch(const std::vector<std::string> &words, qdsh::Format format) {
+        qdsh::WatchOptions options;
+        options.nonzero = ops_.nonzero;
+        std::string error;
+        if (!qdsh::parse_watch_arguments(words, options, error)) {
+            qdsh::report_error(error);
+            return false;
+        }
+        const qdsh::WatchOutput output{format, pretty_, ops_.terminal && format == qdsh::Format::text};
+        const std::unique_ptr<qdsh::WatchClock> clock = ops_.simulated_clock ? qdsh::simulated_clock() : qdsh::real_clock();
+        return qdsh::run_watch(shell_, lookup_, ops_.names, options, output, *clock);
     }
 
     // Closes the <qdsh> element; with no command run, it is empty.
@@ -163,6 +243,7 @@ private:
     bool pretty_;
     bool wrap_xml_;
     bool xml_open_ = false;
+    OperatorSettings ops_;
 };
 
 // Tab completion through the line editor.
@@ -283,9 +364,31 @@ int main(int argc, char **argv) {
         if (!qdsh::match_line(line).ok) return qdsim::run_platform_command(line);
         return shell.run(line) ? 0 : 1;
     });
+    Runner::OperatorSettings ops;
+    ops.names = reinterpret_cast<qdsh::NameLookup>(library.symbol("qdcli_attr_find_name"));
+    if (options.output == "openmetrics") ops.metrics = qdsh::Exposition::openmetrics;
+    if (options.output == "prometheus") ops.metrics = qdsh::Exposition::prometheus;
+    ops.nonzero = options.nonzero;
+    ops.simulated_clock = options.simulated_clock;
+    ops.terminal = isatty(STDOUT_FILENO) != 0;
+    runner.set_operator(ops);
 
     bool ok = true;
-    if (!options.commands.empty()) {
+    if (options.subcommand == "serve") {
+        qdsh::ServeOptions serve;
+        serve.nonzero = options.nonzero;
+        int status = kExitUsage;
+        if (!qdsh::parse_serve_arguments(options.sub_args, serve, error))
+            qdsh::report_error(error + " (qdsh --help explains the options)");
+        else
+            status = qdsh::run_serve(shell, lookup, ops.names, serve);
+        qdsim::set_command_runner(nullptr);
+        qdsim::shutdown();
+        return status;
+    }
+    if (options.subcommand == "watch") {
+        ok = runner.watch(options.sub_args, format);
+    } else if (!options.commands.empty()) {
         for (const std::string &command : options.commands) {
             ok = runner.run(command) && ok;
             if (shell.exit_requested()) break;

@@ -1,0 +1,325 @@
+#include "watch.hpp"
+
+#include <time.h>
+
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <memory>
+
+#include "qdsim/sim.h"
+#include "shell.hpp"
+
+namespace qdsh {
+
+namespace {
+
+volatile std::sig_atomic_t g_interrupted = 0;
+
+void on_interrupt(int) { g_interrupted = 1; }
+
+// Ctrl-C ends the watch, not qdsh, while a watch runs.
+class InterruptGuard {
+public:
+    InterruptGuard() {
+        g_interrupted = 0;
+        struct sigaction sa {};
+        sa.sa_handler = on_interrupt;
+        sigemptyset(&sa.sa_mask);
+        sa.sa_flags = 0;  // no SA_RESTART: a sleep ends at once
+        sigaction(SIGINT, &sa, &saved_);
+    }
+    ~InterruptGuard() { sigaction(SIGINT, &saved_, nullptr); }
+    InterruptGuard(const InterruptGuard &) = delete;
+    InterruptGuard &operator=(const InterruptGuard &) = delete;
+
+private:
+    struct sigaction saved_ {};
+};
+
+std::string rfc3339(std::time_t seconds, int millis) {
+    std::tm tm{};
+    gmtime_r(&seconds, &tm);
+    char text[96];
+    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", tm.tm_year + 1900, tm.tm_mon + 1,
+                  tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec, millis);
+    return text;
+}
+
+class RealClock : public WatchClock {
+public:
+    void start() override {
+        origin_ = std::chrono::steady_clock::now();
+        guard_ = std::make_unique<InterruptGuard>();
+        qdsim::set_clock_mode(qdsim::ClockMode::real_time);
+    }
+    double now() override {
+        stamp_ = std::chrono::system_clock::now();
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - origin_).count();
+    }
+    bool wait(double seconds) override {
+        // Samples keep to their schedule: the time a command took is not
+        // added to the interval.
+        next_ += seconds;
+        const auto deadline = origin_ + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                                            std::chrono::duration<double>(next_));
+        while (!g_interrupted) {
+            const auto left = deadline - std::chrono::steady_clock::now();
+            if (left <= std::chrono::steady_clock::duration::zero()) return true;
+            const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(left).count();
+            timespec ts{static_cast<time_t>(ns / 1000000000), static_cast<long>(ns % 1000000000)};
+            nanosleep(&ts, nullptr);
+        }
+        return false;
+    }
+    std::string timestamp() override {
+        const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(stamp_.time_since_epoch()).count();
+        return rfc3339(static_cast<std::time_t>(ms / 1000), static_cast<int>(ms % 1000));
+    }
+    void stop() override {
+        qdsim::set_clock_mode(qdsim::ClockMode::per_command);
+        guard_.reset();
+    }
+
+private:
+    std::chrono::steady_clock::time_point origin_;
+    std::chrono::system_clock::time_point stamp_;
+    std::unique_ptr<InterruptGuard> guard_;
+    double next_ = 0;
+};
+
+// One tick of the simulator is one second; an interval is rounded to whole
+// ticks (at least one). Timestamps count from the simulator's clock origin
+// at 1970-01-01T00:00:00Z, so runs are repeatable.
+class SimulatedClock : public WatchClock {
+public:
+    void start() override { qdsim::set_clock_mode(qdsim::ClockMode::host); }
+    double now() override {
+        ticks_ = qdsim::clock_ticks();
+        return static_cast<double>(ticks_);
+    }
+    bool wait(double seconds) override {
+        qdsim::advance_clock(static_cast<std::uint64_t>(std::max(1.0, std::round(seconds))));
+        return true;
+    }
+    std::string timestamp() override { return rfc3339(static_cast<std::time_t>(ticks_), 0); }
+    void stop() override { qdsim::set_clock_mode(qdsim::ClockMode::per_command); }
+
+private:
+    std::uint64_t ticks_ = 0;
+};
+
+std::string format_number(double v) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.2f", v);
+    return text;
+}
+
+std::string interface_of(const Sample &s) {
+    for (const auto &[name, value] : s.labels)
+        if (name == "interface") return value;
+    return "-";
+}
+
+std::string row_of(const Sample &s) {
+    std::string out;
+    for (const auto &[name, value] : s.labels) {
+        if (name == "interface") continue;
+        if (!out.empty()) out += ' ';
+        out += name + "=" + value;
+    }
+    return out.empty() ? "-" : out;
+}
+
+}  // namespace
+
+std::vector<std::string> split_words(const std::string &line) {
+    std::vector<std::string> words;
+    std::string word;
+    bool quoted = false, any = false;
+    for (char c : line) {
+        if (c == '"') {
+            quoted = !quoted;
+            any = true;
+        } else if (!quoted && (c == ' ' || c == '\t')) {
+            if (any) words.push_back(word);
+            word.clear();
+            any = false;
+        } else {
+            word += c;
+            any = true;
+        }
+    }
+    if (any) words.push_back(word);
+    return words;
+}
+
+bool parse_watch_arguments(const std::vector<std::string> &words, WatchOptions &o, std::string &error) {
+    std::size_t i = 0;
+    for (; i < words.size(); ++i) {
+        const std::string &w = words[i];
+        auto value = [&](std::string &into) {
+            if (i + 1 >= words.size()) {
+                error = "watch: " + w + " needs a value";
+                return false;
+            }
+            into = words[++i];
+            return true;
+        };
+        std::string v;
+        if (w == "--interval" || w == "-n") {
+            if (!value(v)) return false;
+            char *end = nullptr;
+            const double d = std::strtod(v.c_str(), &end);
+            if (v.empty() || *end != '\0' || !(d >= 0.1 && d <= 86400)) {
+                error = "watch: interval \"" + v + "\" is not a number of seconds from 0.1 to 86400";
+                return false;
+            }
+            o.interval = d;
+        } else if (w == "--count") {
+            if (!value(v)) return false;
+            char *end = nullptr;
+            const long n = std::strtol(v.c_str(), &end, 10);
+            if (v.empty() || *end != '\0' || n < 1 || n > 1000000000) {
+                error = "watch: count \"" + v + "\" is not a number of samples from 1 to 1000000000";
+                return false;
+            }
+            o.count = n;
+        } else if (w == "--nonzero") {
+            o.nonzero = true;
+        } else if (w == "--") {
+            ++i;
+            break;
+        } else if (!w.empty() && w[0] == '-') {
+            error = "watch: unknown option " + w + " (expected --interval S, --count N, --nonzero)";
+            return false;
+        } else {
+            break;
+        }
+    }
+    o.command.clear();
+    for (; i < words.size(); ++i) o.command += (o.command.empty() ? "" : " ") + words[i];
+    if (o.command.empty()) {
+        error = "watch: which command? (watch [--interval S] [--count N] [--nonzero] COMMAND)";
+        return false;
+    }
+    const std::vector<std::string> inner = split_words(o.command);
+    if (!inner.empty() && inner[0] == "watch") {
+        error = "watch: a watch cannot watch a watch";
+        return false;
+    }
+    return true;
+}
+
+std::unique_ptr<WatchClock> real_clock() { return std::make_unique<RealClock>(); }
+std::unique_ptr<WatchClock> simulated_clock() { return std::make_unique<SimulatedClock>(); }
+
+std::string render_watch_text(const std::string &header, const std::vector<Sample> &samples,
+                              const std::vector<DeltaTracker::Reading> &readings, bool highlight) {
+    struct Row {
+        std::string cells[6];
+        bool changed = false;
+    };
+    std::vector<Row> rows;
+    rows.push_back({{"Interface", "Row", "Counter", "Value", "Delta", "Rate/s"}, false});
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const Sample &s = samples[i];
+        if (s.info == nullptr || s.info->role != QDCLI_ROLE_COUNTER) continue;
+        const DeltaTracker::Reading &r = readings.at(i);
+        Row row;
+        row.cells[0] = interface_of(s);
+        row.cells[1] = row_of(s);
+        row.cells[2] = s.info->name;
+        row.cells[3] = std::to_string(s.value);
+        row.cells[4] = r.known ? std::to_string(r.delta.delta) : "-";
+        row.cells[5] = r.known ? format_number(r.rate) : "-";
+        row.changed = r.known && r.delta.delta != 0;
+        if (r.delta.wrapped) row.cells[5] += " (wrapped)";
+        if (r.delta.restarted) row.cells[5] += " (cleared)";
+        rows.push_back(std::move(row));
+    }
+    std::size_t width[6] = {};
+    for (const Row &row : rows)
+        for (int c = 0; c < 6; ++c) width[c] = std::max(width[c], row.cells[c].size());
+    std::string out = header + "\n";
+    for (const Row &row : rows) {
+        std::string line = row.changed ? "* " : "  ";
+        for (int c = 0; c < 6; ++c) {
+            const std::string &cell = row.cells[c];
+            const std::string pad(width[c] - cell.size(), ' ');
+            // Names left, numbers right.
+            line += c < 3 ? cell + pad : pad + cell;
+            if (c < 5) line += "  ";
+        }
+        while (!line.empty() && line.back() == ' ') line.pop_back();
+        out += row.changed && highlight ? "\033[1m" + line + "\033[0m\n" : line + "\n";
+    }
+    if (rows.size() == 1) out += "  (no counters)\n";
+    return out;
+}
+
+Document watch_document(const Document &document, const std::vector<Sample> &samples,
+                        const std::vector<DeltaTracker::Reading> &readings, const std::string &timestamp,
+                        double interval, long sample) {
+    Document out = Document::object();
+    out["timestamp"] = timestamp;
+    out["interval"] = interval;
+    out["sample"] = sample;
+    for (auto it = document.begin(); it != document.end(); ++it) out[it.key()] = it.value();
+    for (std::size_t i = 0; i < samples.size() && i < readings.size(); ++i) {
+        const DeltaTracker::Reading &r = readings[i];
+        if (!r.known) continue;
+        const Sample &s = samples[i];
+        Document &row = out.at(Document::json_pointer(s.row));
+        row["deltas"][s.info->name] = r.delta.delta;
+        row["rates"][s.info->name] = r.rate;
+        if (r.delta.restarted) row["restarted"].push_back(s.info->name);
+    }
+    return out;
+}
+
+bool run_watch(Shell &shell, AttributeLookup attrs, NameLookup names, const WatchOptions &options,
+               const WatchOutput &output, WatchClock &clock) {
+    if (attrs == nullptr || names == nullptr) {
+        report_error("watch: the handler library has no attribute catalogue (qdcli_attr_find_name): no counters to watch");
+        return false;
+    }
+    bool ok = true;
+    DeltaTracker tracker;
+    clock.start();
+    char every[64];
+    std::snprintf(every, sizeof every, "Every %gs: ", options.interval);
+    for (long n = 1; options.count == 0 || n <= options.count; ++n) {
+        if (n > 1 && !clock.wait(options.interval)) break;
+        const double t = clock.now();
+        const CommandOutcome outcome = run_command(shell, options.command, attrs);
+        ok = outcome.ok && ok;
+        Document document = outcome.document;
+        if (options.nonzero) drop_zero_rows(document, names);
+        const std::vector<Sample> samples = collect_samples(document, names);
+        const std::vector<DeltaTracker::Reading> readings = tracker.update(samples, t);
+        std::string out;
+        if (output.format == Format::text) {
+            std::string header = every + options.command + "    sample " + std::to_string(n);
+            if (options.count > 0) header += " of " + std::to_string(options.count);
+            if (n > 1) header += ", " + format_number(tracker.interval()) + " s after the last";
+            if (output.terminal) out += "\033[H\033[2J";
+            out += render_watch_text(header, samples, readings, output.terminal);
+            for (const Document &e : document.value("errors", Document::array()))
+                out += "  error: " + e.value("message", std::string{}) + "\n";
+            if (!output.terminal) out += "\n";
+        } else {
+            const Document d = watch_document(document, samples, readings, clock.timestamp(), tracker.interval(), n);
+            out = output.format == Format::json ? to_json(d, output.pretty) : to_xml(d, output.pretty);
+            if (out.empty() || out.back() != '\n') out += "\n";
+        }
+        std::fwrite(out.data(), 1, out.size(), stdout);
+        std::fflush(stdout);
+    }
+    clock.stop();
+    return ok;
+}
+
+}  // namespace qdsh
