@@ -92,9 +92,12 @@ private:
             std::vector<Sample> samples = collect_samples(document, names_);
             c.samples.insert(c.samples.end(), std::make_move_iterator(samples.begin()),
                              std::make_move_iterator(samples.end()));
-            const bool ok = outcome.ok && document.value("errors", Document::array()).empty();
+            // Each error the command reported counts (a switch-wide command
+            // may fail on a few interfaces and report the rest).
+            const std::size_t errors = document.value("errors", Document::array()).size();
+            const bool ok = outcome.ok && errors == 0;
             c.commands.emplace_back(command, ok);
-            if (!ok) ++c.errors;
+            c.errors += static_cast<long>(std::max<std::size_t>(errors, ok ? 0 : 1));
         }
         c.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         return c;
@@ -119,7 +122,7 @@ std::string exposition(const Collection &c, Exposition dialect) {
     std::snprintf(seconds, sizeof seconds, "%.6f", c.seconds);
     extra.push_back({"qdcli_scrape_duration_seconds", false, "Time the collection of this scrape took", {{{}, seconds}}});
     extra.push_back({"qdcli_scrape_collection_errors", false,
-                     "Commands of this scrape that failed or reported errors", {{{}, std::to_string(c.errors)}}});
+                     "Errors the commands of this scrape reported (a failed command counts at least once)", {{{}, std::to_string(c.errors)}}});
     ExtraFamily success{"qdcli_scrape_command_success", false, "Whether a configured command succeeded (1) or not (0)", {}};
     for (const auto &[command, ok] : c.commands) success.samples.push_back({{{"command", command}}, ok ? "1" : "0"});
     extra.push_back(std::move(success));

@@ -3,6 +3,7 @@
 // second.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
