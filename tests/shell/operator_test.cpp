@@ -53,8 +53,8 @@ TEST(Filters, SegmentsApplyInOrder) {
         {"show x | begin gamma", "gamma 3\ndelta 4\nlast\n"},
         {"show x | begin nothing", ""},
         {"show x | count", "5\n"},
-        {"show x | inc a | ex beta | count", "3\n"},
-        {"show x | include \"a 1|b\"", "alpha 1\n"},
+        {"show x | inc a | ex beta | count", "4\n"},
+        {"show x | include \"a 1|b\"", "alpha 1\nbeta 2\n"},
         {"show x | count | count", "1\n"},
         {"show x | in \"  \"", ""},
     };
