@@ -44,6 +44,8 @@ void add_identifiers(const Document &object, NameLookup lookup, Labels &labels) 
         if (!v.is_primitive() || v.is_null() || v.is_boolean()) continue;
         const qdcli_attr_info *info = lookup(it.key().c_str());
         if (info == nullptr || info->role != QDCLI_ROLE_IDENTIFIER) continue;
+        // The interface's name says what its index would, more readably.
+        if (it.key() == "if_index" || it.key() == "hif_if_index") continue;
         const auto [name, implied] = label_for(it.key());
         set_label(labels, name, v.is_string() ? v.get<std::string>() : v.dump());
         if (!implied.first.empty()) set_label(labels, implied.first, implied.second);
