@@ -10,6 +10,8 @@
 #include <optional>
 #include <regex>
 
+#include "grammar.hpp"
+#include "qdcli/wire.h"
 #include "qdsim/sim.h"
 #include "shell.hpp"
 
@@ -229,14 +231,6 @@ public:
         add_to_table(*info, name, std::move(value));
     }
 
-    // The name of the interface being reported, if any.
-    std::optional<std::string> current_interface() const {
-        if (interface_.empty()) return std::nullopt;
-        const json &i = root_[interface_];
-        if (i.contains("if_name") && i["if_name"].is_string()) return i["if_name"].get<std::string>();
-        return std::nullopt;
-    }
-
 private:
     void start_interface(const std::string &name, json value) {
         const bool is_name = name != "hif_slot";
@@ -247,8 +241,10 @@ private:
             renamed["if_name"] = std::move(value);
             for (auto &[k, v] : current.items()) renamed[k] = v;
             current = std::move(renamed);
+            if (current["if_name"].is_string()) reported_.push_back(current["if_name"].get<std::string>());
             return;
         }
+        if (is_name && value.is_string()) reported_.push_back(value.get<std::string>());
         json &list = root_["interfaces"];
         json object = json::object();
         object[is_name ? "if_name" : name] = std::move(value);
@@ -315,7 +311,8 @@ private:
             if (starts)
                 // The same index printed twice in a row (the extended
                 // report's CoS) stays one row.
-                fresh = !(row->contains(name) && (*row)[name] == value);
+                fresh = !(info.row_key != nullptr && name == info.row_key && row->contains(name) &&
+                          (*row)[name] == value);
             else
                 fresh = row->contains(name);
         }
@@ -327,6 +324,22 @@ private:
         last_ = name;
     }
 
+  public:
+    // A report that failed after naming its slot (the host-interface
+    // report): its object gets the interface's name from the failure.
+    void name_unnamed(const std::string &name) {
+        if (interface_.empty()) return;
+        json &current = root_[interface_];
+        if (current.contains("if_name")) return;
+        json renamed = json::object();
+        renamed["if_name"] = name;
+        for (auto &[k, v] : current.items()) renamed[k] = v;
+        current = std::move(renamed);
+    }
+
+    std::vector<std::string> reported_;  // interface names, in the order reported
+
+  private:
     json &root_;
     AttributeLookup lookup_;
     json::json_pointer interface_;
@@ -335,16 +348,30 @@ private:
     std::string last_;                                      // last column added to a table
 };
 
-void add_error(json &errors, const std::string &message, const std::optional<std::string> &context_interface) {
+// The interface's own spelling ("Ethernet2/24" for "eth2/24").
+std::string canonical_interface(const std::string &spelling) {
+    if (const auto index = qdsim::find_interface(spelling))
+        for (const qdsim::InterfaceInfo &i : qdsim::interfaces())
+            if (i.if_index == *index) return i.name;
+    return spelling;
+}
+
+// Adds an error entry; returns the interface it is about, if one.
+template <class About>
+std::optional<std::string> add_error(json &errors, const std::string &message, About &&about) {
     json e = json::object();
     std::smatch m;
-    if (std::regex_search(message, m, interface_pattern()))
+    const bool extender = std::regex_search(message, m, extender_pattern());
+    if (std::regex_search(message, m, interface_pattern())) {
         e["interface"] = m.str(0);
-    else if (context_interface)
-        e["interface"] = *context_interface;
+    } else if (!extender) {
+        if (const std::optional<std::string> i = about()) e["interface"] = *i;
+    }
     if (std::regex_search(message, m, extender_pattern())) e["extender"] = std::stoul(m.str(1));
     e["message"] = message;
     errors.push_back(std::move(e));
+    const json &added = errors.back();
+    return added.contains("interface") ? std::optional<std::string>(added["interface"].get<std::string>()) : std::nullopt;
 }
 
 // ---- XML ----------------------------------------------------------------------
@@ -377,7 +404,9 @@ std::string item_name(const std::string &array_name, const json &item) {
 void xml_element(std::string &out, const std::string &name, const json &v, bool pretty, int depth) {
     const std::string indent = pretty ? std::string(static_cast<std::size_t>(depth) * 2, ' ') : std::string();
     const char *nl = pretty ? "\n" : "";
-    if (v.is_object()) {
+    if ((v.is_object() || v.is_array()) && v.empty()) {
+        out += indent + "<" + name + "/>" + nl;
+    } else if (v.is_object()) {
         out += indent + "<" + name + ">" + nl;
         for (const auto &[k, child] : v.items()) xml_element(out, k, child, pretty, depth + 1);
         out += indent + "</" + name + ">" + nl;
@@ -420,7 +449,7 @@ Format take_format_suffix(std::string &line) {
 
 Document build_document(std::string_view command, const std::vector<Segment> &segments,
                         const std::vector<std::string> &shell_errors, bool handler_ok, AttributeLookup lookup,
-                        bool &ok) {
+                        bool &ok, const std::vector<std::string> &walk) {
     json doc = json::object();
     doc["command"] = trim(command);
     doc["status"] = "ok";
@@ -428,22 +457,46 @@ Document build_document(std::string_view command, const std::vector<Segment> &se
     doc["interfaces"] = json::array();
     json lines = json::array();
     json errors = json::array();
+    std::vector<std::string> stdout_lines;
     Builder builder(doc, lookup);
     bool typed = false;
     bool failure_seen = false;
+    // The interface a message that names none is about: the one the command
+    // names; in a walk over every interface, the next one of the walk after
+    // the last one reported (a failing interface prints no report of its own).
+    std::optional<std::string> named;
+    std::smatch m;
+    const std::string line_text(command);
+    static const std::regex spelled(R"(\b(ethernet|eth|e)[0-9]+(/[0-9]+)+)", std::regex::icase);
+    if (std::regex_search(line_text, m, spelled)) named = canonical_interface(m.str(0));
+    std::size_t walked = 0;  // walk positions up to here are accounted for
+    auto about = [&]() -> std::optional<std::string> {
+        if (walk.empty()) return named;
+        if (!builder.reported_.empty()) {
+            auto it = std::find(walk.begin() + static_cast<std::ptrdiff_t>(walked), walk.end(), builder.reported_.back());
+            if (it != walk.end()) walked = static_cast<std::size_t>(it - walk.begin()) + 1;
+        }
+        if (walked >= walk.size()) return std::nullopt;
+        return walk[walked++];
+    };
+    auto note = [&](const std::optional<std::string> &i) {
+        if (!i) return;
+        builder.reported_.push_back(*i);
+        builder.name_unnamed(*i);
+    };
     for (const Segment &s : segments) {
         if (s.kind == Segment::Kind::printer) {
             for (const Segment::Value &v : s.values) builder.add(v.attr, v.bytes);
             typed = typed || !s.values.empty();
             for (const std::string &line : split_lines(s.text)) {
                 if (is_failure_message(line)) {
-                    add_error(errors, trim(line), builder.current_interface());
+                    note(add_error(errors, trim(line), about));
                     failure_seen = true;
                 } else if (s.values.empty() && !trim(line).empty()) {
                     // A flush of text alone: a failing exchange's error text
                     // when the handler failed, otherwise a line of the report.
                     if (!handler_ok) {
-                        add_error(errors, trim(line), builder.current_interface());
+                        note(add_error(errors, trim(line), about));
                         failure_seen = true;
                     } else {
                         lines.push_back(line);
@@ -453,14 +506,19 @@ Document build_document(std::string_view command, const std::vector<Segment> &se
         } else {
             for (const std::string &line : split_lines(s.text)) {
                 if (is_failure_message(line)) {
-                    add_error(errors, trim(line), std::nullopt);
+                    note(add_error(errors, trim(line), about));
                     failure_seen = true;
                 }
-                lines.push_back(line);
+                stdout_lines.push_back(line);
             }
         }
     }
-    for (const std::string &e : shell_errors) add_error(errors, e, std::nullopt);
+    // qdsh's own errors are about the interface the command names, if one.
+    for (const std::string &e : shell_errors) add_error(errors, e, [&] { return named; });
+    // Blank lines between the reports of a walk are no content of a typed
+    // document; a text report keeps its lines as they are.
+    for (std::string &l : stdout_lines)
+        if (!typed || !trim(l).empty()) lines.push_back(std::move(l));
     ok = handler_ok && !failure_seen;
     doc["status"] = ok ? "ok" : "failed";
     doc["text_only"] = !typed && !lines.empty();
@@ -487,7 +545,14 @@ CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup 
     }
     set_error_listener(nullptr);
     --g_capture_depth;
-    outcome.document = build_document(line, outcome.segments, shell_errors, handler_ok, lookup, outcome.ok);
+    // The walk over every interface reports them in the platform's order.
+    std::vector<std::string> walk;
+    const MatchResult matched = match_line(line);
+    if (matched.ok && matched.match.command->handler == "qd_cli_show_queuing_interface" && matched.match.params.empty())
+        for (const qdsim::InterfaceInfo &i : qdsim::interfaces())
+            if (!i.sub_intf && (i.type == IF_TYPE_ETH || i.type == IF_TYPE_ETH_ALT || i.type == IF_TYPE_HIF))
+                walk.push_back(i.name);
+    outcome.document = build_document(line, outcome.segments, shell_errors, handler_ok, lookup, outcome.ok, walk);
     return outcome;
 }
 

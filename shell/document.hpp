@@ -84,10 +84,13 @@ CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup 
 
 // Builds the document of a command from what it printed. `shell_errors`
 // are the errors qdsh itself reported; `handler_ok` whether the shell took
-// the command as succeeded. `ok` is set to the command's verdict.
+// the command as succeeded. `ok` is set to the command's verdict. `walk`:
+// for a command that reports every interface, their names in the order the
+// walk visits them (a message that names no interface is about the next one
+// of the walk after the last one reported); empty otherwise.
 Document build_document(std::string_view command, const std::vector<Segment> &segments,
                         const std::vector<std::string> &shell_errors, bool handler_ok, AttributeLookup lookup,
-                        bool &ok);
+                        bool &ok, const std::vector<std::string> &walk = {});
 
 // Whether a line of text is one of the library's failure or refusal
 // messages ("Unsupported interface", "Cmd recv failed for vaq 102 ...",

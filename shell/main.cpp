@@ -17,6 +17,7 @@
 #include "filters.hpp"
 #include "library.hpp"
 #include "metrics.hpp"
+#include "schema.hpp"
 #include "serve.hpp"
 #include "watch.hpp"
 #include "qdsim/sim.h"
@@ -53,6 +54,7 @@ const char kUsage[] =
     "                          on one line (default: indented on a terminal only)\n"
     "  --lib PATH              the handler library (default: $QDSH_LIBQDCLI, then\n"
     "                          ../lib/libqdcli.so next to qdsh, then the build tree's)\n"
+    "  --schema json|xml       print the schema of the structured output and exit\n"
     "  -h, --help              show this text\n"
     "\n"
     "Exit status: 0 when every command succeeded, 1 when one was refused or failed\n"
@@ -72,6 +74,7 @@ struct Options {
     bool simulated_clock = false;
     std::string subcommand;             // "watch" or "serve"
     std::vector<std::string> sub_args;  // the words after it
+    std::string schema;
 };
 
 bool parse_options(int argc, char **argv, Options &o, std::string &error) {
@@ -102,6 +105,8 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             if (!value(o.output)) return false;
         } else if (arg == "--lib") {
             if (!value(o.lib)) return false;
+        } else if (arg == "--schema") {
+            if (!value(o.schema)) return false;
         } else if (inline_value("--scenario", o.scenario) || inline_value("--output", o.output) ||
                    inline_value("--lib", o.lib)) {
         } else if (std::string c; inline_value("--command", c)) {
@@ -127,6 +132,10 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             error = "unexpected argument \"" + arg + "\" (commands go after -c)";
             return false;
         }
+    }
+    if (!o.schema.empty() && o.schema != "json" && o.schema != "xml") {
+        error = "unknown schema \"" + o.schema + "\": expected json or xml";
+        return false;
     }
     if (!o.output.empty() && o.output != "text" && o.output != "json" && o.output != "xml" &&
         o.output != "openmetrics" && o.output != "prometheus") {
@@ -335,6 +344,20 @@ int main(int argc, char **argv) {
     if (!library.open(path, error)) {
         qdsh::report_error("cannot load the handler library " + path + ": " + error);
         return kExitUsage;
+    }
+
+    if (!options.schema.empty()) {
+        using Catalogue = const qdcli_attr_info *(*)(std::size_t *);
+        const auto catalogue = reinterpret_cast<Catalogue>(library.symbol("qdcli_attr_catalogue"));
+        if (catalogue == nullptr) {
+            qdsh::report_error("the handler library " + path + " has no attribute catalogue (qdcli_attr_catalogue)");
+            return kExitUsage;
+        }
+        std::size_t count = 0;
+        const qdcli_attr_info *entries = catalogue(&count);
+        std::fputs((options.schema == "json" ? qdsh::json_schema(entries, count) : qdsh::xml_schema(entries, count)).c_str(),
+                   stdout);
+        return 0;
     }
 
     if (options.scenario.empty()) {

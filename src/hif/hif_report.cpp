@@ -414,7 +414,13 @@ void refuse(const HifDecodeResult &damage, std::size_t payload_length, const cha
 void print_hif_queuing(const HifQueuingInfo &info, const ReportContext &context, const char *if_name,
                        HifOutput &out) {
     const bool detailed = context.detailed;
-    out.put("%s queuing information:\n", {label(HIF_ATTR_IF_NAME, if_name)});
+    // The name goes to the printer as a value where the heading fits the
+    // typed report's 80-byte line (any name the platform makes); a longer
+    // one is cut with the line, as text.
+    if (std::strlen(if_name) + std::strlen(" queuing information:\n") < 80)
+        out.put("%s queuing information:\n", {label(HIF_ATTR_IF_NAME, if_name)});
+    else
+        out.formatted("%s queuing information:\n", if_name);
     input_buffers(info, detailed, out);
     queueing(info, detailed, out);
     if (info.buffer_threshold != kNoValue)

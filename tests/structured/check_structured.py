@@ -1,0 +1,245 @@
+#!/usr/bin/python3
+"""Structured output of qdsh, checked with real validators.
+
+For every command of the command table, on the default switch and on every
+scenario file (the shipped ones and those of the end-to-end cases, which
+inject faults), runs the command three times: as text, with -o json and with
+-o xml. The JSON output must be one document that validates against the
+JSON Schema, the XML output one document that xmllint validates against the
+XML Schema; both must give the text run's exit status, and the JSON
+document must carry every number of the text report (a failure is an entry
+of "errors" and makes the status "failed").
+
+    check_structured.py QDSH SCHEMA_DIR SCENARIO_DIR E2E_CASES_DIR
+"""
+import json
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+import jsonschema
+
+QDSH, SCHEMA_DIR, SCENARIO_DIR, CASES_DIR = sys.argv[1:5]
+XMLLINT = shutil.which("xmllint") or "/usr/bin/xmllint"
+
+COMMANDS = [
+    "show wrr-queue cos-map",
+    "show queuing",
+    "show queuing interface ethernet1/1",
+    "show queuing interface ethernet1/48",
+    "show queuing interface ethernet101/1/1",
+    "show queuing interface ethernet1/1-2, ethernet101/1/2",
+    "show queuing interface",
+    "show queuing interface ethernet101/1/41-46, ethernet102/1/41",
+    "show queuing interface ethernet1/1 extended",
+    "show queuing host-interface ethernet101/1/1",
+    "show system internal qd extender-stats interface ethernet1/48",
+    "show logging onboard flow-control pause-count",
+    "show logging onboard flow-control pause-events",
+    "show vaq no-credit-drops",
+    "show system internal qd mem-stats",
+    "show system internal qd interface ethernet1/1",
+    "clear queuing counters",
+    "qos queue-limit 100000",
+    "show queuing interface ethernet9/9",
+    "sim interfaces",
+]
+
+failures = []
+
+
+def fail(where, what):
+    failures.append(f"{where}: {what}")
+
+
+def run(args, cwd):
+    p = subprocess.run([QDSH] + args, cwd=cwd, capture_output=True, text=True, timeout=120)
+    return p.returncode, p.stdout
+
+
+def numbers_of_text(text):
+    """The numbers of a text report, each as the values it may stand for:
+    after "0x" the typed report prints some fields in decimal, the text
+    report in hexadecimal. The channel headings' "40G[0]" and the drop
+    report's note are not values."""
+    text = re.sub(r"40G\[\d\]|-40g\b", "", text)
+    text = text.replace("Maximum drop counter value is 15", "")
+    found = []
+    for m in re.finditer(r"0x([0-9a-fA-F]+)|(\d+)", text):
+        if m.group(1):
+            alternatives = {int(m.group(1), 16)}
+            if m.group(1).isdigit():
+                alternatives.add(int(m.group(1)))
+            found.append(alternatives)
+        else:
+            found.append({int(m.group(2))})
+    return found
+
+
+def numbers_of_document(value, found):
+    if isinstance(value, bool):
+        return found
+    if isinstance(value, int):
+        found.add(value)
+    elif isinstance(value, str):
+        for m in re.finditer(r"0x([0-9a-fA-F]+)|(\d+)", value):
+            found.add(int(m.group(1), 16) if m.group(1) else int(m.group(2)))
+    elif isinstance(value, list):
+        for v in value:
+            numbers_of_document(v, found)
+    elif isinstance(value, dict):
+        for v in value.values():
+            numbers_of_document(v, found)
+    return found
+
+
+def check(where, scenario_args, command, cwd, validator, xsd):
+    rc_text, text = run(scenario_args + ["-c", command], cwd)
+    rc_json, out = run(scenario_args + ["--compact", "-o", "json", "-c", command], cwd)
+    if rc_text == 2 and rc_json == 2 and not out:
+        return None  # a scenario that does not load: no command runs
+    try:
+        doc = json.loads(out)
+    except ValueError as e:
+        fail(where, f"JSON output is not one document: {e}")
+        return None
+    for error in validator.iter_errors(doc):
+        fail(where, f"JSON does not validate: {error.message} at {list(error.absolute_path)}")
+        break
+    if rc_json != rc_text:
+        fail(where, f"exit status {rc_json} in JSON, {rc_text} as text")
+    if (doc.get("status") == "ok") != (rc_json == 0):
+        fail(where, f"status {doc.get('status')} with exit status {rc_json}")
+    if rc_json != 0 and rc_json != 2 and not doc.get("errors"):
+        fail(where, "failed without an error entry")
+    carried = numbers_of_document(doc, set())
+    missing = sorted({min(n) for n in numbers_of_text(text) if not n & carried})
+    if missing:
+        fail(where, f"numbers of the text report missing from the document: {missing[:10]}")
+    rc_xml, xml = run(scenario_args + ["-o", "xml", "-c", command], cwd)
+    if rc_xml != rc_text:
+        fail(where, f"exit status {rc_xml} in XML, {rc_text} as text")
+    with tempfile.NamedTemporaryFile("w", suffix=".xml", delete=False) as f:
+        f.write(xml)
+        name = f.name
+    p = subprocess.run([XMLLINT, "--noout", "--schema", xsd, name], capture_output=True, text=True)
+    os.unlink(name)
+    if p.returncode != 0:
+        fail(where, "XML does not validate: " + p.stderr.strip().splitlines()[0] if p.stderr else "xmllint failed")
+    return doc
+
+
+def main():
+    with open(os.path.join(SCHEMA_DIR, "qdcli-document.schema.json")) as f:
+        schema = json.load(f)
+    jsonschema.Draft202012Validator.check_schema(schema)
+    validator = jsonschema.Draft202012Validator(schema)
+    xsd = os.path.join(SCHEMA_DIR, "qdcli-document.xsd")
+
+    work = tempfile.mkdtemp()
+    try:
+        setups = [("default", [], work)]
+        for name in sorted(os.listdir(SCENARIO_DIR)):
+            if name.endswith(".json"):
+                setups.append((name, ["--scenario", os.path.join(SCENARIO_DIR, name)], work))
+        for case in sorted(os.listdir(CASES_DIR)):
+            path = os.path.join(CASES_DIR, case, "scenario.json")
+            if os.path.isfile(path):
+                copy = os.path.join(work, case)
+                shutil.copytree(os.path.join(CASES_DIR, case), copy)
+                setups.append((case, ["--scenario", "scenario.json"], copy))
+        docs = {}
+        for label, args, cwd in setups:
+            for command in COMMANDS:
+                docs[(label, command)] = check(f"{label}: {command}", args, command, cwd, validator, xsd)
+
+        # Several commands: JSON Lines, one document per line; XML: one root.
+        rc, out = run(["--compact", "-o", "json", "-c", "show wrr-queue cos-map", "-c", "show vaq no-credit-drops"], work)
+        lines = out.splitlines()
+        if len(lines) != 2 or not all(isinstance(json.loads(l), dict) for l in lines):
+            fail("two commands", "not two JSON documents, one per line")
+        rc, out = run(["-o", "xml", "-c", "show wrr-queue cos-map", "-c", "sim interfaces"], work)
+        p = subprocess.run([XMLLINT, "--noout", "--schema", xsd, "-"], input=out, capture_output=True, text=True)
+        if p.returncode != 0 or out.count("<document>") != 2:
+            fail("two commands", "XML is not one <qdsh> with two documents")
+        # "| json" after a command, with text output otherwise.
+        rc, out = run(["-c", "show queuing interface ethernet1/1 | json"], work)
+        if json.loads(out)["interfaces"][0]["if_name"] != "Ethernet1/1":
+            fail("| json", "no document")
+
+        # Key values, and the same type whatever the number of rows.
+        eth = docs[("default", "show queuing interface ethernet1/1")]
+        if eth is not None:
+            rx = eth["interfaces"][0]["rx_queues"]
+            if [r["rx_qos_group"] for r in rx] != [0, 1, 2, 3] or rx[3]["ingress_discards"] != 70872:
+                fail("ethernet1/1", "receive rows wrong")
+            if eth["interfaces"][0]["tx_queues"][0]["sched_type"] != "wrr":
+                fail("ethernet1/1", "scheduling type not normalised")
+        ext = docs[("default", "show queuing interface ethernet1/1 extended")]
+        if ext is not None and ext["interfaces"][0]["pass_counts"][0]["ext_pass_count_ch0"] != 4831838208:
+            fail("extended", "64-bit counter not exact")
+        # The same JSON types with one row as with several: one ASIC with one
+        # SS, one qos-group.
+        rc, group = run(["-c", "sim show /interfaces/Ethernet1~11/queuing/qos_groups/0"], work)
+        rc, out = run(["--compact", "-o", "json",
+                       "-c", 'sim set /extenders/1/vaq_drops/asics [{"ss_drops": [4]}]',
+                       "-c", "sim set /interfaces/Ethernet1~11/queuing/qos_groups [" + group + "]",
+                       "-c", "show vaq no-credit-drops", "-c", "show queuing interface ethernet1/1"], work)
+        vaq, eth1 = [json.loads(l) for l in out.splitlines()[2:4]]
+        one = vaq["extenders"][1]["asics"]
+        if not (isinstance(one, list) and len(one) == 1 and one[0]["ss"] == [{"ss": 0, "no_credit_drops": 4}]):
+            fail("type stability", f"one ASIC with one SS: {one}")
+        rows = eth1["interfaces"][0]
+        if not (len(rows["tx_queues"]) == 1 and len(rows["rx_queues"]) == 1):
+            fail("type stability", "one qos-group is not a table of one row")
+
+        # Every attribute the handlers print is in the catalogue, and every
+        # attribute of the catalogue is printed by some command above.
+        def props(node, into):
+            if isinstance(node, dict):
+                for k, v in node.get("properties", {}).items():
+                    if "$ref" not in v:
+                        into.add(k)
+                for v in node.values():
+                    props(v, into)
+            return into
+        declared = props(schema["$defs"]["interface"], set())
+        tables = {k[len("table_"):] for k in schema["$defs"] if k.startswith("table_")}
+        for t in tables:
+            props(schema["$defs"]["table_" + t], declared)
+        structural = {"command", "status", "text_only", "interfaces", "lines", "errors", "interface", "extender", "message"}
+        seen = set()
+
+        def keys(value):
+            if isinstance(value, dict):
+                for k, v in value.items():
+                    seen.add(k)
+                    keys(v)
+            elif isinstance(value, list):
+                for v in value:
+                    keys(v)
+        for doc in docs.values():
+            keys(doc)
+        unknown = seen - declared - tables - structural
+        if unknown:
+            fail("catalogue", f"printed but not catalogued: {sorted(unknown)}")
+        never = declared - seen
+        if never:
+            fail("catalogue", f"catalogued but never printed: {sorted(never)}")
+        unsupported = docs[("default", "show queuing interface ethernet9/9")]
+        if unsupported is not None and unsupported["status"] != "failed":
+            fail("unknown interface", "not failed")
+    finally:
+        shutil.rmtree(work, ignore_errors=True)
+
+    for f in failures:
+        print(f)
+    print(f"{len(failures)} failure(s)")
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
