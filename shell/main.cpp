@@ -55,6 +55,8 @@ const char kUsage[] =
     "  --lib PATH              the handler library (default: $QDSH_LIBQDCLI, then\n"
     "                          ../lib/libqdcli.so next to qdsh, then the build tree's)\n"
     "  --schema json|xml       print the schema of the structured output and exit\n"
+    "  --metric-names          print the metric names of -o openmetrics and serve\n"
+    "                          (a Markdown table) and exit\n"
     "  -h, --help              show this text\n"
     "\n"
     "Exit status: 0 when every command succeeded, 1 when one was refused or failed\n"
@@ -75,6 +77,7 @@ struct Options {
     std::string subcommand;             // "watch" or "serve"
     std::vector<std::string> sub_args;  // the words after it
     std::string schema;
+    bool metric_names = false;
 };
 
 bool parse_options(int argc, char **argv, Options &o, std::string &error) {
@@ -105,6 +108,8 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             if (!value(o.output)) return false;
         } else if (arg == "--lib") {
             if (!value(o.lib)) return false;
+        } else if (arg == "--metric-names") {
+            o.metric_names = true;
         } else if (arg == "--schema") {
             if (!value(o.schema)) return false;
         } else if (inline_value("--scenario", o.scenario) || inline_value("--output", o.output) ||
@@ -344,6 +349,19 @@ int main(int argc, char **argv) {
     if (!library.open(path, error)) {
         qdsh::report_error("cannot load the handler library " + path + ": " + error);
         return kExitUsage;
+    }
+
+    if (options.metric_names) {
+        using Catalogue = const qdcli_attr_info *(*)(std::size_t *);
+        const auto catalogue = reinterpret_cast<Catalogue>(library.symbol("qdcli_attr_catalogue"));
+        if (catalogue == nullptr) {
+            qdsh::report_error("the handler library " + path + " has no attribute catalogue (qdcli_attr_catalogue)");
+            return kExitUsage;
+        }
+        std::size_t count = 0;
+        const qdcli_attr_info *entries = catalogue(&count);
+        std::fputs(qdsh::metric_names_table(entries, count).c_str(), stdout);
+        return 0;
     }
 
     if (!options.schema.empty()) {

@@ -172,6 +172,20 @@ std::pair<std::string, std::pair<std::string, std::string>> label_for(const std:
     return {id, {}};
 }
 
+std::string metric_names_table(const qdcli_attr_info *entries, std::size_t count) {
+    std::string out = "| Metric | Type | Unit | Meaning |\n|---|---|---|---|\n";
+    for (std::size_t i = 0; i < count; ++i) {
+        const qdcli_attr_info &a = entries[i];
+        if (!is_metric(&a)) continue;
+        const bool counter = a.role == QDCLI_ROLE_COUNTER;
+        std::string help = a.help != nullptr ? a.help : "";
+        for (std::size_t p = 0; (p = help.find('|', p)) != std::string::npos; p += 2) help.replace(p, 1, "\\|");
+        out += "| `" + metric_name(a.name) + (counter ? "_total" : "") + "` | " + (counter ? "counter" : "gauge") +
+               " | " + (a.unit != nullptr ? a.unit : "") + " | " + help + " |\n";
+    }
+    return out;
+}
+
 std::string Sample::key() const {
     std::string k = info != nullptr ? info->name : "";
     k += label_text(labels);

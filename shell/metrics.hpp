@@ -94,6 +94,10 @@ enum class Exposition {
 std::string write_exposition(const std::vector<Sample> &samples, const std::vector<ExtraFamily> &extra,
                              Exposition dialect);
 
+// The metric families of a catalogue as a Markdown table (metric, type,
+// unit, meaning), in catalogue order: the README's list of metric names.
+std::string metric_names_table(const qdcli_attr_info *entries, std::size_t count);
+
 // The label name an identifier of the catalogue gives (if_name -> interface,
 // tx_qos_group -> qos_group with direction="tx", vaq -> extender, ...), and
 // the extra label it implies (empty when none).

@@ -150,7 +150,14 @@ def serve_answers_scrapes_and_stops():
     check("only loopback addresses" in r.stderr, "serve refuses a non-loopback address: " + r.stderr)
 
 
-for test in (watch_rates_match_the_switch, watch_sees_a_32_bit_wrap, metrics_output_is_valid,
+def readme_lists_the_metric_names():
+    readme = open(os.path.join(os.path.dirname(__file__), "..", "..", "README.md")).read()
+    listed = readme.split("<!-- metric-names begin -->\n", 1)[-1].split("<!-- metric-names end -->", 1)[0]
+    check(listed == qdsh("--metric-names").stdout,
+          "README's metric names differ from qdsh --metric-names (paste its output between the markers)")
+
+
+for test in (readme_lists_the_metric_names, watch_rates_match_the_switch, watch_sees_a_32_bit_wrap, metrics_output_is_valid,
              nonzero_leaves_out_zero_rows, serve_answers_scrapes_and_stops):
     test()
 print(f"{len(failures)} failure(s)")
