@@ -92,6 +92,10 @@ Pipeline split_pipeline(std::string_view line) {
     }
     for (std::size_t i = 1; i < parts.size(); ++i) {
         const std::string_view segment = trim(parts[i]);
+        if (segment == "?" && i + 1 == parts.size()) {
+            p.help = true;
+            return p;
+        }
         if (segment.empty()) {
             p.error = "a \"|\" with no filter after it: expected include, exclude, begin, count, json or xml";
             return p;
@@ -145,6 +149,15 @@ Pipeline split_pipeline(std::string_view line) {
         p.segments.push_back(std::move(s));
     }
     return p;
+}
+
+std::string filter_help() {
+    return "  include REGEX            Lines that match\n"
+           "  exclude REGEX            Lines that do not match\n"
+           "  begin REGEX              Everything from the first line that matches\n"
+           "  count                    The number of lines\n"
+           "  json                     The command's document as JSON\n"
+           "  xml                      The command's document as XML\n";
 }
 
 std::string apply_filters(std::string_view text, const std::vector<PipeSegment> &segments) {

@@ -22,6 +22,7 @@ struct Pipeline {
     std::string command;  // the line before the first "|", trimmed
     std::vector<PipeSegment> segments;
     std::string error;    // empty when the line parsed
+    bool help = false;    // the line ends in "| ?": list the filters instead
     bool ok() const { return error.empty(); }
     bool has_text_filters() const;
 };
@@ -31,6 +32,9 @@ struct Pipeline {
 // it is the rest of the segment with the blanks around it trimmed. Filter
 // names may be shortened while they stay unique ("| inc", "| ex").
 Pipeline split_pipeline(std::string_view line);
+
+// What may follow a "|" ("| ?"), one line each.
+std::string filter_help();
 
 // Applies the text filters of `segments` in order to `text`, line by line
 // (a last line without "\n" counts as a line and is given one).

@@ -169,6 +169,11 @@ public:
             qdsh::report_error(pipe.error);
             return false;
         }
+        if (pipe.help) {
+            std::fputs(qdsh::filter_help().c_str(), stdout);
+            std::fflush(stdout);
+            return true;
+        }
         qdsh::Format format = format_;
         bool metrics = ops_.metrics.has_value();
         if (!pipe.segments.empty()) line = pipe.command;

@@ -103,6 +103,14 @@ std::string metric_name(const char *name) {
     return out;
 }
 
+// The family of a catalogue value: "qdcli_" and its name; a counter whose
+// name already ends in "_total" does not get a second one on its samples.
+std::string family_name(const qdcli_attr_info &info) {
+    std::string name = metric_name(info.name);
+    if (info.role == QDCLI_ROLE_COUNTER && ends_with(name, "_total")) name.resize(name.size() - 6);
+    return name;
+}
+
 // HELP text: backslash and newline escaped.
 std::string escape_help(std::string_view s) {
     std::string out;
@@ -180,7 +188,7 @@ std::string metric_names_table(const qdcli_attr_info *entries, std::size_t count
         const bool counter = a.role == QDCLI_ROLE_COUNTER;
         std::string help = a.help != nullptr ? a.help : "";
         for (std::size_t p = 0; (p = help.find('|', p)) != std::string::npos; p += 2) help.replace(p, 1, "\\|");
-        out += "| `" + metric_name(a.name) + (counter ? "_total" : "") + "` | " + (counter ? "counter" : "gauge") +
+        out += "| `" + family_name(a) + (counter ? "_total" : "") + "` | " + (counter ? "counter" : "gauge") +
                " | " + (a.unit != nullptr ? a.unit : "") + " | " + help + " |\n";
     }
     return out;
@@ -275,7 +283,7 @@ std::string write_exposition(const std::vector<Sample> &samples, const std::vect
     std::string out;
     for (const qdcli_attr_info *info : order) {
         const bool counter = info->role == QDCLI_ROLE_COUNTER;
-        const std::string family = metric_name(info->name);
+        const std::string family = family_name(*info);
         family_header(out, family, counter, info->help != nullptr ? info->help : info->name, dialect);
         const std::string sample_name = counter ? family + "_total" : family;
         for (const Sample *s : families[info])

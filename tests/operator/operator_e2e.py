@@ -153,6 +153,8 @@ def serve_answers_scrapes_and_stops():
 def readme_lists_the_metric_names():
     readme = open(os.path.join(os.path.dirname(__file__), "..", "..", "README.md")).read()
     listed = readme.split("<!-- metric-names begin -->\n", 1)[-1].split("<!-- metric-names end -->", 1)[0]
+    names = [line.split("`")[1] for line in listed.splitlines()[2:]]
+    check(len(names) == len(set(names)) > 50, "every metric family has a name of its own")
     check(listed == qdsh("--metric-names").stdout,
           "README's metric names differ from qdsh --metric-names (paste its output between the markers)")
 
