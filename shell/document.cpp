@@ -1,7 +1,5 @@
 #include "document.hpp"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
@@ -10,90 +8,11 @@
 #include <optional>
 #include <regex>
 
-#include "grammar.hpp"
-#include "qdcli/wire.h"
-#include "qdsim/sim.h"
-#include "shell.hpp"
 
 namespace qdsh {
 namespace {
 
 using json = Document;
-
-// ---- capture --------------------------------------------------------------
-
-// Redirects standard output to an anonymous file while a command runs and
-// takes the printer's flushes as they come, keeping the order of both.
-class Capture {
-public:
-    Capture() {
-        std::fflush(stdout);
-        file_ = std::tmpfile();
-        if (file_ == nullptr) return;
-        saved_ = dup(STDOUT_FILENO);
-        if (saved_ < 0 || dup2(fileno(file_), STDOUT_FILENO) < 0) {
-            restore();
-            return;
-        }
-        qdsim::set_flush_sink([this](const qdsim::PrinterFlush &flush) {
-            take_standard_output();
-            Segment s;
-            s.kind = Segment::Kind::printer;
-            s.text = flush.text;
-            for (const qdsim::Attribute &a : flush.values) s.values.push_back({a.id, a.value});
-            segments_.push_back(std::move(s));
-        });
-    }
-    Capture(const Capture &) = delete;
-    Capture &operator=(const Capture &) = delete;
-    ~Capture() { restore(); }
-
-    std::vector<Segment> finish() {
-        take_standard_output();
-        restore();
-        return std::move(segments_);
-    }
-
-private:
-    void take_standard_output() {
-        if (file_ == nullptr) return;
-        std::fflush(stdout);
-        std::string text;
-        char buffer[4096];
-        for (;;) {
-            const ssize_t n = pread(fileno(file_), buffer, sizeof buffer, offset_);
-            if (n <= 0) break;
-            text.append(buffer, static_cast<std::size_t>(n));
-            offset_ += n;
-        }
-        if (text.empty()) return;
-        if (!segments_.empty() && segments_.back().kind == Segment::Kind::standard_output)
-            segments_.back().text += text;
-        else
-            segments_.push_back({Segment::Kind::standard_output, std::move(text), {}});
-    }
-
-    void restore() {
-        qdsim::set_flush_sink(nullptr);
-        if (saved_ >= 0) {
-            std::fflush(stdout);
-            dup2(saved_, STDOUT_FILENO);
-            close(saved_);
-            saved_ = -1;
-        }
-        if (file_ != nullptr) {
-            std::fclose(file_);
-            file_ = nullptr;
-        }
-    }
-
-    std::FILE *file_ = nullptr;
-    int saved_ = -1;
-    off_t offset_ = 0;
-    std::vector<Segment> segments_;
-};
-
-int g_capture_depth = 0;
 
 // ---- values -----------------------------------------------------------------
 
@@ -348,14 +267,6 @@ private:
     std::string last_;                                      // last column added to a table
 };
 
-// The interface's own spelling ("Ethernet2/24" for "eth2/24").
-std::string canonical_interface(const std::string &spelling) {
-    if (const auto index = qdsim::find_interface(spelling))
-        for (const qdsim::InterfaceInfo &i : qdsim::interfaces())
-            if (i.if_index == *index) return i.name;
-    return spelling;
-}
-
 // Adds an error entry; returns the interface it is about, if one.
 template <class About>
 std::optional<std::string> add_error(json &errors, const std::string &message, About &&about) {
@@ -449,7 +360,7 @@ Format take_format_suffix(std::string &line) {
 
 Document build_document(std::string_view command, const std::vector<Segment> &segments,
                         const std::vector<std::string> &shell_errors, bool handler_ok, AttributeLookup lookup,
-                        bool &ok, const std::vector<std::string> &walk) {
+                        bool &ok, const std::string &named_interface, const std::vector<std::string> &walk) {
     json doc = json::object();
     doc["command"] = trim(command);
     doc["status"] = "ok";
@@ -465,10 +376,7 @@ Document build_document(std::string_view command, const std::vector<Segment> &se
     // names; in a walk over every interface, the next one of the walk after
     // the last one reported (a failing interface prints no report of its own).
     std::optional<std::string> named;
-    std::smatch m;
-    const std::string line_text(command);
-    static const std::regex spelled(R"(\b(ethernet|eth|e)[0-9]+(/[0-9]+)+)", std::regex::icase);
-    if (std::regex_search(line_text, m, spelled)) named = canonical_interface(m.str(0));
+    if (!named_interface.empty()) named = named_interface;
     std::size_t walked = 0;  // walk positions up to here are accounted for
     auto about = [&]() -> std::optional<std::string> {
         if (walk.empty()) return named;
@@ -525,35 +433,6 @@ Document build_document(std::string_view command, const std::vector<Segment> &se
     doc["lines"] = std::move(lines);
     doc["errors"] = std::move(errors);
     return doc;
-}
-
-CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup lookup) {
-    CommandOutcome outcome;
-    std::vector<std::string> shell_errors;
-    if (g_capture_depth > 0) {
-        // A command run by a handler: its output belongs to the outer one.
-        outcome.ok = shell.run(line);
-        return outcome;
-    }
-    ++g_capture_depth;
-    set_error_listener([&shell_errors](const std::string &message) { shell_errors.push_back(message); });
-    bool handler_ok = true;
-    {
-        Capture capture;
-        handler_ok = shell.run(line);
-        outcome.segments = capture.finish();
-    }
-    set_error_listener(nullptr);
-    --g_capture_depth;
-    // The walk over every interface reports them in the platform's order.
-    std::vector<std::string> walk;
-    const MatchResult matched = match_line(line);
-    if (matched.ok && matched.match.command->handler == "qd_cli_show_queuing_interface" && matched.match.params.empty())
-        for (const qdsim::InterfaceInfo &i : qdsim::interfaces())
-            if (!i.sub_intf && (i.type == IF_TYPE_ETH || i.type == IF_TYPE_ETH_ALT || i.type == IF_TYPE_HIF))
-                walk.push_back(i.name);
-    outcome.document = build_document(line, outcome.segments, shell_errors, handler_ok, lookup, outcome.ok, walk);
-    return outcome;
 }
 
 std::string to_json(const Document &document, bool pretty) {

@@ -73,7 +73,8 @@ using AttributeLookup = const qdcli_attr_info *(*)(std::uint32_t);
 struct CommandOutcome {
     Document document;
     std::vector<Segment> segments;  // what it printed, for the text rendering
-    bool ok = true;                 // false: refused or failed (exit status 1)
+    bool ok = true;                 // false: refused or failed
+    int exit_status() const { return ok ? 0 : 1; }
 };
 
 // Runs one command line on `shell`, capturing everything it prints, and
@@ -84,13 +85,16 @@ CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup 
 
 // Builds the document of a command from what it printed. `shell_errors`
 // are the errors qdsh itself reported; `handler_ok` whether the shell took
-// the command as succeeded. `ok` is set to the command's verdict. `walk`:
+// the command as succeeded. `ok` is set to the command's verdict.
+// `named_interface`: the interface the command line names, if one (a
+// message naming none is about it). `walk`:
 // for a command that reports every interface, their names in the order the
 // walk visits them (a message that names no interface is about the next one
 // of the walk after the last one reported); empty otherwise.
 Document build_document(std::string_view command, const std::vector<Segment> &segments,
                         const std::vector<std::string> &shell_errors, bool handler_ok, AttributeLookup lookup,
-                        bool &ok, const std::vector<std::string> &walk = {});
+                        bool &ok, const std::string &named_interface = {},
+                        const std::vector<std::string> &walk = {});
 
 // Whether a line of text is one of the library's failure or refusal
 // messages ("Unsupported interface", "Cmd recv failed for vaq 102 ...",

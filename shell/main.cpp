@@ -60,8 +60,8 @@ const char kUsage[] =
     "  -h, --help              show this text\n"
     "\n"
     "Exit status: 0 when every command succeeded, 1 when one was refused or failed\n"
-    "(an error in its document), 2 for bad\n"
-    "options, an unreadable scenario or a library that does not load.\n"
+    "(its document then lists the errors), 2 for bad options, an unreadable\n"
+    "scenario or a library that does not load.\n"
     "Type \"help\" in qdsh for the list of commands. A command line may end in\n"
     "filters: \"| include REGEX\", \"| exclude REGEX\", \"| begin REGEX\", \"| count\".\n";
 
