@@ -243,7 +243,14 @@ public:
             qdsh::report_error(error);
             return false;
         }
-        const qdsh::WatchOutput output{format, pretty_, ops_.terminal && format == qdsh::Format::text};
+        qdsh::WatchOutput output{format, pretty_, ops_.terminal && format == qdsh::Format::text};
+        // Inside the <qdsh> element of a -c or script run, the samples are
+        // more of its children.
+        if (format == qdsh::Format::xml && wrap_xml_ && format_ == qdsh::Format::xml) {
+            if (!xml_open_) std::fputs("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n", stdout);
+            xml_open_ = true;
+            output.xml_wrap = false;
+        }
         const std::unique_ptr<qdsh::WatchClock> clock = ops_.simulated_clock ? qdsh::simulated_clock() : qdsh::real_clock();
         return qdsh::run_watch(shell_, lookup_, ops_.names, options, output, *clock);
     }

@@ -154,13 +154,20 @@ bool run_watch(Shell &shell, AttributeLookup attrs, NameLookup names, const Watc
             if (!output.terminal) out += "\n";
         } else {
             const Document d = watch_document(document, samples, readings, clock.timestamp(), tracker.interval(), n);
-            out = output.format == Format::json ? to_json(d, output.pretty) : to_xml(d, output.pretty);
+            // XML samples are the children of one <qdsh> element, closed when
+            // the watch ends.
+            if (output.format == Format::xml && output.xml_wrap && n == 1) out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n";
+            out += output.format == Format::json ? to_json(d, output.pretty) : to_xml(d, output.pretty);
             if (out.empty() || out.back() != '\n') out += "\n";
         }
         std::fwrite(out.data(), 1, out.size(), stdout);
         std::fflush(stdout);
     }
     clock.stop();
+    if (output.format == Format::xml && output.xml_wrap) {
+        std::fputs("</qdsh>\n", stdout);
+        std::fflush(stdout);
+    }
     return ok;
 }
 

@@ -50,6 +50,7 @@ struct WatchOutput {
     Format format = Format::text;
     bool pretty = false;
     bool terminal = false;  // text on a terminal: refresh in place, highlight changes
+    bool xml_wrap = true;   // XML: the samples in a <qdsh> element of the watch's own
 };
 
 // Runs the watch. Returns false when a sample's command failed (the watch
