@@ -236,6 +236,11 @@ public:
 
     // "watch [--interval S] [--count N] [--nonzero] COMMAND".
     bool watch(const std::vector<std::string> &words, qdsh::Format format) {
+        if (!words.empty() && words.back().ends_with("?")) {
+            std::fputs(qdsh::kWatchUsage, stdout);
+            std::fflush(stdout);
+            return true;
+        }
         qdsh::WatchOptions options;
         options.nonzero = ops_.nonzero;
         std::string error;

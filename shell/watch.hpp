@@ -23,8 +23,12 @@ struct WatchOptions {
 
 // Parses "[--interval S | -n S] [--count N] [--nonzero] COMMAND..." (the
 // words after "watch"); the command is the remaining words joined by
-// spaces. False with `error` set when they are wrong.
+// spaces, or the value of a last "-c COMMAND". False with `error` set when
+// they are wrong.
 bool parse_watch_arguments(const std::vector<std::string> &words, WatchOptions &options, std::string &error);
+
+// What "watch ?" prints.
+extern const char kWatchUsage[];
 
 // Splits a command line into words at blanks; "..." groups words.
 std::vector<std::string> split_words(const std::string &line);

@@ -34,6 +34,12 @@ std::string row_of(const Sample &s) {
 
 }  // namespace
 
+const char kWatchUsage[] =
+    "watch [--interval S | -n S] [--count N] [--nonzero] COMMAND\n"
+    "  Runs COMMAND every S seconds (default 2), N times or until Ctrl-C, and shows\n"
+    "  every counter with its delta since the last sample and its rate per second.\n"
+    "  --nonzero leaves out the rows whose counters are all zero.\n";
+
 std::vector<std::string> split_words(const std::string &line) {
     std::vector<std::string> words;
     std::string word;
@@ -88,17 +94,25 @@ bool parse_watch_arguments(const std::vector<std::string> &words, WatchOptions &
             o.count = n;
         } else if (w == "--nonzero") {
             o.nonzero = true;
+        } else if (w == "-c" || w == "--command") {
+            if (!value(v)) return false;
+            o.command = v;
+            if (i + 1 < words.size()) {
+                error = "watch: nothing may follow " + w + " COMMAND, got \"" + words[i + 1] + "\"";
+                return false;
+            }
+            ++i;
+            break;
         } else if (w == "--") {
             ++i;
             break;
         } else if (!w.empty() && w[0] == '-') {
-            error = "watch: unknown option " + w + " (expected --interval S, --count N, --nonzero)";
+            error = "watch: unknown option " + w + " (expected --interval S, --count N, --nonzero, -c COMMAND)";
             return false;
         } else {
             break;
         }
     }
-    o.command.clear();
     for (; i < words.size(); ++i) o.command += (o.command.empty() ? "" : " ") + words[i];
     if (o.command.empty()) {
         error = "watch: which command? (watch [--interval S] [--count N] [--nonzero] COMMAND)";

@@ -219,6 +219,8 @@ TEST(Watch, ArgumentsAreChecked) {
         {"--bogus show x", "unknown option --bogus"},
         {"--count 2", "which command?"},
         {"watch show x", "cannot watch a watch"},
+        {"--count 2 -c \"show x\"", ""},
+        {"-c \"show x\" --count 2", "nothing may follow -c COMMAND"},
     };
     for (const Case &c : cases) {
         qdsh::WatchOptions o;
