@@ -138,6 +138,10 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             return false;
         }
     }
+    if (!o.subcommand.empty() && !o.commands.empty()) {
+        error = o.subcommand + " runs on its own: no -c before it (watch takes its command after it)";
+        return false;
+    }
     if (!o.schema.empty() && o.schema != "json" && o.schema != "xml") {
         error = "unknown schema \"" + o.schema + "\": expected json or xml";
         return false;
