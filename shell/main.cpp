@@ -198,6 +198,7 @@ public:
             return false;
         }
         const qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_);
+        if (shell_.exit_requested() && outcome.ok) return true;  // "exit" has no document
         qdsh::Document document = outcome.document;
         if (ops_.nonzero) qdsh::drop_zero_rows(document, ops_.names);
         std::string out;
