@@ -37,17 +37,39 @@ void set_label(Labels &labels, const std::string &name, const std::string &value
     labels.emplace_back(name, value);
 }
 
-// Adds the identifiers among the scalar members of `object` to `labels`.
+// A label value: a text as it is, a number in decimal, a list of them
+// joined by commas ("0,1,2": the CoS values of a queue); empty when the
+// value is none of these.
+std::string label_value(const Document &v) {
+    if (v.is_string()) return v.get<std::string>();
+    if (v.is_number()) return v.dump();
+    std::string out;
+    if (!v.is_array()) return out;
+    for (const Document &e : v) {
+        if (!e.is_string() && !e.is_number()) return {};
+        if (!out.empty()) out += ',';
+        out += e.is_string() ? e.get<std::string>() : e.dump();
+    }
+    return out;
+}
+
+// Adds what identifies `object` to `labels`: its identifiers, and a state
+// that starts a row of its table (the name of a control queue, which has
+// no number).
 void add_identifiers(const Document &object, NameLookup lookup, Labels &labels) {
     for (auto it = object.begin(); it != object.end(); ++it) {
         const Document &v = it.value();
-        if (!v.is_primitive() || v.is_null() || v.is_boolean()) continue;
         const qdcli_attr_info *info = lookup(it.key().c_str());
-        if (info == nullptr || info->role != QDCLI_ROLE_IDENTIFIER) continue;
-        // The interface's name says what its index would, more readably.
-        if (it.key() == "if_index" || it.key() == "hif_if_index") continue;
+        if (info == nullptr) continue;
+        const bool identifies = info->role == QDCLI_ROLE_IDENTIFIER ||
+                                (info->role == QDCLI_ROLE_LABEL && (info->flags & QDCLI_ATTR_FLAG_ROW_START) != 0);
+        if (!identifies) continue;
+        const std::string value = label_value(v);
+        if (value.empty()) continue;
+        // The interface's name says what its index and slot would.
+        if (it.key() == "if_index" || it.key() == "hif_if_index" || it.key() == "hif_slot") continue;
         const auto [name, implied] = label_for(it.key());
-        set_label(labels, name, v.is_string() ? v.get<std::string>() : v.dump());
+        set_label(labels, name, value);
         if (!implied.first.empty()) set_label(labels, implied.first, implied.second);
     }
 }
@@ -176,7 +198,8 @@ std::pair<std::string, std::pair<std::string, std::string>> label_for(const std:
     if (id == "queue_id" || id == "stats_queue" || ends_with(id, "_row_queue") || id == "ext_pass_queue" ||
         id == "ext_drop_queue")
         return {"queue", direction()};
-    if (id == "ext_cos" || id == "pause_cos") return {"cos", {}};
+    if (id == "queue_name") return {"queue", {}};
+    if (id == "ext_cos" || id == "pause_cos" || id == "ib_cos" || id == "queue_cos") return {"cos", {}};
     return {id, {}};
 }
 

@@ -23,6 +23,8 @@ const qdcli_attr_info kCatalogue[] = {
     {7, "vaq", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "extenders", "vaq", "Extender", nullptr, 0},
     {8, "no_credit_drops", QDCLI_ATTR_U32, 8, QDCLI_ROLE_COUNTER, "packets", "ss", "ss", "No-credit drops", nullptr, 0},
     {9, "ss", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "ss", "ss", "SS", nullptr, 0},
+    {10, "queue_name", QDCLI_ATTR_TEXT, 0, QDCLI_ROLE_LABEL, nullptr, "queues", "queue_id", "Name", nullptr, QDCLI_ATTR_FLAG_ROW_START},
+    {11, "queue_cos", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "queues", "queue_id", "CoS", nullptr, QDCLI_ATTR_FLAG_LIST},
 };
 
 const qdcli_attr_info *find(const char *name) {
@@ -148,11 +150,14 @@ TEST(DeltaTracker, RatesPerSecondAndNewSeriesUnknown) {
 
 TEST(Samples, IdentifiersOfEnclosingRowsAreLabels) {
     const Document d = Document::parse(R"({"extenders": [{"vaq": 101, "ss": [{"ss": 2, "no_credit_drops": 3}]}],
-        "interfaces": [{"if_name": "E1/1", "q_size": -1, "rx_port_pkts": "12", "unknown_pkts": 4}]})");
+        "interfaces": [{"if_name": "E1/1", "q_size": -1, "rx_port_pkts": "12", "unknown_pkts": 4,
+                        "queues": [{"queue_name": "ctrl-hi", "queue_cos": [6, 7], "drop_type": "drop", "q_size": 5}]}]})");
     const std::vector<qdsh::Sample> s = qdsh::collect_samples(d, find);
-    ASSERT_EQ(s.size(), 1u);
+    ASSERT_EQ(s.size(), 2u);
     EXPECT_EQ(s[0].key(), "no_credit_drops{extender=\"101\",ss=\"2\"}");
     EXPECT_EQ(s[0].row, "/extenders/0/ss/0");
+    // A state that starts a row names it; a state that does not is no label.
+    EXPECT_EQ(s[1].key(), "q_size{interface=\"E1/1\",queue=\"ctrl-hi\",cos=\"6,7\"}");
 }
 
 TEST(Exposition, BothDialects) {
