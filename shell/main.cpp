@@ -205,7 +205,16 @@ public:
         switch (format) {
         case qdsh::Format::text:
             if (metrics) {
-                out = qdsh::write_exposition(qdsh::collect_samples(document, ops_.names), {}, *ops_.metrics);
+                std::vector<qdsh::Sample> samples = qdsh::collect_samples(document, ops_.names);
+                // From -c or a script, the metrics of every command make one
+                // exposition, written when the run ends; at the prompt (or
+                // through filters) each command gets its own.
+                if (wrap_xml_ && !pipe.has_text_filters()) {
+                    pending_samples_.insert(pending_samples_.end(), samples.begin(), samples.end());
+                    metrics_pending_ = true;
+                    break;
+                }
+                out = qdsh::write_exposition(samples, {}, *ops_.metrics);
                 break;
             }
             for (const qdsh::Segment &segment : outcome.segments) out += segment.text;
@@ -267,6 +276,10 @@ public:
 
     // Closes the <qdsh> element; with no command run, it is empty.
     void finish() {
+        if (metrics_pending_) {
+            std::fputs(qdsh::write_exposition(pending_samples_, {}, *ops_.metrics).c_str(), stdout);
+            std::fflush(stdout);
+        }
         if (!wrap_xml_ || format_ != qdsh::Format::xml) return;
         std::fputs(xml_open_ ? "</qdsh>\n" : "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh/>\n", stdout);
         std::fflush(stdout);
@@ -280,6 +293,8 @@ private:
     bool wrap_xml_;
     bool xml_open_ = false;
     OperatorSettings ops_;
+    std::vector<qdsh::Sample> pending_samples_;  // metrics of the commands so far
+    bool metrics_pending_ = false;
 };
 
 // Tab completion through the line editor.

@@ -92,8 +92,9 @@ def metrics_output_is_valid():
            if s.labels == {"interface": "Ethernet1/48", "qos_group": "0", "direction": "rx"}]
     check(got == [want], f"qdcli_rx_port_pkts_total of Ethernet1/48 qos-group 0: {got}, JSON says {want}")
     check(families["qdcli_rx_port_pkts"].type == "counter" and families["qdcli_q_size"].type == "gauge", "types")
-    om = qdsh("-o", "openmetrics", "-c", "show vaq no-credit-drops", status=1).stdout
-    check(om.endswith("# EOF\n"), "OpenMetrics ends with # EOF")
+    om = qdsh("-o", "openmetrics", "-c", "show vaq no-credit-drops", "-c", "show queuing interface e1/1",
+              status=1).stdout
+    check(om.endswith("# EOF\n") and om.count("# EOF") == 1, "one OpenMetrics exposition for the run")
     drops = {tuple(sorted(s.labels.items())): s.value for f in parse_openmetrics(om) for s in f.samples
              if s.name == "qdcli_no_credit_drops_total"}
     check(drops.get((("asic", "0"), ("extender", "101"), ("ss", "2"))) == 15, f"no-credit drops: {drops}")
