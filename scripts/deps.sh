@@ -6,6 +6,8 @@ packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev n
 packages+=(python3 python3-jsonschema libxml2-utils)
 # Benchmarks and docs/PERFORMANCE.md (scripts/perf.sh): the plot.
 packages+=(gnuplot-nox)
+# The exporter, and the Prometheus server and parser of its tests.
+packages+=(libcpp-httplib-dev prometheus python3-prometheus-client)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

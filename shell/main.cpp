@@ -6,15 +6,21 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <editline/readline.h>
 
 #include "document.hpp"
+#include "filters.hpp"
 #include "library.hpp"
+#include "metrics.hpp"
 #include "output_line.hpp"
 #include "schema.hpp"
+#include "serve.hpp"
+#include "watch.hpp"
 #include "qdsim/sim.h"
 #include "shell.hpp"
 #include "signals.hpp"
@@ -26,6 +32,8 @@ constexpr int kExitUsage = 2;   // bad options, scenario or library
 
 const char kUsage[] =
     "Usage: qdsh [OPTIONS]\n"
+    "       qdsh [OPTIONS] watch [--interval S] [--count N] [--nonzero] COMMAND\n"
+    "       qdsh [OPTIONS] serve [--listen 127.0.0.1:PORT] [--config FILE] [--timeout S] [--nonzero]\n"
     "\n"
     "Runs queuing commands against a simulated switch. With no -c, reads\n"
     "commands from the terminal (line editing, history, tab completion) or,\n"
@@ -37,17 +45,27 @@ const char kUsage[] =
     "  -o, --output text|json|xml\n"
     "                          text reports, or one JSON or XML document per command\n"
     "                          (a command may also end in \"| json\" or \"| xml\")\n"
+    "  -o openmetrics|prometheus\n"
+    "                          the counters and gauges of each command as metrics\n"
+    "                          (OpenMetrics 1.0, or the Prometheus text format)\n"
+    "  --nonzero               structured output and watch leave out the rows whose\n"
+    "                          counters are all zero\n"
+    "  --simulated-clock       watch advances the simulator's clock by the interval\n"
+    "                          instead of waiting (repeatable runs, tests)\n"
     "  --pretty, --compact     indent structured output, or print each JSON document\n"
     "                          on one line (default: indented on a terminal only)\n"
     "  --lib PATH              the handler library (default: $QDSH_LIBQDCLI, then\n"
     "                          ../lib/libqdcli.so next to qdsh, then the build tree's)\n"
     "  --schema json|xml       print the schema of the structured output and exit\n"
+    "  --metric-names          print the metric names of -o openmetrics and serve\n"
+    "                          (a Markdown table) and exit\n"
     "  -h, --help              show this text\n"
     "\n"
     "Exit status: 0 when every command succeeded, 1 when one was refused or failed\n"
     "(its document then lists the errors), 2 for bad options, an unreadable\n"
     "scenario or a library that does not load.\n"
-    "Type \"help\" in qdsh for the list of commands.\n";
+    "Type \"help\" in qdsh for the list of commands. A command line may end in\n"
+    "filters: \"| include REGEX\", \"| exclude REGEX\", \"| begin REGEX\", \"| count\".\n";
 
 struct Options {
     std::vector<std::string> commands;
@@ -56,7 +74,12 @@ struct Options {
     std::string lib;
     bool help = false;
     int pretty = -1;  // -1: on a terminal only
+    bool nonzero = false;
+    bool simulated_clock = false;
+    std::string subcommand;             // "watch" or "serve"
+    std::vector<std::string> sub_args;  // the words after it
     std::string schema;
+    bool metric_names = false;
 };
 
 bool parse_options(int argc, char **argv, Options &o, std::string &error) {
@@ -87,12 +110,22 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             if (!value(o.output)) return false;
         } else if (arg == "--lib") {
             if (!value(o.lib)) return false;
+        } else if (arg == "--metric-names") {
+            o.metric_names = true;
         } else if (arg == "--schema") {
             if (!value(o.schema)) return false;
         } else if (inline_value("--scenario", o.scenario) || inline_value("--output", o.output) ||
                    inline_value("--lib", o.lib)) {
         } else if (std::string c; inline_value("--command", c)) {
             o.commands.push_back(c);
+        } else if (arg == "--nonzero") {
+            o.nonzero = true;
+        } else if (arg == "--simulated-clock") {
+            o.simulated_clock = true;
+        } else if (arg == "watch" || arg == "serve") {
+            o.subcommand = arg;
+            o.sub_args.assign(argv + i + 1, argv + argc);
+            break;
         } else if (arg == "--pretty") {
             o.pretty = 1;
         } else if (arg == "--compact") {
@@ -107,12 +140,17 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             return false;
         }
     }
+    if (!o.subcommand.empty() && !o.commands.empty()) {
+        error = o.subcommand + " runs on its own: no -c before it (watch takes its command after it)";
+        return false;
+    }
     if (!o.schema.empty() && o.schema != "json" && o.schema != "xml") {
         error = "unknown schema \"" + o.schema + "\": expected json or xml";
         return false;
     }
-    if (!o.output.empty() && o.output != "text" && o.output != "json" && o.output != "xml") {
-        error = "unknown output format \"" + o.output + "\": expected text, json or xml";
+    if (!o.output.empty() && o.output != "text" && o.output != "json" && o.output != "xml" &&
+        o.output != "openmetrics" && o.output != "prometheus") {
+        error = "unknown output format \"" + o.output + "\": expected text, json, xml, openmetrics or prometheus";
         return false;
     }
     return true;
@@ -131,20 +169,59 @@ public:
         std::string line = input;
         const std::size_t first = line.find_first_not_of(" \t");
         if (first == std::string::npos || line[first] == '#') return true;
-        qdsh::Format format = qdsh::take_format_suffix(line);
-        if (format == qdsh::Format::text) format = format_;
-        if (format != qdsh::Format::text && lookup_ == nullptr) {
+        // Filters and "| json" / "| xml" at the end of the line.
+        const qdsh::Pipeline pipe = qdsh::split_pipeline(line);
+        if (!pipe.ok()) {
+            qdsh::report_error(pipe.error);
+            return false;
+        }
+        if (pipe.help) {
+            std::fputs(qdsh::filter_help().c_str(), stdout);
+            std::fflush(stdout);
+            return true;
+        }
+        qdsh::Format format = format_;
+        bool metrics = ops_.metrics.has_value();
+        if (!pipe.segments.empty()) line = pipe.command;
+        for (const qdsh::PipeSegment &segment : pipe.segments) {
+            if (segment.kind == qdsh::PipeSegment::Kind::json) format = qdsh::Format::json;
+            if (segment.kind == qdsh::PipeSegment::Kind::xml) format = qdsh::Format::xml;
+            if (format != format_) metrics = false;
+        }
+        if (const std::vector<std::string> words = qdsh::split_words(line); !words.empty() && words[0] == "watch") {
+            if (pipe.has_text_filters()) {
+                qdsh::report_error("watch: its output cannot go through filters; watch --nonzero leaves out the rows whose counters are all zero");
+                return false;
+            }
+            return watch(std::vector<std::string>(words.begin() + 1, words.end()), format);
+        }
+        if ((format != qdsh::Format::text || metrics) && lookup_ == nullptr) {
             qdsh::report_error("the handler library has no attribute catalogue (qdcli_attr_find): no structured output");
             return false;
         }
         const qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_);
         if (shell_.exit_requested() && outcome.ok) return true;  // "exit" has no document
+        qdsh::Document document = outcome.document;
+        if (ops_.nonzero) qdsh::drop_zero_rows(document, ops_.names);
         std::string out;
         switch (format) {
         case qdsh::Format::text:
+            if (metrics) {
+                std::vector<qdsh::Sample> samples = qdsh::collect_samples(document, ops_.names);
+                // From -c or a script, the metrics of every command make one
+                // exposition, written when the run ends; at the prompt (or
+                // through filters) each command gets its own.
+                if (wrap_xml_ && !pipe.has_text_filters()) {
+                    pending_samples_.insert(pending_samples_.end(), samples.begin(), samples.end());
+                    metrics_pending_ = true;
+                    break;
+                }
+                out = qdsh::write_exposition(samples, {}, *ops_.metrics);
+                break;
+            }
             for (const qdsh::Segment &segment : outcome.segments) out += segment.text;
             break;
-        case qdsh::Format::json: out = qdsh::to_json(outcome.document, pretty_); break;
+        case qdsh::Format::json: out = qdsh::to_json(document, pretty_); break;
         case qdsh::Format::xml:
             if (wrap_xml_ && format_ == qdsh::Format::xml) {
                 if (!xml_open_) out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n";
@@ -152,17 +229,59 @@ public:
             } else {
                 out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
             }
-            out += qdsh::to_xml(outcome.document, pretty_);
+            out += qdsh::to_xml(document, pretty_);
             if (!pretty_) out += "\n";
             break;
         }
+        if (pipe.has_text_filters()) out = qdsh::apply_filters(out, pipe.segments);
         std::fwrite(out.data(), 1, out.size(), stdout);
         std::fflush(stdout);
         return outcome.ok;
     }
 
+    // What the operator's options add: metrics output, --nonzero, the clock
+    // of watch.
+    struct OperatorSettings {
+        qdsh::NameLookup names = nullptr;
+        std::optional<qdsh::Exposition> metrics;
+        bool nonzero = false;
+        bool simulated_clock = false;
+        bool terminal = false;  // standard output is a terminal
+    };
+    void set_operator(const OperatorSettings &ops) { ops_ = ops; }
+
+    // "watch [--interval S] [--count N] [--nonzero] COMMAND".
+    bool watch(const std::vector<std::string> &words, qdsh::Format format) {
+        if (!words.empty() && words.back().ends_with("?")) {
+            std::fputs(qdsh::kWatchUsage, stdout);
+            std::fflush(stdout);
+            return true;
+        }
+        qdsh::WatchOptions options;
+        options.nonzero = ops_.nonzero;
+        std::string error;
+        if (!qdsh::parse_watch_arguments(words, options, error)) {
+            qdsh::report_error(error);
+            return false;
+        }
+        qdsh::WatchOutput output{format, pretty_, ops_.terminal && format == qdsh::Format::text};
+        // Inside the <qdsh> element of a -c or script run, the samples are
+        // more of its children.
+        if (format == qdsh::Format::xml && wrap_xml_ && format_ == qdsh::Format::xml) {
+            if (!xml_open_) std::fputs("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n", stdout);
+            xml_open_ = true;
+            output.xml_wrap = false;
+        }
+        const std::unique_ptr<qdsh::WatchClock> clock = ops_.simulated_clock ? qdsh::simulated_clock() : qdsh::real_clock();
+        return qdsh::run_watch(shell_, lookup_, ops_.names, options, output, *clock);
+    }
+
     // Closes the <qdsh> element; with no command run, it is empty.
     void finish() {
+        if (metrics_pending_) {
+            std::fputs(qdsh::write_exposition(pending_samples_, {}, *ops_.metrics).c_str(), stdout);
+            std::fflush(stdout);
+        }
         if (!wrap_xml_ || format_ != qdsh::Format::xml) return;
         std::fputs(xml_open_ ? "</qdsh>\n" : "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh/>\n", stdout);
         std::fflush(stdout);
@@ -175,6 +294,9 @@ private:
     bool pretty_;
     bool wrap_xml_;
     bool xml_open_ = false;
+    OperatorSettings ops_;
+    std::vector<qdsh::Sample> pending_samples_;  // metrics of the commands so far
+    bool metrics_pending_ = false;
 };
 
 // Tab completion through the line editor.
@@ -300,6 +422,19 @@ int main(int argc, char **argv) {
         return kExitUsage;
     }
 
+    if (options.metric_names) {
+        using Catalogue = const qdcli_attr_info *(*)(std::size_t *);
+        const auto catalogue = reinterpret_cast<Catalogue>(library.symbol("qdcli_attr_catalogue"));
+        if (catalogue == nullptr) {
+            qdsh::report_error("the handler library " + path + " has no attribute catalogue (qdcli_attr_catalogue)");
+            return kExitUsage;
+        }
+        std::size_t count = 0;
+        const qdcli_attr_info *entries = catalogue(&count);
+        std::fputs(qdsh::metric_names_table(entries, count).c_str(), stdout);
+        return 0;
+    }
+
     if (!options.schema.empty()) {
         using Catalogue = const qdcli_attr_info *(*)(std::size_t *);
         const auto catalogue = reinterpret_cast<Catalogue>(library.symbol("qdcli_attr_catalogue"));
@@ -341,10 +476,32 @@ int main(int argc, char **argv) {
         if (!qdsh::match_line(line).ok) return qdsim::run_platform_command(line);
         return shell.run(line) ? 0 : 1;
     });
+    Runner::OperatorSettings ops;
+    ops.names = reinterpret_cast<qdsh::NameLookup>(library.symbol("qdcli_attr_find_name"));
+    if (options.output == "openmetrics") ops.metrics = qdsh::Exposition::openmetrics;
+    if (options.output == "prometheus") ops.metrics = qdsh::Exposition::prometheus;
+    ops.nonzero = options.nonzero;
+    ops.simulated_clock = options.simulated_clock;
+    ops.terminal = isatty(STDOUT_FILENO) != 0;
+    runner.set_operator(ops);
 
     qdsh::install_signal_handlers(from_terminal);
     bool ok = true;
-    if (!options.commands.empty()) {
+    if (options.subcommand == "serve") {
+        qdsh::ServeOptions serve;
+        serve.nonzero = options.nonzero;
+        int status = kExitUsage;
+        if (!qdsh::parse_serve_arguments(options.sub_args, serve, error))
+            qdsh::report_error(error + " (qdsh --help explains the options)");
+        else
+            status = qdsh::run_serve(shell, lookup, ops.names, serve);
+        qdsim::set_command_runner(nullptr);
+        qdsim::shutdown();
+        return status;
+    }
+    if (options.subcommand == "watch") {
+        ok = runner.watch(options.sub_args, format);
+    } else if (!options.commands.empty()) {
         for (const std::string &command : options.commands) {
             ok = run_line(runner, command) && ok;
             if (shell.exit_requested() || qdsh::termination_signal() != 0) break;

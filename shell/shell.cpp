@@ -349,6 +349,14 @@ bool Shell::run_builtin(const Match &match) {
             std::snprintf(row, sizeof row, "  %-52s %s\n", std::string(c.pattern).c_str(), std::string(c.help).c_str());
             text += row;
         }
+        // Handled before the grammar: watch, and filters at the end of a line.
+        for (const auto &[pattern, help] :
+             {std::pair{"watch [-n S] [--count N] [--nonzero] COMMAND", "Re-run COMMAND: deltas and rates of its counters"},
+              std::pair{"COMMAND | include|exclude|begin REGEX, | count", "Filter the output (\"| ?\" lists the filters)"}}) {
+            char row[256];
+            std::snprintf(row, sizeof row, "  %-52s %s\n", pattern, help);
+            text += row;
+        }
         out(text);
         std::fflush(stdout);
         return true;

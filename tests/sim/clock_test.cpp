@@ -12,6 +12,19 @@ protected:
     }
 };
 
+TEST_F(ClockTest, InHostModeOnlyTheHostMovesTheClock) {
+    const std::string drops = "/interfaces/Ethernet101~11~11/qos_counters/tx_queue_drops";
+    qdsim::set_clock_mode(qdsim::ClockMode::host);
+    finish();
+    handle = qdsim::open_command();
+    EXPECT_EQ(value(drops), 12u);
+    qdsim::advance_clock(2);
+    EXPECT_EQ(value(drops), 18u);
+    qdsim::set_clock_mode(qdsim::ClockMode::per_command);
+    finish();
+    EXPECT_EQ(value(drops), 21u);
+}
+
 TEST_F(ClockTest, RatesMirrorTheirCountersThroughObjectsAndArrays) {
     qdsim::ScenarioError e;
     ASSERT_TRUE(qdsim::load_scenario_text(R"({

@@ -107,6 +107,15 @@ bool get_state_value(const std::string &path, std::string &value, std::string &e
 void advance_clock(std::uint64_t ticks = 1);
 std::uint64_t clock_ticks();
 
+// How the clock advances. per_command (the default): one tick when a
+// command that does not clear counters ends. real_time: one tick per whole
+// second of the host's monotonic clock since the mode was chosen, applied
+// when a command opens, so a rate reads per second (watch mode). host: only
+// advance_clock moves it (a host that drives time itself, tests).
+enum class ClockMode { per_command, real_time, host };
+void set_clock_mode(ClockMode mode);
+ClockMode clock_mode();
+
 // What close_command would report for a handle so far (messages released
 // twice, never released, replies never received), without closing it.
 std::vector<std::string> check_ledger(std::uint32_t mts_handle);

@@ -1,0 +1,208 @@
+#include "filters.hpp"
+
+#include <array>
+#include <cctype>
+#include <deque>
+
+namespace qdsh {
+
+namespace {
+
+struct FilterName {
+    const char *name;
+    PipeSegment::Kind kind;
+    bool takes_pattern;
+};
+
+constexpr std::array<FilterName, 6> kFilters{{
+    {"include", PipeSegment::Kind::include, true},
+    {"exclude", PipeSegment::Kind::exclude, true},
+    {"begin", PipeSegment::Kind::begin, true},
+    {"count", PipeSegment::Kind::count, false},
+    {"json", PipeSegment::Kind::json, false},
+    {"xml", PipeSegment::Kind::xml, false},
+}};
+
+std::string_view trim(std::string_view s) {
+    while (!s.empty() && std::isspace(static_cast<unsigned char>(s.front()))) s.remove_prefix(1);
+    while (!s.empty() && std::isspace(static_cast<unsigned char>(s.back()))) s.remove_suffix(1);
+    return s;
+}
+
+// Splits at "|" outside double quotes; a backslash inside quotes keeps the
+// next character as it is.
+std::vector<std::string> split_bars(std::string_view line, bool &unterminated) {
+    std::vector<std::string> parts(1);
+    bool quoted = false;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const char c = line[i];
+        if (quoted && c == '\\' && i + 1 < line.size()) {
+            parts.back() += c;
+            parts.back() += line[++i];
+            continue;
+        }
+        if (c == '"') quoted = !quoted;
+        if (c == '|' && !quoted) {
+            parts.emplace_back();
+            continue;
+        }
+        parts.back() += c;
+    }
+    unterminated = quoted;
+    return parts;
+}
+
+// The pattern of a segment: a quoted pattern loses its quotes (a backslash
+// before " or \\ inside keeps that character); an unquoted one is taken as written.
+bool unquote(std::string_view text, std::string &pattern) {
+    if (text.size() < 2 || text.front() != '"') {
+        pattern = std::string(text);
+        return true;
+    }
+    if (text.back() != '"') return false;
+    pattern.clear();
+    for (std::size_t i = 1; i + 1 < text.size(); ++i) {
+        if (text[i] == '\\' && i + 2 < text.size() && (text[i + 1] == '"' || text[i + 1] == '\\')) ++i;
+        pattern += text[i];
+    }
+    return true;
+}
+
+}  // namespace
+
+bool Pipeline::has_text_filters() const {
+    for (const PipeSegment &s : segments)
+        if (s.kind != PipeSegment::Kind::json && s.kind != PipeSegment::Kind::xml) return true;
+    return false;
+}
+
+Pipeline split_pipeline(std::string_view line) {
+    Pipeline p;
+    bool unterminated = false;
+    const std::vector<std::string> parts = split_bars(line, unterminated);
+    p.command = std::string(trim(parts[0]));
+    if (unterminated) {
+        p.error = "a double quote is not closed";
+        return p;
+    }
+    if (parts.size() == 1) return p;
+    if (p.command.empty()) {
+        p.error = "nothing before \"|\": a filter follows a command";
+        return p;
+    }
+    for (std::size_t i = 1; i < parts.size(); ++i) {
+        const std::string_view segment = trim(parts[i]);
+        if (segment == "?" && i + 1 == parts.size()) {
+            p.help = true;
+            return p;
+        }
+        if (segment.empty()) {
+            p.error = "a \"|\" with no filter after it: expected include, exclude, begin, count, json or xml";
+            return p;
+        }
+        const std::size_t space = segment.find_first_of(" \t");
+        const std::string_view word = segment.substr(0, space);
+        const std::string_view rest = space == std::string_view::npos ? std::string_view{} : trim(segment.substr(space));
+        const FilterName *found = nullptr;
+        int candidates = 0;
+        for (const FilterName &f : kFilters) {
+            const std::string_view name(f.name);
+            if (name == word) {
+                found = &f;
+                candidates = 1;
+                break;
+            }
+            if (name.starts_with(word)) {
+                found = &f;
+                ++candidates;
+            }
+        }
+        if (candidates != 1) {
+            p.error = "\"| " + std::string(word) + "\": " +
+                      (candidates == 0 ? "unknown filter" : "ambiguous filter") +
+                      ", expected include, exclude, begin, count, json or xml";
+            return p;
+        }
+        PipeSegment s;
+        s.kind = found->kind;
+        if (!found->takes_pattern) {
+            if (!rest.empty()) {
+                p.error = "\"| " + std::string(found->name) + "\" takes nothing after it, got \"" + std::string(rest) + "\"";
+                return p;
+            }
+        } else {
+            if (rest.empty()) {
+                p.error = "\"| " + std::string(found->name) + "\" needs a regular expression";
+                return p;
+            }
+            if (!unquote(rest, s.pattern)) {
+                p.error = "\"| " + std::string(found->name) + "\": a quoted pattern must end with its quote: " + std::string(rest);
+                return p;
+            }
+            try {
+                s.regex = std::regex(s.pattern, std::regex::ECMAScript);
+            } catch (const std::regex_error &e) {
+                p.error = "\"| " + std::string(found->name) + "\": bad regular expression \"" + s.pattern + "\": " + e.what();
+                return p;
+            }
+        }
+        p.segments.push_back(std::move(s));
+    }
+    return p;
+}
+
+std::string filter_help() {
+    return "  include REGEX            Lines that match\n"
+           "  exclude REGEX            Lines that do not match\n"
+           "  begin REGEX              Everything from the first line that matches\n"
+           "  count                    The number of lines\n"
+           "  json                     The command's document as JSON\n"
+           "  xml                      The command's document as XML\n";
+}
+
+std::string apply_filters(std::string_view text, const std::vector<PipeSegment> &segments) {
+    std::vector<std::string_view> lines;
+    while (!text.empty()) {
+        const std::size_t nl = text.find('\n');
+        lines.push_back(text.substr(0, nl));
+        text = nl == std::string_view::npos ? std::string_view{} : text.substr(nl + 1);
+    }
+    std::deque<std::string> counted;  // lines made by "| count" (stable addresses)
+    for (const PipeSegment &s : segments) {
+        std::vector<std::string_view> kept;
+        switch (s.kind) {
+        case PipeSegment::Kind::include:
+        case PipeSegment::Kind::exclude: {
+            const bool want = s.kind == PipeSegment::Kind::include;
+            for (std::string_view l : lines)
+                if (std::regex_search(l.begin(), l.end(), s.regex) == want) kept.push_back(l);
+            break;
+        }
+        case PipeSegment::Kind::begin: {
+            bool on = false;
+            for (std::string_view l : lines) {
+                on = on || std::regex_search(l.begin(), l.end(), s.regex);
+                if (on) kept.push_back(l);
+            }
+            break;
+        }
+        case PipeSegment::Kind::count:
+            counted.push_back(std::to_string(lines.size()));
+            kept.push_back(counted.back());
+            break;
+        case PipeSegment::Kind::json:
+        case PipeSegment::Kind::xml:
+            kept = lines;  // chosen before the command runs
+            break;
+        }
+        lines = std::move(kept);
+    }
+    std::string out;
+    for (std::string_view l : lines) {
+        out += l;
+        out += '\n';
+    }
+    return out;
+}
+
+}  // namespace qdsh

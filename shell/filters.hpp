@@ -1,0 +1,43 @@
+// Output filters in the router convention: a command line may end in
+// "| include REGEX", "| exclude REGEX", "| begin REGEX" and "| count",
+// chained in any number, and in "| json" / "| xml" to render the typed
+// output as structured text before the text filters see it.
+#pragma once
+
+#include <regex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qdsh {
+
+struct PipeSegment {
+    enum class Kind { include, exclude, begin, count, json, xml };
+    Kind kind = Kind::count;
+    std::string pattern;  // the regular expression as written (include, exclude, begin)
+    std::regex regex;
+};
+
+struct Pipeline {
+    std::string command;  // the line before the first "|", trimmed
+    std::vector<PipeSegment> segments;
+    std::string error;    // empty when the line parsed
+    bool help = false;    // the line ends in "| ?": list the filters instead
+    bool ok() const { return error.empty(); }
+    bool has_text_filters() const;
+};
+
+// Splits a line at every "|" outside double quotes. A pattern may be quoted
+// ("| include \"a|b\"") to hold a "|" or leading/trailing blanks; unquoted,
+// it is the rest of the segment with the blanks around it trimmed. Filter
+// names may be shortened while they stay unique ("| inc", "| ex").
+Pipeline split_pipeline(std::string_view line);
+
+// What may follow a "|" ("| ?"), one line each.
+std::string filter_help();
+
+// Applies the text filters of `segments` in order to `text`, line by line
+// (a last line without "\n" counts as a line and is given one).
+std::string apply_filters(std::string_view text, const std::vector<PipeSegment> &segments);
+
+}  // namespace qdsh

@@ -1,0 +1,176 @@
+#include "watch.hpp"
+
+#include <time.h>
+
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <memory>
+
+#include "qdsim/sim.h"
+#include "signals.hpp"
+#include "shell.hpp"
+
+namespace qdsh {
+
+namespace {
+
+volatile std::sig_atomic_t g_interrupted = 0;
+
+void on_interrupt(int) { g_interrupted = 1; }
+
+// Ctrl-C ends the watch, not qdsh, while a watch runs.
+class InterruptGuard {
+public:
+    InterruptGuard() {
+        g_interrupted = 0;
+        struct sigaction sa {};
+        sa.sa_handler = on_interrupt;
+        sigemptyset(&sa.sa_mask);
+        sa.sa_flags = 0;  // no SA_RESTART: a sleep ends at once
+        sigaction(SIGINT, &sa, &saved_);
+    }
+    ~InterruptGuard() { sigaction(SIGINT, &saved_, nullptr); }
+    InterruptGuard(const InterruptGuard &) = delete;
+    InterruptGuard &operator=(const InterruptGuard &) = delete;
+
+private:
+    struct sigaction saved_ {};
+};
+
+std::string format_number(double v) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.2f", v);
+    return text;
+}
+
+std::string rfc3339(std::time_t seconds, int millis) {
+    std::tm tm{};
+    gmtime_r(&seconds, &tm);
+    char text[96];
+    std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", tm.tm_year + 1900, tm.tm_mon + 1,
+                  tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec, millis);
+    return text;
+}
+
+class RealClock : public WatchClock {
+public:
+    void start() override {
+        origin_ = std::chrono::steady_clock::now();
+        guard_ = std::make_unique<InterruptGuard>();
+        qdsim::set_clock_mode(qdsim::ClockMode::real_time);
+    }
+    double now() override {
+        stamp_ = std::chrono::system_clock::now();
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - origin_).count();
+    }
+    bool wait(double seconds) override {
+        // Samples keep to their schedule: the time a command took is not
+        // added to the interval.
+        next_ += seconds;
+        const auto deadline = origin_ + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                                            std::chrono::duration<double>(next_));
+        // SIGTERM and SIGHUP (qdsh's own handlers) end the watch as Ctrl-C does.
+        while (!g_interrupted && termination_signal() == 0) {
+            const auto left = deadline - std::chrono::steady_clock::now();
+            if (left <= std::chrono::steady_clock::duration::zero()) return true;
+            const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(left).count();
+            timespec ts{static_cast<time_t>(ns / 1000000000), static_cast<long>(ns % 1000000000)};
+            nanosleep(&ts, nullptr);
+        }
+        return false;
+    }
+    std::string timestamp() override {
+        const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(stamp_.time_since_epoch()).count();
+        return rfc3339(static_cast<std::time_t>(ms / 1000), static_cast<int>(ms % 1000));
+    }
+    void stop() override {
+        qdsim::set_clock_mode(qdsim::ClockMode::per_command);
+        guard_.reset();
+    }
+
+private:
+    std::chrono::steady_clock::time_point origin_;
+    std::chrono::system_clock::time_point stamp_;
+    std::unique_ptr<InterruptGuard> guard_;
+    double next_ = 0;
+};
+
+// One tick of the simulator is one second; an interval is rounded to whole
+// ticks (at least one). Timestamps count from the simulator's clock origin
+// at 1970-01-01T00:00:00Z, so runs are repeatable.
+class SimulatedClock : public WatchClock {
+public:
+    void start() override { qdsim::set_clock_mode(qdsim::ClockMode::host); }
+    double now() override {
+        ticks_ = qdsim::clock_ticks();
+        return static_cast<double>(ticks_);
+    }
+    bool wait(double seconds) override {
+        qdsim::advance_clock(static_cast<std::uint64_t>(std::max(1.0, std::round(seconds))));
+        return true;
+    }
+    std::string timestamp() override { return rfc3339(static_cast<std::time_t>(ticks_), 0); }
+    void stop() override { qdsim::set_clock_mode(qdsim::ClockMode::per_command); }
+
+private:
+    std::uint64_t ticks_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<WatchClock> real_clock() { return std::make_unique<RealClock>(); }
+std::unique_ptr<WatchClock> simulated_clock() { return std::make_unique<SimulatedClock>(); }
+
+bool run_watch(Shell &shell, AttributeLookup attrs, NameLookup names, const WatchOptions &options,
+               const WatchOutput &output, WatchClock &clock) {
+    if (attrs == nullptr || names == nullptr) {
+        report_error("watch: the handler library has no attribute catalogue (qdcli_attr_find_name): no counters to watch");
+        return false;
+    }
+    bool ok = true;
+    DeltaTracker tracker;
+    clock.start();
+    char every[64];
+    std::snprintf(every, sizeof every, "Every %gs: ", options.interval);
+    for (long n = 1; options.count == 0 || n <= options.count; ++n) {
+        if (n > 1 && !clock.wait(options.interval)) break;
+        const double t = clock.now();
+        const CommandOutcome outcome = run_command(shell, options.command, attrs);
+        ok = outcome.ok && ok;
+        Document document = outcome.document;
+        if (options.nonzero) drop_zero_rows(document, names);
+        const std::vector<Sample> samples = collect_samples(document, names);
+        const std::vector<DeltaTracker::Reading> readings = tracker.update(samples, t);
+        std::string out;
+        if (output.format == Format::text) {
+            std::string header = every + options.command + "    sample " + std::to_string(n);
+            if (options.count > 0) header += " of " + std::to_string(options.count);
+            if (n > 1) header += ", " + format_number(tracker.interval()) + " s after the last";
+            if (output.terminal) out += "\033[H\033[2J";
+            out += render_watch_text(header, samples, readings, output.terminal);
+            for (const Document &e : document.value("errors", Document::array()))
+                out += "  error: " + e.value("message", std::string{}) + "\n";
+            if (!output.terminal) out += "\n";
+        } else {
+            const Document d = watch_document(document, samples, readings, clock.timestamp(), tracker.interval(), n);
+            // XML samples are the children of one <qdsh> element, closed when
+            // the watch ends.
+            if (output.format == Format::xml && output.xml_wrap && n == 1) out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n";
+            out += output.format == Format::json ? to_json(d, output.pretty) : to_xml(d, output.pretty);
+            if (out.empty() || out.back() != '\n') out += "\n";
+        }
+        std::fwrite(out.data(), 1, out.size(), stdout);
+        std::fflush(stdout);
+    }
+    clock.stop();
+    if (output.format == Format::xml && output.xml_wrap) {
+        std::fputs("</qdsh>\n", stdout);
+        std::fflush(stdout);
+    }
+    return ok;
+}
+
+}  // namespace qdsh

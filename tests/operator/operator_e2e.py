@@ -1,0 +1,167 @@
+#!/usr/bin/python3
+"""End-to-end checks of qdsh's operator features on the default simulated
+switch: watch (rates against the switch's configured rates, a 32-bit wrap),
+metrics output (checked by promtool and parsed by prometheus_client),
+--nonzero, and the serve exporter (scrapes, concurrency, SIGTERM).
+
+    operator_e2e.py QDSH
+"""
+import json
+import os
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import urllib.request
+
+from prometheus_client.openmetrics.parser import text_string_to_metric_families as parse_openmetrics
+from prometheus_client.parser import text_string_to_metric_families as parse_prometheus
+
+QDSH = sys.argv[1]
+E48 = "/interfaces/Ethernet1~148"
+failures = []
+
+
+def check(ok, what):
+    if not ok:
+        failures.append(what)
+        print("FAIL:", what)
+
+
+def qdsh(*args, status=0):
+    r = subprocess.run([QDSH, *args], capture_output=True, text=True, timeout=60)
+    check(r.returncode == status, f"qdsh {' '.join(args)}: exit {r.returncode}, expected {status}: {r.stderr}")
+    return r
+
+
+def documents(text):
+    return [json.loads(line) for line in text.splitlines() if line.strip()]
+
+
+def configured_rates():
+    state = json.loads(qdsh("-c", "sim show " + E48).stdout)
+    return [g.get("rates", {}).get("counters", {}) for g in state["queuing"]["qos_groups"]]
+
+
+def watch_rates_match_the_switch():
+    rates = configured_rates()
+    docs = documents(qdsh("--simulated-clock", "-o", "json", "--compact", "watch", "--interval", "1", "--count", "3",
+                          "show queuing interface ethernet1/48").stdout)
+    check(len(docs) == 3, f"watch --count 3 printed {len(docs)} documents")
+    check("deltas" not in json.dumps(docs[0]), "the first sample has no deltas")
+    for doc in docs[1:]:
+        check(doc["interval"] == 1 and doc["timestamp"].endswith("Z"), f"sample {doc['sample']}: interval and timestamp")
+        for row, configured in zip(doc["interfaces"][0]["rx_queues"], rates):
+            for name in ("rx_port_pkts", "ucast_to_xbar", "mcast_to_xbar", "ucast_from_xbar", "tx_port_pkts"):
+                want = configured.get(name, 0)
+                check(row["deltas"][name] == want and row["rates"][name] == want,
+                      f"qos-group {row['rx_qos_group']} {name}: delta {row['deltas'][name]}, rate "
+                      f"{row['rates'][name]}, configured {want}")
+
+
+def watch_sees_a_32_bit_wrap():
+    rate = configured_rates()[0]["rx_port_pkts"]
+    start = 2**32 - rate // 2
+    r = qdsh("--simulated-clock", "-o", "json", "--compact",
+             "-c", f"sim set {E48}/queuing/qos_groups/0/counters/rx_port_pkts {start}",
+             "-c", "watch --interval 1 --count 2 show queuing interface ethernet1/48")
+    second = documents(r.stdout)[-1]["interfaces"][0]["rx_queues"][0]
+    check(second["rx_port_pkts"] == (start + rate) % 2**32, f"the counter wrapped: {second['rx_port_pkts']}")
+    check(second["deltas"]["rx_port_pkts"] == rate and "restarted" not in second,
+          f"delta across the wrap: {second['deltas']['rx_port_pkts']}, expected {rate}")
+    text = qdsh("--simulated-clock", "-c", f"sim set {E48}/queuing/qos_groups/0/counters/rx_port_pkts {start}",
+                "-c", "watch --interval 1 --count 2 --nonzero show queuing interface ethernet1/48").stdout
+    check("sample 2 of 2, 1.00 s after the last" in text, "text watch header")
+    check(any(l.startswith("* Ethernet1/48") and "rx_port_pkts" in l and l.endswith(f"{rate}  {rate}.00 (wrapped)")
+              for l in text.splitlines()), "text watch marks the change and the wrap:\n" + text[:2000])
+
+
+def metrics_output_is_valid():
+    prom = qdsh("-o", "prometheus", "-c", "show queuing interface", status=1).stdout  # two interfaces fail
+    promtool = shutil.which("promtool")
+    if promtool:
+        r = subprocess.run([promtool, "check", "metrics"], input=prom, capture_output=True, text=True)
+        check(r.returncode == 0, "promtool check metrics: " + r.stdout + r.stderr)
+    families = {f.name: f for f in parse_prometheus(prom)}
+    doc = documents(qdsh("-o", "json", "--compact", "-c", "show queuing interface ethernet1/48").stdout)[0]
+    want = doc["interfaces"][0]["rx_queues"][0]["rx_port_pkts"]
+    got = [s.value for s in families["qdcli_rx_port_pkts"].samples
+           if s.labels == {"interface": "Ethernet1/48", "qos_group": "0", "direction": "rx"}]
+    check(got == [want], f"qdcli_rx_port_pkts_total of Ethernet1/48 qos-group 0: {got}, JSON says {want}")
+    check(families["qdcli_rx_port_pkts"].type == "counter" and families["qdcli_q_size"].type == "gauge", "types")
+    om = qdsh("-o", "openmetrics", "-c", "show vaq no-credit-drops", "-c", "show queuing interface e1/1",
+              status=1).stdout
+    check(om.endswith("# EOF\n") and om.count("# EOF") == 1, "one OpenMetrics exposition for the run")
+    drops = {tuple(sorted(s.labels.items())): s.value for f in parse_openmetrics(om) for s in f.samples
+             if s.name == "qdcli_no_credit_drops_total"}
+    check(drops.get((("asic", "0"), ("extender", "101"), ("ss", "2"))) == 15, f"no-credit drops: {drops}")
+
+
+def nonzero_leaves_out_zero_rows():
+    doc = documents(qdsh("-o", "json", "--compact", "--nonzero", "-c", "show vaq no-credit-drops", status=1).stdout)[0]
+    rows = [ss for e in doc["extenders"] for a in e["asics"] for ss in a.get("ss", [])]
+    check(rows and all(ss["no_credit_drops"] != 0 for ss in rows), f"--nonzero rows: {rows}")
+
+
+def scrape(port, accept=None):
+    request = urllib.request.Request(f"http://127.0.0.1:{port}/metrics")
+    if accept:
+        request.add_header("Accept", accept)
+    with urllib.request.urlopen(request, timeout=20) as response:
+        return response.headers.get("Content-Type"), response.read().decode()
+
+
+def serve_answers_scrapes_and_stops():
+    with tempfile.TemporaryDirectory() as tmp:
+        config = os.path.join(tmp, "serve.json")
+        with open(config, "w") as f:
+            json.dump({"commands": ["show queuing interface ethernet1/48", "show vaq no-credit-drops"],
+                       "timeout_seconds": 20}, f)
+        p = subprocess.Popen([QDSH, "serve", "--listen", "127.0.0.1:0", "--config", config],
+                             stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True)
+        try:
+            line = p.stderr.readline()
+            check(line.startswith("qdsh: serving http://127.0.0.1:"), "serve says where it listens: " + line)
+            port = int(line.rsplit(":", 1)[1].split("/")[0])
+            results = []
+            threads = [threading.Thread(target=lambda: results.append(scrape(port))) for _ in range(4)]
+            for t in threads:
+                t.start()
+            for t in threads:
+                t.join()
+            check(len(results) == 4 and all(c.startswith("text/plain; version=0.0.4") for c, _ in results),
+                  "four concurrent scrapes answered")
+            families = {f.name: f for f in parse_prometheus(results[0][1])}
+            check(families["qdcli_scrape_collection_errors"].samples[0].value == 1,
+                  "the failing ASIC of the extender counts as a collection error")
+            check("qdcli_scrape_duration_seconds" in families, "scrape duration")
+            content_type, body = scrape(port, "application/openmetrics-text; version=1.0.0")
+            check(content_type.startswith("application/openmetrics-text"), "OpenMetrics on request")
+            check(any(f.name == "qdcli_rx_port_pkts" for f in parse_openmetrics(body)), "OpenMetrics parsed")
+            p.send_signal(signal.SIGTERM)
+            check(p.wait(timeout=10) == 0, "serve exits 0 on SIGTERM")
+        finally:
+            if p.poll() is None:
+                p.kill()
+                p.wait()
+    r = qdsh("serve", "--listen", "0.0.0.0:9", status=2)
+    check("only loopback addresses" in r.stderr, "serve refuses a non-loopback address: " + r.stderr)
+
+
+def readme_lists_the_metric_names():
+    readme = open(os.path.join(os.path.dirname(__file__), "..", "..", "README.md")).read()
+    listed = readme.split("<!-- metric-names begin -->\n", 1)[-1].split("<!-- metric-names end -->", 1)[0]
+    names = [line.split("`")[1] for line in listed.splitlines()[2:]]
+    check(len(names) == len(set(names)) > 50, "every metric family has a name of its own")
+    check(listed == qdsh("--metric-names").stdout,
+          "README's metric names differ from qdsh --metric-names (paste its output between the markers)")
+
+
+for test in (readme_lists_the_metric_names, watch_rates_match_the_switch, watch_sees_a_32_bit_wrap, metrics_output_is_valid,
+             nonzero_leaves_out_zero_rows, serve_answers_scrapes_and_stops):
+    test()
+print(f"{len(failures)} failure(s)")
+sys.exit(1 if failures else 0)
