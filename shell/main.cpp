@@ -235,7 +235,9 @@ public:
         }
         if (pipe.has_text_filters()) out = qdsh::apply_filters(out, pipe.segments);
         std::fwrite(out.data(), 1, out.size(), stdout);
-        std::fflush(stdout);
+        // The library's messages carry no newline of their own (a switch's
+        // prompt follows them): the next output starts on a line of its own.
+        qdsh::end_output_line();
         return outcome.ok;
     }
 

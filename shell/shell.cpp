@@ -13,7 +13,6 @@
 #include <nlohmann/json.hpp>
 
 #include "iflist.hpp"
-#include "output_line.hpp"
 #include "qdcli/platform.h"
 #include "qdcli/wire.h"
 #include "qdsim/sim.h"
@@ -128,7 +127,7 @@ void set_error_listener(std::function<void(const std::string &)> listener) { g_e
 
 void report_error(const std::string &message) {
     if (g_error_listener) g_error_listener(message);
-    end_output_line();
+    std::fflush(stdout);
     // Written whole, whatever it holds: a NUL from piped input does not cut
     // it short, and the control bytes of a line echoed back cannot drive the
     // terminal (shown as \xNN). A % is text.
@@ -331,9 +330,6 @@ bool Shell::call_handler(const Match &match) {
         break;
     }
     qdsim::close_command(handle);
-    // The library's messages carry no newline of their own (a switch's
-    // prompt follows them): the next output starts on a line of its own.
-    end_output_line();
 
     const bool ok = c.success == Success::stream_end ? (status == -1 || status == 0) : status == 0;
     if (!ok) report_error(in_quotes(c.pattern) + " failed with status " + status_text(status));
