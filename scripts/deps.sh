@@ -1,9 +1,36 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the project needs, if any is missing.
+# Installs the Debian packages the project needs for a purpose, if any is
+# missing:
+#   scripts/deps.sh run     build and run qdsh (library, simulator, shell)
+#   scripts/deps.sh lib     build libqdcli.so alone (a C++20 compiler, CMake)
+#   scripts/deps.sh test    run, plus what the test suite and the docs need
+#   scripts/deps.sh bench   run, plus Google Benchmark
+#   scripts/deps.sh all     everything (the default)
+# Several purposes may be given. One list per purpose: a new dependency goes
+# into the list of what needs it.
 set -euo pipefail
-packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev libedit-dev)
+
+lib=(cmake g++ make)
+run=("${lib[@]}" pkg-config nlohmann-json3-dev libedit-dev)
+test=("${run[@]}" libgtest-dev libgmock-dev doxygen groff-base man-db)
+bench=("${run[@]}" libbenchmark-dev)
+
+purposes=("$@")
+((${#purposes[@]})) || purposes=(all)
+packages=()
+for purpose in "${purposes[@]}"; do
+  case "$purpose" in
+    lib) packages+=("${lib[@]}") ;;
+    run) packages+=("${run[@]}") ;;
+    test) packages+=("${test[@]}") ;;
+    bench) packages+=("${bench[@]}") ;;
+    all) packages+=("${test[@]}" "${bench[@]}") ;;
+    *) echo "deps.sh: unknown purpose \"$purpose\" (lib, run, test, bench or all)" >&2; exit 2 ;;
+  esac
+done
+
 missing=()
-for p in "${packages[@]}"; do
+for p in $(printf '%s\n' "${packages[@]}" | sort -u); do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
 done
 if ((${#missing[@]})); then
@@ -11,5 +38,5 @@ if ((${#missing[@]})); then
   sudo_cmd=""
   [ "$(id -u)" -ne 0 ] && sudo_cmd="sudo"
   $sudo_cmd apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive $sudo_cmd apt-get install -y -qq "${missing[@]}"
+  DEBIAN_FRONTEND=noninteractive $sudo_cmd apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi

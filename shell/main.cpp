@@ -2,6 +2,7 @@
 // against the simulated switch.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -12,6 +13,8 @@
 #include <editline/readline.h>
 
 #include "library.hpp"
+#include "natural_sort.hpp"
+#include "pager.hpp"
 #include "qdsim/sim.h"
 #include "shell.hpp"
 
@@ -33,6 +36,9 @@ const char kUsage[] =
     "  --output text|json|xml  how typed report output is rendered (default text)\n"
     "  --lib PATH              the handler library (default: $QDSH_LIBQDCLI, then\n"
     "                          ../lib/libqdcli.so next to qdsh, then the build tree's)\n"
+    "  --no-pager              never page long output (a terminal's output goes\n"
+    "                          through $PAGER, default less -FRX, otherwise)\n"
+    "  -V, --version           print the version of qdsh and exit\n"
     "  -h, --help              show this text\n"
     "\n"
     "Exit status: 0 when every command succeeded, 1 when one failed, 2 for bad\n"
@@ -45,6 +51,8 @@ struct Options {
     std::string output;
     std::string lib;
     bool help = false;
+    bool version = false;
+    bool pager = true;
 };
 
 bool parse_options(int argc, char **argv, Options &o, std::string &error) {
@@ -81,6 +89,10 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             o.commands.push_back(c);
         } else if (arg == "-h" || arg == "--help") {
             o.help = true;
+        } else if (arg == "-V" || arg == "--version") {
+            o.version = true;
+        } else if (arg == "--no-pager") {
+            o.pager = false;
         } else if (!arg.empty() && arg[0] == '-') {
             error = "unknown option " + arg;
             return false;
@@ -107,12 +119,50 @@ char *next_match(const char *, int state) {
     return strdup(g_matches[next++].c_str());
 }
 
+// Prints completion choices in columns, in the order given.
+void show_choices(std::vector<std::string> choices) {
+    qdsh::natural_sort(choices);
+    std::size_t width = 0;
+    for (const std::string &c : choices) width = std::max(width, c.size());
+    width += 2;
+    const std::size_t columns = std::max<std::size_t>(1, 80 / width);
+    const std::size_t rows = (choices.size() + columns - 1) / columns;
+    std::string text = "\n";
+    for (std::size_t r = 0; r < rows; ++r) {
+        for (std::size_t c = 0; c < columns; ++c) {
+            const std::size_t i = c * rows + r;
+            if (i >= choices.size()) break;
+            text += choices[i];
+            if (c + 1 < columns && i + rows < choices.size()) text.append(width - choices[i].size(), ' ');
+        }
+        text += '\n';
+    }
+    std::fputs(text.c_str(), stdout);
+    rl_on_new_line();
+}
+
 char **complete(const char *text, int start, int end) {
     rl_attempted_completion_over = 1;
     const std::string line(rl_line_buffer, static_cast<std::size_t>(end));
     g_matches = g_shell->complete(line, static_cast<std::size_t>(start));
     (void)text;
     if (g_matches.empty()) return nullptr;
+    if (g_matches.size() > 1) {
+        // The line editor would list the choices sorted as text (1/1, 1/10,
+        // 1/11...): list them here in natural order and complete only what
+        // they share.
+        show_choices(g_matches);
+        std::string common = g_matches[0];
+        for (const std::string &m : g_matches) {
+            std::size_t n = 0;
+            while (n < common.size() && n < m.size() && common[n] == m[n]) ++n;
+            common.resize(n);
+        }
+        g_matches = {common.size() >= std::strlen(text) ? common : std::string(text)};
+        rl_completion_append_character = '\0';
+    } else {
+        rl_completion_append_character = ' ';
+    }
     return rl_completion_matches(text, next_match);
 }
 
@@ -130,7 +180,7 @@ std::string history_file() {
     return home != nullptr && *home != '\0' ? std::string(home) + "/.qdsh_history" : std::string{};
 }
 
-bool interactive(qdsh::Shell &shell) {
+bool interactive(qdsh::Shell &shell, const qdsh::Pager &pager) {
     g_shell = &shell;
     rl_readline_name = "qdsh";
     rl_initialize();
@@ -145,6 +195,7 @@ bool interactive(qdsh::Shell &shell) {
         const std::string line(raw);
         std::free(raw);
         if (line.find_first_not_of(" \t") != std::string::npos) add_history(line.c_str());
+        const qdsh::Pager::Page page(pager);
         shell.run(line);
         if (shell.exit_requested()) break;
     }
@@ -173,6 +224,10 @@ int main(int argc, char **argv) {
     }
     if (options.help) {
         std::fputs(kUsage, stdout);
+        return 0;
+    }
+    if (options.version) {
+        std::fputs("qdsh " QDSH_VERSION "\n", stdout);
         return 0;
     }
 
@@ -212,14 +267,16 @@ int main(int argc, char **argv) {
         return shell.run(line) ? 0 : 1;
     });
 
+    const qdsh::Pager pager(options.pager);
     bool ok = true;
     if (!options.commands.empty()) {
         for (const std::string &command : options.commands) {
+            const qdsh::Pager::Page page(pager);
             ok = shell.run(command) && ok;
             if (shell.exit_requested()) break;
         }
     } else if (isatty(STDIN_FILENO)) {
-        interactive(shell);
+        interactive(shell, pager);
     } else {
         ok = script(shell);
     }

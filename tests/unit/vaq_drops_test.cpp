@@ -3,6 +3,7 @@
 // Replies are literal bytes: a 32-byte header (not read) and the body.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,8 @@ const std::string kNote = "\n Note: Maximum drop counter value is 15 with no rol
 // Header bytes 0 to 31 (their content is not read), then the body from
 // offset 32 on.
 Bytes reply_body(std::initializer_list<std::uint8_t> body) {
-    Bytes payload(32, 0xee);
-    payload.insert(payload.end(), body);
+    Bytes payload(32 + body.size(), 0xee);
+    std::copy(body.begin(), body.end(), payload.begin() + 32);
     return payload;
 }
 
