@@ -221,7 +221,7 @@ _qdsh_next_words() {
     done
     (( ok == 1 && ${#words[@]} < ${#elems[@]} )) || continue
     e=${elems[${#words[@]}]}
-    [[ $e == [A-Z]* || $e != "$last"* || -n ${seen[$e]} ]] && continue
+    [[ $e == [A-Z]* || $e != "$last"* || -n ${seen[$e]:-} ]] && continue
     seen[$e]=1
     printf '%s\n' "$e"
   done
@@ -258,7 +258,8 @@ complete -F _qdsh qdsh
 }
 
 // The forms a README cell stands for: "[no] x [y Z]" is "x", "no x", "x y Z"
-// and "no x y Z".
+// and "no x y Z"; "x {a,b C}" is "x a" and "x b C". "\|" is a "|" (escaped
+// in a Markdown table).
 std::vector<std::string> expand(const std::string &text) {
     std::vector<std::string> forms = {""};
     std::size_t i = 0;
@@ -272,7 +273,20 @@ std::vector<std::string> expand(const std::string &text) {
             continue;
         }
         std::vector<std::string> next;
-        if (text[i] == '[') {
+        if (text[i] == '{') {
+            // {a,b c}: one of the alternatives.
+            const std::size_t close = text.find('}', i);
+            const std::string inner = text.substr(i + 1, close - i - 1);
+            std::size_t from = 0;
+            while (from <= inner.size()) {
+                std::size_t comma = inner.find(',', from);
+                if (comma == std::string::npos) comma = inner.size();
+                const std::string alternative = trim(inner.substr(from, comma - from));
+                for (const std::string &f : forms) next.push_back(append(f, alternative));
+                from = comma + 1;
+            }
+            i = close == std::string::npos ? text.size() : close + 1;
+        } else if (text[i] == '[') {
             const std::size_t close = text.find(']', i);
             const std::string inner = trim(text.substr(i + 1, close - i - 1));
             for (const std::string &f : forms) {
@@ -281,7 +295,7 @@ std::vector<std::string> expand(const std::string &text) {
             }
             i = close == std::string::npos ? text.size() : close + 1;
         } else {
-            std::size_t end = text.find_first_of(" [", i);
+            std::size_t end = text.find_first_of(" [{", i);
             if (end == std::string::npos) end = text.size();
             const std::string word = text.substr(i, end - i);
             for (const std::string &f : forms) next.push_back(append(f, word));
@@ -313,7 +327,11 @@ int check_readme(const std::string &path) {
         if (!in_table) continue;
         if (!line.starts_with("|")) break;
         if (line.starts_with("|---")) continue;
-        const std::string cell = line.substr(1, line.find('|', 1) - 1);
+        std::string cell;
+        for (std::size_t k = 1; k < line.size() && line[k] != '|'; ++k) {
+            if (line[k] == '\\' && k + 1 < line.size() && line[k + 1] == '|') ++k;
+            cell += line[k];
+        }
         for (std::size_t b = cell.find('`'); b != std::string::npos; b = cell.find('`', b)) {
             const std::size_t e = cell.find('`', b + 1);
             if (e == std::string::npos) break;
