@@ -138,7 +138,9 @@ void show_choices(std::vector<std::string> choices) {
         text += '\n';
     }
     std::fputs(text.c_str(), stdout);
+    std::fflush(stdout);
     rl_on_new_line();
+    rl_forced_update_display();
 }
 
 char **complete(const char *text, int start, int end) {

@@ -11,7 +11,7 @@ function(fail what)
   message(FATAL_ERROR "install check: ${what}")
 endfunction()
 
-file(REMOVE_RECURSE "${PREFIX}" "${CONSUMER_BINARY}")
+file(REMOVE_RECURSE "${PREFIX}" "${CONSUMER_BINARY}" "${HOST_BINARY}")
 execute_process(COMMAND "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${PREFIX}"
   RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
 if(NOT rc EQUAL 0)
