@@ -105,6 +105,10 @@ TEST_F(LibraryAbi, VersionScriptListsExactlyTheHandlers) {
         << "pending names that are no handlers: " << join(minus(kPendingHandlers, kHandlers));
 }
 
+TEST_F(LibraryAbi, DefinesTheVersionNodeOfTheScript) {
+    EXPECT_EQ(qdabi::version_nodes(info), std::set<std::string>{"QDCLI_0.1"});
+}
+
 TEST_F(LibraryAbi, ExportsExactlyTheWrittenHandlers) {
     const std::set<std::string> expected = minus(script, kPendingHandlers);
     EXPECT_TRUE(minus(exported, script).empty()) << "exported beyond the script: " << join(minus(exported, script));
