@@ -29,9 +29,13 @@ for purpose in "${purposes[@]}"; do
   esac
 done
 
+# One dpkg-query for all of them: this runs before every start of qdsh.
+mapfile -t wanted < <(printf '%s\n' "${packages[@]}" | sort -u)
+mapfile -t installed < <(dpkg-query -W -f='${Package} ${Status}\n' "${wanted[@]}" 2>/dev/null |
+  awk '$NF == "installed" && $(NF-1) == "ok" { print $1 }')
 missing=()
-for p in $(printf '%s\n' "${packages[@]}" | sort -u); do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+for p in "${wanted[@]}"; do
+  [[ " ${installed[*]} " == *" $p "* ]] || missing+=("$p")
 done
 if ((${#missing[@]})); then
   echo "installing: ${missing[*]}"

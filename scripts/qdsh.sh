@@ -23,6 +23,13 @@ if [ ! -f build/CMakeCache.txt ]; then
   rm -f "$configure_log"
 fi
 
+# Already built and no source changed since: start at once.
+stamp=build/.qdsh-built
+if [ -f "$stamp" ] && [ -x build/shell/qdsh ] &&
+  [ -z "$(find CMakeLists.txt CMakePresets.json cmake include src sim shell scenarios -newer "$stamp" -print -quit)" ]; then
+  exec build/shell/qdsh "$@"
+fi
+
 log=build/qdsh-build.log
 progress() {
   local line shown=""
@@ -39,4 +46,5 @@ if ! cmake --build build -j"$(nproc)" --target qdsh 2>&1 | tee "$log" | progress
   cat "$log" >&2
   exit 1
 fi
+touch "$stamp"
 exec build/shell/qdsh "$@"
