@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Sets up the machine, builds what qdsh needs (libqdcli.so, libqdsim.so and
-# qdsh; not the tests) and starts qdsh on the embedded default switch.
+# qdsh with its man page and completion; not the tests) and starts qdsh on
+# the embedded default switch.
 # Arguments are passed to qdsh (e.g. -c "show queuing").
 #
 # The build shows its progress on one line; its full output is kept in
@@ -41,7 +42,7 @@ progress() {
   done
   [ -z "$shown" ] || printf '\r\033[K' >&2
 }
-if ! cmake --build build -j"$(nproc)" --target qdsh 2>&1 | tee "$log" | progress; then
+if ! cmake --build build -j"$(nproc)" --target qdsh qdsh_docs 2>&1 | tee "$log" | progress; then
   echo "qdsh: the build failed; its output (also in $log):" >&2
   cat "$log" >&2
   exit 1
