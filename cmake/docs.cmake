@@ -9,7 +9,7 @@ if(DOXYGEN_FOUND)
   add_custom_target(docs
     COMMAND Doxygen::doxygen ${PROJECT_BINARY_DIR}/Doxyfile
     WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
-    COMMENT "Writing the API reference (build/docs/html)"
+    COMMENT "Writing the API reference (${PROJECT_BINARY_DIR}/docs/html)"
     VERBATIM)
 else()
   add_custom_target(docs
