@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # API reference: cmake --build build --target docs writes build/docs/html.
 # Doxygen warnings are errors, so an undocumented parameter or a broken
 # reference fails the target.

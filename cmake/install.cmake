@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installation, in three components:
 #   runtime      libqdcli.so.N (what a switch needs to run the handlers)
 #   development  headers, the libqdcli.so link, CMake package, qdcli.pc

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs the Debian packages the project needs for a purpose, if any is
 # missing:
 #   scripts/deps.sh run     build and run qdsh (library, simulator, shell)

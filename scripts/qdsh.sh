@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Sets up the machine, builds what qdsh needs (libqdcli.so, libqdsim.so and
 # qdsh with its man page and completion; not the tests) and starts qdsh on
 # the embedded default switch.

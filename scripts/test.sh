@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Sets up the machine, builds everything with AddressSanitizer and
 # UndefinedBehaviorSanitizer (warnings are errors), runs the whole test suite
 # and builds the API reference (Doxygen warnings are errors too).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qdsh_docgen: writes the qdsh man page and bash completion from the command
 // table of the grammar and the option text of `qdsh --help`, and checks the
 // command table of a README against the grammar.

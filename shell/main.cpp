@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qdsh: a command shell for the queuing daemon's command handlers, running
 // against the simulated switch.
 #include <unistd.h>

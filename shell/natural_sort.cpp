@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "natural_sort.hpp"
 
 #include <algorithm>

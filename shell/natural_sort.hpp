@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Natural order of names: runs of digits compare by their value, so
 // Ethernet1/2 comes before Ethernet1/10 and Ethernet2/1 after both.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pager.hpp"
 
 #include <unistd.h>

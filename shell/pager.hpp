@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pager: output of one command goes through $PAGER (default "less -FRX"
 // when less is installed) while standard output is a terminal, so a long
 // report can be read page by page and a short one prints as usual (-F).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The smallest host of libqdcli.so: it takes the platform operations from the
 // simulated switch (libqdsim.so), builds the shell's parameter-info record,
 // calls handlers by name and shows the three ways a handler reports:

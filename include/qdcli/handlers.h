@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file qdcli/handlers.h
  * @brief Exported command handlers and parameter callbacks of libqdcli.so.

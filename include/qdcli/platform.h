@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file qdcli/platform.h
  * @brief Platform interface of libqdcli.so (LP64): the records the shell

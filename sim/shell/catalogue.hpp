@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The attribute catalogue: every attribute ID the command handlers print,
 // request or read from a stream, with its name (the element or member name
 // of structured output) and the kind of value it holds.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elf_dynamic.hpp"
 
 #include <elf.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads the dynamic symbol table and the DT_NEEDED/flags entries of an
 // ELF64 shared object, with every offset checked against the file size.
 #pragma once

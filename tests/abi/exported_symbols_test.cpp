@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary interface of the built libqdcli.so, read from its ELF dynamic
 // section: exactly the handler names are exported, every platform operation
 // is left for the host to provide, and no platform library is needed.

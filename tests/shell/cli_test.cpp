@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qdsh as a command-line tool: the natural order of interface names and the
 // choice of the pager.
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The generated man page and bash completion of qdsh against qdsh itself:
 # the page renders without warnings and lists every command "help" lists and
 # every option --help lists; the completion completes options, option values

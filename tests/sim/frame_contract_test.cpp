@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's own frame (exchanges, message owner, enumeration, printer,
 // platform queries) run against the simulated switch: both sides of the
 // platform interface agree.

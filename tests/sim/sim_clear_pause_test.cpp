@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The platform's "clear interface priority-flow-control" command line, as
 // vsh_system2 and a shell run it, and the checks of the pause section.
 #include <cstring>

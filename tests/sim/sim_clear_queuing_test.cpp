@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The clear-queuing handlers of the library against the switch: what each
 // clears in the model (daemon queuing counters, host QoS counters, pause
 // counters), what it leaves, and that cleared counters count again.

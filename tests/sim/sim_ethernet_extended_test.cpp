@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The extended queuing report (command 23) as the library prints it from
 // the switch's model.
 #include "core/errors.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Common ground of the Ethernet-side tests: the library's real handlers run
 // against the switch, one command at a time, as the shell runs them.
 #pragma once

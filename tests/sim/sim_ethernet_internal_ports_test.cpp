@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The internal port statistics of an extender: the daemon names the slot
 // and the NIF port behind an uplink (command 22), the extender's agent
 // reports its ports (sub-command 23); the library prints both.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The queuing report of an Ethernet interface (command 17) as the library
 // prints it from the switch's model.
 #include "core/errors.hpp"

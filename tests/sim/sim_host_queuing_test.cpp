@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host-interface queuing reports of the library, run against the
 // extenders' agents: what the user sees of a host interface's hif_queuing
 // data, its faults, and its counters over time.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Host-interface queuing data in scenarios: what the checker refuses, and
 // what the default switch's host interfaces show.
 #include "qdcli/handlers.h"

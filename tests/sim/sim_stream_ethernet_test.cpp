@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The Ethernet part of the switch-wide report, rendered by the library from
 // the daemon's stream of small switches.
 #include "sim_stream_fixture.hpp"

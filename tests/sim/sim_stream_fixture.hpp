@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The switch-wide report run as the shell runs it: the daemon's stream of
 // the switch handed to the library's renderer, its standard output captured.
 #pragma once

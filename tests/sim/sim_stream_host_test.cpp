@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host-interface part of the switch-wide report: which host interface
 // the daemon's stream describes, its layout under the report's headings,
 // and attribute 58, which runs the host-interface report.

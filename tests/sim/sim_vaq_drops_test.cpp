@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The extenders' no-credit drop counters (sub-command 27) as the drop
 // report shows them, against the default switch and small scenarios.
 #include "qdcli/handlers.h"

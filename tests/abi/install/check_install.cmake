@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installs the build tree into a fresh prefix, checks the installed files,
 # reads the pkg-config file, and builds a small consumer with
 # find_package(qdcli).
