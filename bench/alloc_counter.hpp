@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Heap allocations made by the command handlers, told apart from those of
 // the scripted platform and of the benchmark itself.
 //

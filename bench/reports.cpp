@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Decode-and-render cost of the largest reports, through the scripted
 // platform: each iteration scripts the replies of one command, runs its
 // handler, and clears the platform again. Reports printed through the

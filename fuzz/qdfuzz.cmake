@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Shared by the fuzz build (fuzz/CMakeLists.txt) and the replay test
 # (tests/fuzz-regression): the targets are the files fuzz/entries/<name>.cpp.
 set(QDFUZZ_DIR ${CMAKE_CURRENT_LIST_DIR})

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs every fuzz target of a fuzz build one after another, each from its
 # committed seeds (fuzz/corpus/<target>) with a working corpus kept in
 # <build>/fuzz-corpus/<target>. A finding is written to

@@ -1,21 +1,53 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the project needs, if any is missing.
+# SPDX-License-Identifier: MIT
+# Installs the Debian packages the project needs for a purpose, if any is
+# missing:
+#   scripts/deps.sh run     build and run qdsh (library, simulator, shell)
+#   scripts/deps.sh lib     build libqdcli.so alone (a C++20 compiler, CMake)
+#   scripts/deps.sh test    run, plus what the test suite and the docs need
+#   scripts/deps.sh bench   run, plus Google Benchmark
+#   scripts/deps.sh all     everything (the default)
+# Several purposes may be given. One list per purpose: a new dependency goes
+# into the list of what needs it.
 set -euo pipefail
-packages=(cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev libedit-dev)
-# Validators of the structured-output tests.
-packages+=(python3 python3-jsonschema libxml2-utils)
-# Benchmarks and docs/PERFORMANCE.md (scripts/perf.sh): the plot.
-packages+=(gnuplot-nox)
-# The exporter, and the Prometheus server and parser of its tests.
-packages+=(libcpp-httplib-dev prometheus python3-prometheus-client)
+
+lib=(cmake g++ make)
+# qdsh links cpp-httplib for its exporter (qdsh serve).
+run=("${lib[@]}" pkg-config nlohmann-json3-dev libedit-dev libcpp-httplib-dev)
+# The tests: GoogleTest, the docs and man page, the validators of structured
+# output, the Prometheus server and parser of the exporter's tests, python3
+# for the test scripts and the mutation check.
+test=("${run[@]}" libgtest-dev libgmock-dev doxygen groff-base man-db python3 python3-jsonschema libxml2-utils
+  prometheus python3-prometheus-client)
+# Benchmarks, and the plot of docs/PERFORMANCE.md (scripts/perf.sh).
+bench=("${run[@]}" libbenchmark-dev python3 gnuplot-nox)
+
+purposes=("$@")
+((${#purposes[@]})) || purposes=(all)
+packages=()
+for purpose in "${purposes[@]}"; do
+  case "$purpose" in
+    lib) packages+=("${lib[@]}") ;;
+    run) packages+=("${run[@]}") ;;
+    test) packages+=("${test[@]}") ;;
+    bench) packages+=("${bench[@]}") ;;
+    all) packages+=("${test[@]}" "${bench[@]}") ;;
+    *) echo "deps.sh: unknown purpose \"$purpose\" (lib, run, test, bench or all)" >&2; exit 2 ;;
+  esac
+done
+
+# One dpkg-query for all of them: this runs before every start of qdsh.
+mapfile -t wanted < <(printf '%s\n' "${packages[@]}" | sort -u)
+mapfile -t installed < <(dpkg-query -W -f='${Package} ${Status}\n' "${wanted[@]}" 2>/dev/null |
+  awk '$NF == "installed" && $(NF-1) == "ok" { print $1 }')
 missing=()
-for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+for p in "${wanted[@]}"; do
+  [[ " ${installed[*]} " == *" $p "* ]] || missing+=("$p")
 done
 if ((${#missing[@]})); then
   echo "installing: ${missing[*]}"
   sudo_cmd=""
   [ "$(id -u)" -ne 0 ] && sudo_cmd="sudo"
   $sudo_cmd apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive $sudo_cmd apt-get install -y -qq "${missing[@]}"
+  DEBIAN_FRONTEND=noninteractive $sudo_cmd apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi

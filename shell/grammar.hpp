@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qdsh command grammar: the command table and the matcher that turns a
 // command line into a table entry plus the text of each parameter.
 //

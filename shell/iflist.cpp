@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "iflist.hpp"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Interface names as a user types them: single names, ranges of the last
 // number ("ethernet1/1-4", "Ethernet101/1/1-3"), comma lists, and a type word
 // written apart from its numbers ("ethernet 1/1"). Each name is resolved by a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "library.hpp"
 
 #include <dlfcn.h>

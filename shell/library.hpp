@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The handler library, loaded at run time and searched by exported name.
 #pragma once
 

@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: MIT
 // qdsh: a command shell for the queuing daemon's command handlers, running
 // against the simulated switch.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -17,7 +19,9 @@
 #include "filters.hpp"
 #include "library.hpp"
 #include "metrics.hpp"
+#include "natural_sort.hpp"
 #include "output_line.hpp"
+#include "pager.hpp"
 #include "schema.hpp"
 #include "serve.hpp"
 #include "watch.hpp"
@@ -59,6 +63,9 @@ const char kUsage[] =
     "  --schema json|xml       print the schema of the structured output and exit\n"
     "  --metric-names          print the metric names of -o openmetrics and serve\n"
     "                          (a Markdown table) and exit\n"
+    "  --no-pager              never page long output (a terminal's output goes\n"
+    "                          through $PAGER, default less -FRX, otherwise)\n"
+    "  -V, --version           print the version of qdsh and exit\n"
     "  -h, --help              show this text\n"
     "\n"
     "Exit status: 0 when every command succeeded, 1 when one was refused or failed\n"
@@ -80,6 +87,8 @@ struct Options {
     std::vector<std::string> sub_args;  // the words after it
     std::string schema;
     bool metric_names = false;
+    bool version = false;
+    bool pager = true;
 };
 
 bool parse_options(int argc, char **argv, Options &o, std::string &error) {
@@ -132,6 +141,10 @@ bool parse_options(int argc, char **argv, Options &o, std::string &error) {
             o.pretty = 0;
         } else if (arg == "-h" || arg == "--help") {
             o.help = true;
+        } else if (arg == "-V" || arg == "--version") {
+            o.version = true;
+        } else if (arg == "--no-pager") {
+            o.pager = false;
         } else if (!arg.empty() && arg[0] == '-') {
             error = "unknown option " + arg;
             return false;
@@ -312,12 +325,52 @@ char *next_match(const char *, int state) {
     return strdup(g_matches[next++].c_str());
 }
 
+// Prints completion choices in columns, in the order given.
+void show_choices(std::vector<std::string> choices) {
+    qdsh::natural_sort(choices);
+    std::size_t width = 0;
+    for (const std::string &c : choices) width = std::max(width, c.size());
+    width += 2;
+    const std::size_t columns = std::max<std::size_t>(1, 80 / width);
+    const std::size_t rows = (choices.size() + columns - 1) / columns;
+    std::string text = "\n";
+    for (std::size_t r = 0; r < rows; ++r) {
+        for (std::size_t c = 0; c < columns; ++c) {
+            const std::size_t i = c * rows + r;
+            if (i >= choices.size()) break;
+            text += choices[i];
+            if (c + 1 < columns && i + rows < choices.size()) text.append(width - choices[i].size(), ' ');
+        }
+        text += '\n';
+    }
+    std::fputs(text.c_str(), stdout);
+    std::fflush(stdout);
+    rl_on_new_line();
+    rl_forced_update_display();
+}
+
 char **complete(const char *text, int start, int end) {
     rl_attempted_completion_over = 1;
     const std::string line(rl_line_buffer, static_cast<std::size_t>(end));
     g_matches = g_shell->complete(line, static_cast<std::size_t>(start));
     (void)text;
     if (g_matches.empty()) return nullptr;
+    if (g_matches.size() > 1) {
+        // The line editor would list the choices sorted as text (1/1, 1/10,
+        // 1/11...): list them here in natural order and complete only what
+        // they share.
+        show_choices(g_matches);
+        std::string common = g_matches[0];
+        for (const std::string &m : g_matches) {
+            std::size_t n = 0;
+            while (n < common.size() && n < m.size() && common[n] == m[n]) ++n;
+            common.resize(n);
+        }
+        g_matches = {common.size() >= std::strlen(text) ? common : std::string(text)};
+        rl_completion_append_character = '\0';
+    } else {
+        rl_completion_append_character = ' ';
+    }
     return rl_completion_matches(text, next_match);
 }
 
@@ -332,7 +385,8 @@ int help_key(int, int) {
 
 // Runs one command line between the marks of a command, so that a Ctrl-C
 // while it runs cuts its output and says so.
-bool run_line(Runner &runner, const std::string &line) {
+bool run_line(Runner &runner, const std::string &line, const qdsh::Pager &pager) {
+    const qdsh::Pager::Page page(pager);
     qdsh::begin_command();
     const bool ok = runner.run(line);
     qdsh::end_command();
@@ -348,7 +402,7 @@ std::string history_file() {
     return home != nullptr && *home != '\0' ? std::string(home) + "/.qdsh_history" : std::string{};
 }
 
-bool interactive(qdsh::Shell &shell, Runner &runner) {
+bool interactive(qdsh::Shell &shell, Runner &runner, const qdsh::Pager &pager) {
     g_shell = &shell;
     rl_readline_name = "qdsh";
     // qdsh handles its signals itself (Ctrl-C cancels the line).
@@ -381,18 +435,18 @@ bool interactive(qdsh::Shell &shell, Runner &runner) {
         const std::string line(raw);
         std::free(raw);
         if (line.find_first_not_of(" \t") != std::string::npos) add_history(line.c_str());
-        run_line(runner, line);
+        run_line(runner, line, pager);
         if (shell.exit_requested() || qdsh::termination_signal() != 0) break;
     }
     if (!hist.empty()) write_history(hist.c_str());
     return true;
 }
 
-bool script(qdsh::Shell &shell, Runner &runner) {
+bool script(qdsh::Shell &shell, Runner &runner, const qdsh::Pager &pager) {
     bool ok = true;
     std::string line;
     while (std::getline(std::cin, line)) {
-        ok = run_line(runner, line) && ok;
+        ok = run_line(runner, line, pager) && ok;
         if (shell.exit_requested() || qdsh::termination_signal() != 0) break;
     }
     return ok;
@@ -410,6 +464,10 @@ int main(int argc, char **argv) {
     }
     if (options.help) {
         std::fputs(kUsage, stdout);
+        return 0;
+    }
+    if (options.version) {
+        std::fputs("qdsh " QDSH_VERSION "\n", stdout);
         return 0;
     }
 
@@ -487,6 +545,7 @@ int main(int argc, char **argv) {
     ops.terminal = isatty(STDOUT_FILENO) != 0;
     runner.set_operator(ops);
 
+    const qdsh::Pager pager(options.pager);
     qdsh::install_signal_handlers(from_terminal);
     bool ok = true;
     if (options.subcommand == "serve") {
@@ -505,13 +564,13 @@ int main(int argc, char **argv) {
         ok = runner.watch(options.sub_args, format);
     } else if (!options.commands.empty()) {
         for (const std::string &command : options.commands) {
-            ok = run_line(runner, command) && ok;
+            ok = run_line(runner, command, pager) && ok;
             if (shell.exit_requested() || qdsh::termination_signal() != 0) break;
         }
     } else if (from_terminal) {
-        interactive(shell, runner);
+        interactive(shell, runner, pager);
     } else {
-        ok = script(shell, runner);
+        ok = script(shell, runner, pager);
     }
     runner.finish();
     qdsh::end_output_line();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "shell.hpp"
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include <nlohmann/json.hpp>
 
 #include "iflist.hpp"
+#include "natural_sort.hpp"
 #include "qdcli/platform.h"
 #include "qdcli/wire.h"
 #include "qdsim/sim.h"
@@ -114,6 +116,7 @@ std::vector<std::string> interface_completions(const std::string &partial) {
                        [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b)); });
         if (letters_ok && i.name.substr(n).starts_with(rest)) names.push_back(i.name);
     }
+    natural_sort(names);
     return names;
 }
 
@@ -504,7 +507,10 @@ bool Shell::sim_load(const Match &match) {
 
 void Shell::sim_interfaces() const {
     std::string text = "Interface                 Index       Type\n";
-    for (const qdsim::InterfaceInfo &i : qdsim::interfaces()) {
+    std::vector<qdsim::InterfaceInfo> list = qdsim::interfaces();
+    std::stable_sort(list.begin(), list.end(),
+                     [](const qdsim::InterfaceInfo &a, const qdsim::InterfaceInfo &b) { return natural_less(a.name, b.name); });
+    for (const qdsim::InterfaceInfo &i : list) {
         // A name of any length: padded to 25, never cut.
         std::string name = i.name;
         if (name.size() < 25) name.resize(25, ' ');

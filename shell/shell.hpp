@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The executor: runs command lines against the loaded handler library and
 // the simulated switch.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Multicast WRR queue CoS map, show form: the input is the daemon's reply to
 // command code 20 (byte 4 + v holds the queue of CoS v).
 #include "harness/harness.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ethernet interface queuing report: one flags byte, then exchange frames.
 //   flags bit 0: platform type 3 (per-ASIC multicast statistics)
 //   flags bit 1: a single named interface (command 59: extender block and

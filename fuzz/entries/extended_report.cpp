@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Extended queuing report: the input is the daemon's reply to command code
 // 23 (413 bytes, host order) for a named Ethernet interface.
 #include "harness/harness.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Host-interface queuing report (text): one flags byte, then the line
 // card's reply to sub-command 16 (32-byte header, 1108-byte body).
 //   flags bit 0: a single named interface (command 59: detailed report)

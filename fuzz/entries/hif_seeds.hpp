@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Platform and seeds shared by the two host-interface report targets.
 #pragma once
 

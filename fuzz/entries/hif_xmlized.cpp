@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Structured host-interface queuing report: the same input as hif_report.
 #include "harness/harness.hpp"
 #include "harness/layouts.hpp"

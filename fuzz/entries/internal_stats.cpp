@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Internal port statistics of an extender: exchange frames, the daemon's
 // reply to command code 22 (slot, NIF port), then the line card's reply to
 // sub-command 23 (header, port records of 84 bytes).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Onboard pause-event counts: the input is what the logging service writes
 // into the count table (subcommand word, then 4 x 112 counts, host order);
 // bit 0 of the first byte makes the service call fail instead.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Onboard pause-event list: the input is
 //   [flags: 1][event count: 4, host order, signed][segment bytes...]
 // The count is what the logging service answers; the segment bytes are the

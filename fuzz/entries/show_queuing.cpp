@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Show-queuing dispatch: the input is the request's attribute records. An
 // interface attribute (0x0cff0039) names an interface by the first four
 // bytes of its value; the bytes after them, when there are any, are one

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Switch-wide attribute-stream report, from its start: the input is one
 // flags byte (bit 0: platform type 3, whose multicast statistics differ)
 // followed by attribute records. An interface record can name the Ethernet

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Switch-wide attribute-stream report, host-interface part, entered
 // directly for host interface 0x1f010000: the input is attribute records;
 // the value of each attribute 58 is also the line-card reply of the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Extender drop report: the input is a sequence of exchange frames, one per
 // extender present (extender 100 + i answers with frame i; at most 100).
 #include "harness/harness.hpp"

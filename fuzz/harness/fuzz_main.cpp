@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libFuzzer entry of one target: QDFUZZ_TARGET names the entry function
 // (qdfuzz_<name>, defined in fuzz/entries/<name>.cpp).
 #include <cstddef>

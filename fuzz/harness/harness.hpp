@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Shared harness of the fuzz targets and of their replay in the test suite.
 //
 // A target is one file fuzz/entries/<name>.cpp that defines

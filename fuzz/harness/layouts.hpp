@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Well-formed replies built from the documented layouts, for seed corpora
 // and benchmarks. Every builder gives a complete payload (header included)
 // with distinct, recognisable values in every field a report prints.

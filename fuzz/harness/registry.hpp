@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Table of every fuzz target, generated at configure time from the entry
 // files (see fuzz/qdfuzz.cmake).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /*
  * Wire records and constants shared by the queuing daemon, the line-card
  * statistics agents and the command handlers.

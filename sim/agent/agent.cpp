@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "agent/agent.hpp"
 
 #include <arpa/inet.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The line-card statistics agents at (node, LC_STATS_SAP, LC_STATS_OPC).
 //
 // Every line card has an agent at the node of its slot, ((slot + 1) << 8 | 2)

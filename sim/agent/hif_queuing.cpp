@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Host-interface queuing (agent sub-command 16, variant 3).
 //
 // The agent of an extender answers for its own host interfaces with the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Internal port statistics of an extender (sub-command 23, variant 2), from
 // the extender's "internal_ports" section, one record per port:
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // No-credit drop counters of an extender (sub-command 27, variant 0).
 //
 // The extender's `vaq_drops` section lists its ASICs, and for each ASIC the

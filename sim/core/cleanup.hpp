@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // System resources the switch creates for its services (shared-memory
 // segments, files) are given back by qdsim::shutdown through cleanups
 // registered when they are created.

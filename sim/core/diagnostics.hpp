@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Complaints of the switch about how it was used: a message released twice,
 // printer output never flushed, an argument that does not fit its
 // attribute. Each is written to standard error at once and kept until a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/errors.hpp"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Error codes of the simulated platform and their texts (syserr2str).
 //
 // Every operation that fails returns one of these codes; syserr2str turns

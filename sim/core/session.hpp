@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Commands: a transport handle per command, and what happens when one ends.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Builds reply payloads byte by byte. Big-endian, host-order and the
 // line cards' 64-bit encoding (two big-endian words, less significant first)
 // are explicit in every call, so an encoder reads like its wire table.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Clearing the queuing counters: all interfaces (18), one interface (24).
 //
 // The daemon's queuing counters of an Ethernet interface are the counter

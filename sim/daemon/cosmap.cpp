@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Multicast WRR queue CoS map: configure (19), show (20), remove (21).
 //
 // The map lives at /cos_map, the queue (0 to 3) of each CoS 0 to 7. The

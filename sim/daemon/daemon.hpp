@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The queuing daemon at (MTS_NODE_LOCAL, QD_MTS_SAP, QD_CLI_OPC).
 //
 // It decodes the 12-byte qd_cli_req (host order) and hands it to the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The daemon's debug functions, reached through sdwrap_debug_dump with a
 // 16-byte request and the function's name. Each returns the text the user
 // sees; it goes to the output sink. A function registers itself:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // sdwrap_debug_dump: delivers a debug request to the named function of the
 // daemon, which prints a one-line trace of what it was asked for.
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The extender behind an interface (command 22): where its statistics
 // agent sits and which of its network ports faces the interface.
 //

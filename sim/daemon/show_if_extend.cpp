@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Extended (ingress) queuing report of a front-panel Ethernet interface
 // (command 23), from the interface's "extended" section:
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Queuing report of a front-panel Ethernet interface (command 17), from the
 // interface's "queuing" section:
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The daemon's switch-wide attribute stream (what qdsim::open_switch_stream
 // hands the switch-wide report), produced from the model at that moment.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Control of the switch's model for hosts: loading scenarios, the list of
 // interfaces, and reading and changing the state document.
 #include <memory>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The default scenario compiled into the library: one entry per fragment
 // file of sim/scenarios/default, in name order (generated at build time).
 #pragma once

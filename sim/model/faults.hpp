@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Injected faults.
 //
 // A scenario lists faults under "faults"; each names what it hits (the

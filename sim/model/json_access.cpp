@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/json_access.hpp"
 
 #include <algorithm>

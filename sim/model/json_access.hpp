@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading and changing the state document with defaults.
 //
 // Services read their sections through these accessors: a missing member,

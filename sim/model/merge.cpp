@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/merge.hpp"
 
 #include <vector>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Deep merge of scenario documents: objects merge member by member, any
 // other value (arrays included) replaces what was there.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated switch: a validated state document plus an index of its
 // core entities.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/positions.hpp"
 
 #include "model/json_input.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Parsing a scenario text while noting where every value stands, so that a
 // fault found later (a duplicate name, a value out of range) can still be
 // told with its line and column.

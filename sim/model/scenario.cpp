@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/scenario.hpp"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scenarios: reading them (files, texts, the embedded default, "extends")
 // and building a switch from one.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/sections.hpp"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sections of the state document, and who checks them.
 //
 // The document's top level, each Ethernet, host and other interface, each

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names of the sections that the services of the reports keep in the
 // model, reserved here so that a scenario may already hold their data.
 // Each service registers its checker for its section in its own file

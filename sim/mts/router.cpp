@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "mts/router.hpp"
 
 #include <cstdio>

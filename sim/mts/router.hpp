@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The in-process message transport.
 //
 // Services register under an address (node, SAP, opcode); a service may

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The transport's platform operations.
 #include "mts/router.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Interface enumeration.
 //
 // The range record, the argument record and the parameter-info copy are

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Extenders: slot and extender numbers, and the node of an extender's
 // statistics agent.
 //

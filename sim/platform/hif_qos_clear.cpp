@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a QoS clear of a host interface zeroes besides its "qos_counters":
 // the counter blocks of its "hif_queuing" section (the queue statistics and
 // the interface's drop and error counts that the line-card agent reports),

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Interface indexes: type, sub-interface, name, slot, network order.
 #include <arpa/inet.h>
 

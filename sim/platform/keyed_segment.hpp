@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A System V shared-memory segment that a service publishes under a key
 // made with ftok from a file relative to the current directory, the way the
 // switch's services and their readers agree on a segment.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The onboard log service of priority-flow-control pause events
 // (sse_call2 operation 1128), built from the Ethernet interfaces' "pause"
 // sections (platform/pause.hpp).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The Ethernet interfaces' pause data (see pause.hpp), its checks, and the
 // platform's command line that clears the pause counters:
 //

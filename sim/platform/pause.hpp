@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Priority-flow-control pause data of the Ethernet interfaces.
 //
 // Each Ethernet interface may hold a "pause" section:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Platform services that other parts of the simulator provide:
 //   - sse_call2 operations (the onboard flow-control log answers 1128);
 //   - what statscl_clear_qos_counters clears of a host interface besides

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The statistics client: QoS counters of host interfaces.
 //
 // A host interface's "qos_counters" section holds them; tx_queue_drops is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // System services: platform type, onboard services, VDC, card identifiers.
 #include <atomic>
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "render/prt_render.hpp"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Platform side of the shell printer: the argument record that
 // cmd_prt_arg_make fills, and the rendering of a cmd_prt format as text.
 //

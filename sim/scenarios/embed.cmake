@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Writes a C++ source that holds the default scenario's fragments.
 #   cmake -DOUTPUT=<file.cpp> -DINPUTS=<a.json|b.json|...> -P embed.cmake
 # The fragments are kept in the order given (the build sorts them by name).

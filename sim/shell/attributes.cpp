@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Request attributes (cmd_req_attr_getnext) and response streams
 // (cmd_rsp_attr_getnext).
 #include <cstring>

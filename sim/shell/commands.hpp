@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Command lines run by vsh_system2.
 //
 // The host (qdsh) installs a runner with qdsim::set_command_runner. Without

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the switch's output goes, and how a flush of the printer looks in
 // each output mode.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shell printer: typed arguments, formats, flushes.
 #include "shell/printer.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Output handles of the shell printer. A command's output handle is its
 // transport handle with bit 30 set, so the two are never mistaken for each
 // other.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Attribute streams handed to the switch-wide report through a response
 // record (cmd_rsp_attr_getnext), and the producer of the daemon's stream.
 //

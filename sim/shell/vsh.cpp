@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // vsh_system2 and the platform's own command lines.
 #include <cstring>
 #include <map>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Clearing of queuing, QoS and priority-flow-control pause counters.
 //
 // The two clear-queuing commands work in a fixed order and stop at the first

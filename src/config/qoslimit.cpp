@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Help, range and default callbacks of the queue-limit parameter.
 //
 // The range and the default depend on one list of card identifiers, the

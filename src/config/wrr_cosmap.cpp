@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Multicast WRR queue CoS map: configure, remove and show.
 //
 // The daemon holds the map; these handlers only build the request, hand it

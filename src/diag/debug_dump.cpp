@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory statistics and debug dumps of the queuing daemon.
 //
 // Each handler fills one 16-byte request and hands it to the daemon's named

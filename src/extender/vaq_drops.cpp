@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // No-credit drop report of the remote port extenders: for every extender
 // that has a module, the drop counters of the no-drop class per ASIC and per
 // SS, asked from the module's statistics agent with sub-command 27 and

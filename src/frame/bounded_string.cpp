@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frame/bounded_string.hpp"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bounded string operations used to assemble command lines. Each is bounded
 // by the destination's size and always leaves it NUL-terminated; a copy or
 // append that does not fit is cut to fit (the destination is never emptied).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frame/enumeration.hpp"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The platform's interface enumeration, in its four fixed passes (fibre
 // channel, two kinds of port channel... as the platform means them: the
 // library only passes the descriptors on). Used by the show-queuing and the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The two request/reply exchanges: with the queuing daemon (12-byte
 // qd_cli_req, host order) and with a line-card statistics agent (40-byte
 // lc_stats_req). Both send, take the token, drop the sent message, then wait

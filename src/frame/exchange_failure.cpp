@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frame/exchange_failure.hpp"
 
 #include <cstdio>

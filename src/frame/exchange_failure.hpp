@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How a handler tells the user that its exchange with the queuing daemon
 // failed. Each command family uses one of three fixed styles; each function
 // returns the status the handler then returns, or nothing when the exchange

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Keeps exceptions inside the library: every exported entry point runs its
 // body through guarded(), so nothing is thrown across the C boundary.
 #pragma once

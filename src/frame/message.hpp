@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ownership of transport messages.
 //
 // A received message is held by a ReceivedMessage from the successful

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frame/platform_query.hpp"
 
 #include <atomic>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Platform queries that gate commands, and access to the shell's records.
 #pragma once
 

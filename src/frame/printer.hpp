@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Typed output through the shell's printer.
 //
 // A line is a fixed format whose %s conversions each take one typed value:

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "frame/reader.hpp"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bounds-checked reader over a received payload.
 //
 // Every read of a reply goes through this view of (pointer, length). A read

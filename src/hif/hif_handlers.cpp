@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exported entry points of the host-interface queuing reports. Both run the
 // same report (hif_report.cpp); only the output differs.
 #include "frame/guard.hpp"

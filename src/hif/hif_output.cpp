@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hif/hif_output.hpp"
 
 #include <algorithm>

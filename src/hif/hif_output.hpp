@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Output of the host-interface queuing report.
 //
 // The report is one sequence of pieces, walked once (hif_report.cpp) and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hif/hif_queuing_info.hpp"
 
 #include "qdcli/wire.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The body of the statistics agent's answer to the host-interface queuing
 // request (sub-command 16): hif_queuing_info, 1108 bytes from payload offset
 // 32 on, decoded into a plain record that both host-interface reports print.

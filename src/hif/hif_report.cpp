@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hif/hif_report.hpp"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host-interface queuing report: the exchange with the interface's
 // statistics agent and the walk over the decoded reply, shared by the text
 // report and the typed report (they differ only in their HifOutput).

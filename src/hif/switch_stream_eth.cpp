@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Switch-wide queuing report, Ethernet part: renders the daemon's attribute
 // stream in the layout of the per-interface Ethernet report, on standard
 // output. A host interface in the stream hands the rest of it to the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Switch-wide queuing report, host-interface part: renders the attribute
 // stream of one host interface in the layout of the host-interface report
 // (input buffers, queueing table, queue and port statistics, flow control),

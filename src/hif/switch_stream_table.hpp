@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Attribute-stream walk shared by the two switch-wide renderers.
 //
 // The daemon produces the switch-wide queuing report as a stream of

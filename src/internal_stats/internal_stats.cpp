@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "internal_stats/internal_stats.hpp"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qd_cli_show_internal_stats: the internal port statistics of the extender
 // behind a front-panel interface.
 #pragma once

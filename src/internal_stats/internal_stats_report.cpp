@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qd_process_internal_stats: places the port records of an extender into
 // the N2H and H2N counter tables and the port map, then prints them.
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "internal_stats/port_records.hpp"
 
 #include "frame/guard.hpp"

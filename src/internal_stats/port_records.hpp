@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Port records of an extender, as its slot's statistics agent reports them
 // (LC_STATS_CMD_INTERNAL_PORTS): 84 bytes each, packed back to back after the
 // 32-byte reply header.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Onboard logs of priority-flow-control pause events.
 //
 // Both commands ask the onboard-logging service through sse_call2; the count

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The show-queuing command: the interfaces named in the request, or every
 // interface the platform's enumeration finds, each handed to the report of
 // its interface type. Messages of the dispatcher itself go to standard

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qd_cli_show_queuing_if: the queuing report of one front-panel Ethernet
 // interface, printed through the shell's printer with typed values.
 #include "queuing/ethernet_report.hpp"

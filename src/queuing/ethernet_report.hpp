@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Queuing report of a front-panel Ethernet interface: the daemon's reply to
 // QD_CLI_CMD_SHOW_IF_QUEUING, decoded into plain values before anything of
 // it is printed.

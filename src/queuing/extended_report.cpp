@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The extended queuing report: entry from the command's first argument,
 // the interface checks, then one exchange with the queuing daemon (command
 // code 23) and the report, printed through the shell's printer.

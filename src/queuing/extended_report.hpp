@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Extended (ingress) queuing report of a front-panel Ethernet interface:
 // the daemon's reply to QD_CLI_CMD_SHOW_IF_EXTEND, decoded into a plain
 // record before anything of it is printed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "elf_dynamic.hpp"
 
 #include <elf.h>
@@ -99,6 +100,7 @@ bool read_dynamic_info(const std::string &path, DynamicInfo &info, std::string &
                     return false;
                 }
                 out.defined = sym.st_shndx != SHN_UNDEF;
+                out.absolute = sym.st_shndx == SHN_ABS;
                 out.binding = ELF64_ST_BIND(sym.st_info);
                 out.type = ELF64_ST_TYPE(sym.st_info);
                 out.visibility = ELF64_ST_VISIBILITY(sym.st_other);
@@ -144,8 +146,15 @@ std::set<std::string> exported_names(const DynamicInfo &info) {
         const bool visible_binding = sym.binding == STB_GLOBAL || sym.binding == STB_WEAK ||
                                      sym.binding == STB_GNU_UNIQUE;
         const bool visible = sym.visibility == STV_DEFAULT || sym.visibility == STV_PROTECTED;
-        if (sym.defined && visible_binding && visible) names.insert(sym.name);
+        if (sym.defined && !sym.absolute && visible_binding && visible) names.insert(sym.name);
     }
+    return names;
+}
+
+std::set<std::string> version_nodes(const DynamicInfo &info) {
+    std::set<std::string> names;
+    for (const DynamicSymbol &sym : info.symbols)
+        if (sym.absolute) names.insert(sym.name);
     return names;
 }
 

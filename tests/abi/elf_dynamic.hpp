@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads the dynamic symbol table and the DT_NEEDED/flags entries of an
 // ELF64 shared object, with every offset checked against the file size.
 #pragma once
@@ -12,6 +13,7 @@ namespace qdabi {
 struct DynamicSymbol {
     std::string name;
     bool defined = false;   // st_shndx != SHN_UNDEF
+    bool absolute = false;  // st_shndx == SHN_ABS: the name of a version node
     unsigned binding = 0;   // STB_*
     unsigned type = 0;      // STT_*
     unsigned visibility = 0;  // STV_*
@@ -27,8 +29,10 @@ struct DynamicInfo {
 bool read_dynamic_info(const std::string &path, DynamicInfo &info, std::string &error);
 
 // Names that a dynamic symbol table exports: defined, global or weak,
-// default or protected visibility.
+// default or protected visibility, not a version node.
 std::set<std::string> exported_names(const DynamicInfo &info);
+// Names of the version nodes it defines (absolute symbols).
+std::set<std::string> version_nodes(const DynamicInfo &info);
 // Names that it expects the host to provide.
 std::set<std::string> undefined_names(const DynamicInfo &info);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The binary interface of the built libqdcli.so, read from its ELF dynamic
 // section: exactly the handler names are exported, every platform operation
 // is left for the host to provide, and no platform library is needed.
@@ -106,6 +107,10 @@ TEST_F(LibraryAbi, VersionScriptListsExactlyTheHandlers) {
                                  << "\nmissing from the script: " << join(minus(kHandlers, script));
     EXPECT_TRUE(minus(kPendingHandlers, kHandlers).empty())
         << "pending names that are no handlers: " << join(minus(kPendingHandlers, kHandlers));
+}
+
+TEST_F(LibraryAbi, DefinesTheVersionNodeOfTheScript) {
+    EXPECT_EQ(qdabi::version_nodes(info), std::set<std::string>{"QDCLI_0.1"});
 }
 
 TEST_F(LibraryAbi, ExportsExactlyTheWrittenHandlers) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A host program that defines the platform operations (here: the scripted
 // test double) links the shared libqdcli.so and runs a handler through it.
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Test fixture: a fresh scripted platform and an empty platform-type cache
 // per test; at the end, every message must have been released exactly once.
 #pragma once

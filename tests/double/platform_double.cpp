@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "double/platform_double.hpp"
 
 #include <arpa/inet.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Scripted platform for handler tests.
 //
 // Defines every platform operation of the library's interface. A test

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs one end-to-end case of qdsh and compares what it printed with the
 # case's golden files, byte for byte. See README.md.
 #

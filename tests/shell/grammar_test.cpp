@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The qdsh grammar on its own: the command table, the matcher, "?" help and
 // interface lists.
 #include <gtest/gtest.h>

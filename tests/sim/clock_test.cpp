@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated clock: counters with a rate advance with every command.
 #include "model/model.hpp"
 #include "sim_fixture.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The queuing daemon: request checks, the CoS map, the registry, the
 // debug-dump path.
 #include "core/errors.hpp"

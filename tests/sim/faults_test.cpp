@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Faults injected from the scenario, per command code, interface,
 // extender or platform operation.
 #include "agent/agent.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Platform operations answered from the model: interfaces, extenders,
 // enumeration, system services, the statistics client, the agents, and
 // command lines.

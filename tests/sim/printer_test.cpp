@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The shell printer: rendering, flushing, structured output, the catalogue.
 #include <nlohmann/json.hpp>
 #include <set>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The transport: routing, tokens, the message ledger.
 #include "mts/router.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loading scenarios: the embedded default, templates, and refusals that
 // name the file, the line and the column.
 #include <fstream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The Ethernet sections ("queuing", "extended") and the extenders'
 // "internal_ports": a wrong value is refused with the position where it was
 // written, and the switch loaded before stays.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Common ground of the simulator's tests: a fresh default switch, output
 // captured from the sink, diagnostics collected instead of printed, and a
 // command handle; plus small helpers for exchanges by hand.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's onboard pause-log reports against the switch's log service,
 // with a real shared-memory segment. Each test runs in a directory of its
 // own and ends with qdsim::shutdown, after which no segment is left under

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The state document: dumping it, reading and changing values through it.
 #include <nlohmann/json.hpp>
 

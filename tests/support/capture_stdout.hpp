@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a handler writes to standard output (reports printed with printf,
 // puts and putchar rather than through the shell's printer), captured.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Clearing of queuing, QoS and pause counters, over the scripted platform.
 #include <gtest/gtest.h>
 

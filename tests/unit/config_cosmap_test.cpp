@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Multicast WRR queue CoS map: configure, remove and show.
 #include <gtest/gtest.h>
 

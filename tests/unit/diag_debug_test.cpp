@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory statistics and debug dumps of the daemon.
 #include <gtest/gtest.h>
 

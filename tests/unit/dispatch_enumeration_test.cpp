@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reporting every interface: the four enumeration passes and what each hands
 // the platform, the newline after each interface reported with 0, skipped
 // passes, and the release of every result array (the double mallocs each

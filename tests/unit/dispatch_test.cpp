@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The show-queuing dispatcher: the request walk, the interface checks and
 // the routing by interface type. The reports behind it are observed through
 // what they send and print first (see dispatch_report_fallbacks.cpp), so

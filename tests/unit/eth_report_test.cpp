@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Queuing report of an Ethernet interface (daemon command 17). Replies are
 // written field by field at the offsets of the reply layout.
 #include <gtest/gtest.h>

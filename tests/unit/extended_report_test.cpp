@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The extended queuing report: the daemon's 413-byte host-order reply
 // printed as 8 map rows, 8 pass rows and 8 drop rows with typed arguments;
 // the checks of its entry points; every failure of the exchange. Replies are

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The handler frame: payload reader, bounded strings, interface checks,
 // printer and the platform-type cache.
 #include <gtest/gtest.h>

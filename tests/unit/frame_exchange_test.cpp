@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The daemon and line-card exchanges, over the scripted platform.
 #include <gtest/gtest.h>
 

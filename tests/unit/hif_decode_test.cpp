@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Decoding of hif_queuing_info from literal body bytes.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Replies of the statistics agent to the host-interface queuing request,
 // written byte by byte at the layout's offsets: a 32-byte header (status at
 // 28), then hif_queuing_info from offset 32. 64-bit counters are two

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host-interface queuing report on standard output.
 #include <gtest/gtest.h>
 

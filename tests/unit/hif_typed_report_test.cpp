@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The host-interface queuing report through the shell's printer.
 #include <gtest/gtest.h>
 

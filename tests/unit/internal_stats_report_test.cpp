@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Port classes, table placement and the printed internal statistics report
 // (qd_count_ports, qd_process_internal_stats). Port records are written
 // field by field at the offsets of the 84-byte record layout.

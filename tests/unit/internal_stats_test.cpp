@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qd_cli_show_internal_stats: the daemon's NIF-port answer (command 22),
 // the line-card request for the extender's port records (sub-command 23),
 // and every way the command can stop.

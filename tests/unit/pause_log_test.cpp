@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Onboard pause-event logs: the count table from the logging service, and
 // the event list from a real System V shared-memory segment that each test
 // creates under the service's key and removes again.

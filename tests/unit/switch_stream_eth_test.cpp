@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Switch-wide queuing report, Ethernet part: attribute stream in, exact text
 // out. Values are host-order byte literals as the daemon sends them.
 #include <gtest/gtest.h>

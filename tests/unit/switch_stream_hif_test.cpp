@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Switch-wide queuing report, host-interface part: the state words of the
 // renderer, every attribute of its table, and attribute 58, which runs the
 // host-interface report. Values are host-order byte literals.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Extender no-credit drop report: the walk over extenders 100 to 199, the
 // reply body of sub-command 27, every line and typed value, and one flush.
 // Replies are literal bytes: a 32-byte header (not read) and the body.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Control interface of the simulated switch platform (libqdsim.so).
 //
 // libqdsim.so defines every platform operation that libqdcli.so calls; this
