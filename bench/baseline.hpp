@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The formatting limit of a report: its own output bytes written again by a
 // bare snprintf loop, one call per line, every number converted with %llu
 // from its value, into a buffer that is handed to a sink every 4 KB.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The simulated switch at chassis scale, through the shell as qdsh runs it:
 // loading a chassis, whole-chassis reports, the drop walk over 100
 // extenders, and qdsh's start-up as a process.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The performance suite in one command: builds the benchmarks (Release),
 # runs the per-report benchmarks and the chassis benchmarks, measures qdsh
 # as a process on the default switch and on generated chassis of 3,072 and

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Prints how large the test code is against the code it tests, in non-blank
 # lines of C++, shell, Python and CMake files, and fails when the tests pass
 # the limit (default 40 %; golden outputs and data files are not counted).

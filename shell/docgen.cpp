@@ -149,6 +149,8 @@ void write_man(std::ostream &out, const std::string &version, const Usage &u) {
             if (!e.is_word && std::find(params.begin(), params.end(), name) == params.end()) params.push_back(name);
         }
     }
+    for (const qdsh::LineForm &f : qdsh::line_forms())
+        out << ".TP\n.B " << roff(std::string(f.pattern)) << "\n" << roff(std::string(f.help)) << "\n";
     out << ".SH PARAMETERS\n";
     for (const std::string &p : params)
         out << ".TP\n.I " << roff(p) << "\n" << roff(std::string(qdsh::param_help(p))) << "\n";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Structured output: one document per command, built as a tree while the
 // command runs and serialised once, as JSON or XML.
 //

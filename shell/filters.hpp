@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Output filters in the router convention: a command line may end in
 // "| include REGEX", "| exclude REGEX", "| begin REGEX" and "| count",
 // chained in any number, and in "| json" / "| xml" to render the typed

@@ -443,6 +443,14 @@ bool Element::greedy() const {
                         kind == ParamKind::json_text || kind == ParamKind::file);
 }
 
+const std::vector<LineForm> &line_forms() {
+    static const std::vector<LineForm> forms = {
+        {"watch [-n S] [--count N] [--nonzero] COMMAND", "Re-run COMMAND: deltas and rates of its counters"},
+        {"COMMAND | include|exclude|begin REGEX, | count", "Filter the output (\"| ?\" lists the filters)"},
+    };
+    return forms;
+}
+
 const std::vector<Command> &commands() {
     static const std::vector<Command> table = build_table();
     return table;

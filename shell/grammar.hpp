@@ -85,6 +85,14 @@ struct Command {
 // The command table (built once).
 const std::vector<Command> &commands();
 
+// Forms of a line that qdsh takes before the grammar (watch, and the output
+// filters at the end of a line), for "help" and the manual.
+struct LineForm {
+    std::string_view pattern;
+    std::string_view help;
+};
+const std::vector<LineForm> &line_forms();
+
 // Help line of a command word or parameter name ("" when none).
 std::string_view word_help(std::string_view word);
 std::string_view param_help(std::string_view name);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counters of a command's document, as an operator watches them: every
 // value the catalogue calls a counter or a gauge, with the identifiers of
 // the rows around it as labels; deltas and rates between two samples; and

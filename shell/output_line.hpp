@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whether standard output ends a line, so that qdsh can start the next
 // output on a line of its own: the handler library prints some messages
 // without a newline (on a switch, the prompt follows them).

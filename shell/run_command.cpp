@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs one command with everything it prints captured, and builds its
 // document.
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "schema.hpp"
 
 #include <cstring>

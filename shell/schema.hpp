@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The schemas of qdsh's structured output, generated from the attribute
 // catalogue of the loaded library: a JSON Schema (draft 2020-12) and an XML
 // Schema. Every member a document may have is declared, with its type, its

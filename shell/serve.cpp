@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "serve.hpp"
 
 #include <pthread.h>

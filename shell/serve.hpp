@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The metrics exporter: "qdsh serve" answers HTTP requests for /metrics
 // with the counters of the configured commands, collected at each scrape.
 #pragma once

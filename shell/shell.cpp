@@ -349,11 +349,9 @@ bool Shell::run_builtin(const Match &match) {
             text += row;
         }
         // Handled before the grammar: watch, and filters at the end of a line.
-        for (const auto &[pattern, help] :
-             {std::pair{"watch [-n S] [--count N] [--nonzero] COMMAND", "Re-run COMMAND: deltas and rates of its counters"},
-              std::pair{"COMMAND | include|exclude|begin REGEX, | count", "Filter the output (\"| ?\" lists the filters)"}}) {
+        for (const LineForm &f : line_forms()) {
             char row[256];
-            std::snprintf(row, sizeof row, "  %-52s %s\n", pattern, help);
+            std::snprintf(row, sizeof row, "  %-52s %s\n", std::string(f.pattern).c_str(), std::string(f.help).c_str());
             text += row;
         }
         out(text);

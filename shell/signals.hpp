@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Signals in qdsh.
 //
 // Ctrl-C (SIGINT) never kills an interactive qdsh: at the prompt it cancels

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Watch mode: runs one command again and again and shows, for every
 // counter, its value, its delta since the previous sample and its rate per
 // second.

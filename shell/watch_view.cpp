@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pure parts of watch: its arguments, its text screen and its
 // per-sample document.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The clear family: one selector byte, one interface byte, a qos-clear
 // result byte, up to four enumeration passes (Session::enum_passes, each
 // preceded by a byte that is 1 while passes follow), then exchange frames.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CoS-map configuration: qd_cli_conf_wrrqueue_cosmap and its no form. One
 // flags byte (bit 0: the no form, bits 1-2: the platform type 0-3, bit 3:
 // the platform-type query fails), the number of arguments, each

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Diagnostics: memory statistics and the debug dumps. One selector byte
 // (% 3: qd_cli_show_memstats, qd_cli_debug_show_intf, qd_cli_debug_show_all),
 // a no-form byte (bit 0), the command id (one byte), then up to three

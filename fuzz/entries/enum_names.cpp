@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Show-queuing of every interface, through the interface enumeration, with
 // hostile passes (Session::enum_passes: failing, negative counts, null
 // arrays, unknown indexes) over interfaces with long and %-laden names. The

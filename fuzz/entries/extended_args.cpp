@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The argument entry of the extended report, qd_cli_show_queuing_intf_extend:
 // the number of arguments, each [param_type: 1][param_id: 4][value: 4]
 // (param_type 255: an argument without value), then exchange frames.

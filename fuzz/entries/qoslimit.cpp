@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Queue-limit and default-value callbacks: the card query's result (one
 // byte, signed), the card id (2 bytes), the software card id (4 bytes), then
 // which records are handed over (bit 0: null range record, bit 1: null

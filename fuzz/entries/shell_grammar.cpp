@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The qdsh command grammar: the input is one command line, matched against
 // the command table, asked for help candidates ("?") and, for its interface
 // words, resolved as interface lists against a small name table. Nothing of

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libFuzzer entry of a simulator target (QDFUZZ_SIM_TARGET names it).
 #include "sim_targets.hpp"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A scenario text, loaded as a file's would be (extends, sections, faults).
 // A finding is a crash, a sanitizer report, an exception out of the loader,
 // or a loaded switch whose dump does not load back.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // "sim set" on a small switch: the input is a JSON pointer, a newline,
 // then the value's JSON text. A finding is a crash, a sanitizer report, an
 // exception out of the model, a refusal without a reason, or an accepted

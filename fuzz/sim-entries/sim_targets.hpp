@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Fuzz targets of the simulated switch's own inputs: scenario texts and the
 // values of "sim set". They run against libqdsim itself (no scripted
 // platform), so they are built and replayed apart from the handler targets.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* The attribute catalogue of libqdcli.so: every attribute ID the command
  * handlers print through the shell's typed printer, request, or read from
  * the daemon's switch-wide attribute stream.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/json_input.hpp"
 
 #include <fcntl.h>

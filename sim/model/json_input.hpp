@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The gate every JSON text passes through on its way into the simulator:
 // scenario files (also those named by "extends" and by "sim load"), scenario
 // texts and the values of "sim set".

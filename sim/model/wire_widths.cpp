@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "model/wire_widths.hpp"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Widths on the wire of the state's values that a reply carries in fewer
 // than 64 bits. The model keeps every number in 64 bits (a counter with a
 // rate wraps on the wire as the hardware's does); a value given explicitly

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The attribute catalogue as the shell printer uses it: the library's own
 // catalogue (qdcli/attributes.h, compiled in from src/catalogue), so that the
 // names of structured output have one source.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The attribute catalogue: one entry per attribute ID the handlers print,
 // request or read from the switch-wide stream. Constant data; the lookups
 // keep no state.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The document tree built from what a handler printed: printer flushes given
 // as attribute IDs and literal value bytes (host order, as the printer gets
 // them), and standard output text.

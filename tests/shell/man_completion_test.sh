@@ -14,7 +14,9 @@ warnings=$(MANWIDTH=200 man --warnings -l "$page" 2>&1 >/dev/null)
 [ -z "$warnings" ] || fail "man reports: $warnings"
 rendered=$(MANWIDTH=200 man -l "$page" 2>/dev/null | sed 's/‐/-/g')
 while IFS= read -r command; do
-  grep -q "^       ${command//./\\.}\( \|\$\)" <<<"$rendered" || fail "the man page lacks the command \"$command\""
+  # The command at the start of a line, whole (the page may put its help on the same line).
+  awk -v c="       $command" '$0 == c || index($0, c " ") == 1 { found = 1 } END { exit !found }' <<<"$rendered" ||
+    fail "the man page lacks the command \"$command\""
 done < <("$qdsh" -c help | sed -n 's/^  \(.*[^ ]\)  \+.*$/\1/p')
 while IFS= read -r option; do
   grep -qF -- "$option" <<<"$rendered" || fail "the man page lacks the option $option"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Filters, counters, deltas and the metrics exposition of qdsh, on
 // hand-written text and documents.
 #include <gtest/gtest.h>

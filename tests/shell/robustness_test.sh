@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # qdsh against hostile input, signals, and a second qdsh in the same
 # directory. Runs in a scratch directory; every case leaves it clean.
 #

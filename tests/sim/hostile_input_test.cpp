@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Hostile input to the simulator: files that are not scenarios, nesting
 // deep enough to exhaust a stack, values wider than their field on the wire,
 // ranges out of bounds. Each is refused with a message naming the fault, and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Interfaces of a range share their data until one of them changes, and
 // counters with a rate are derived from the clock when read.
 #include "model/model.hpp"

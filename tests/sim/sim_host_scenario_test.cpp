@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Host-interface queuing data in scenarios: what the checker refuses. (What
 // the default switch's host interfaces show is in the end-to-end cases hif-*.)
 #include "sim_fixture.hpp"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The switch-wide report's section of a scenario, which names the host
 // interface the daemon's stream describes. (The report itself is checked by
 // the end-to-end cases switch-report*.)

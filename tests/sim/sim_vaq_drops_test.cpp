@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The extenders' no-credit drop counters of a scenario: what the checker
 // refuses. (The report is checked by the end-to-end cases vaq-drops-*.)
 #include "qdcli/handlers.h"

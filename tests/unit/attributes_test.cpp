@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The attribute catalogue's own consistency; that it covers what the
 // handlers print, in both directions, is checked end to end
 // (tests/structured).
@@ -38,7 +39,9 @@ TEST(AttributeCatalogue, EntriesAreUniqueAndAgreeWithTheirTypeByte) {
         }
         const bool sized = a.type != QDCLI_ATTR_TEXT && a.type != QDCLI_ATTR_MARKER;
         EXPECT_EQ(a.width_bits != 0, sized);
-        if (a.role == QDCLI_ROLE_COUNTER) EXPECT_NE(a.unit, nullptr);
+        if (a.role == QDCLI_ROLE_COUNTER) {
+            EXPECT_NE(a.unit, nullptr);
+        }
         if (a.table != nullptr) {
             // The row key is a column of the same table.
             ASSERT_NE(a.row_key, nullptr);
@@ -46,7 +49,9 @@ TEST(AttributeCatalogue, EntriesAreUniqueAndAgreeWithTheirTypeByte) {
             ASSERT_NE(key, nullptr);
             EXPECT_STREQ(key->table, a.table);
         }
-        if (a.parent_table != nullptr) EXPECT_TRUE(tables.count(a.parent_table));
+        if (a.parent_table != nullptr) {
+            EXPECT_TRUE(tables.count(a.parent_table));
+        }
     }
     // The two texts under the unsigned type byte, and a wrapping counter.
     EXPECT_EQ(qdcli_attr_find(0x14ff00aa)->type, QDCLI_ATTR_TEXT);
