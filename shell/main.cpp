@@ -482,7 +482,8 @@ int main(int argc, char **argv) {
         return kExitUsage;
     }
 
-    if (options.metric_names) {
+    if (options.metric_names || !options.schema.empty()) {
+        // Both are written from the loaded library's attribute catalogue.
         using Catalogue = const qdcli_attr_info *(*)(std::size_t *);
         const auto catalogue = reinterpret_cast<Catalogue>(library.symbol("qdcli_attr_catalogue"));
         if (catalogue == nullptr) {
@@ -491,21 +492,10 @@ int main(int argc, char **argv) {
         }
         std::size_t count = 0;
         const qdcli_attr_info *entries = catalogue(&count);
-        std::fputs(qdsh::metric_names_table(entries, count).c_str(), stdout);
-        return 0;
-    }
-
-    if (!options.schema.empty()) {
-        using Catalogue = const qdcli_attr_info *(*)(std::size_t *);
-        const auto catalogue = reinterpret_cast<Catalogue>(library.symbol("qdcli_attr_catalogue"));
-        if (catalogue == nullptr) {
-            qdsh::report_error("the handler library " + path + " has no attribute catalogue (qdcli_attr_catalogue)");
-            return kExitUsage;
-        }
-        std::size_t count = 0;
-        const qdcli_attr_info *entries = catalogue(&count);
-        std::fputs((options.schema == "json" ? qdsh::json_schema(entries, count) : qdsh::xml_schema(entries, count)).c_str(),
-                   stdout);
+        const std::string text = options.metric_names      ? qdsh::metric_names_table(entries, count)
+                                 : options.schema == "json" ? qdsh::json_schema(entries, count)
+                                                            : qdsh::xml_schema(entries, count);
+        std::fputs(text.c_str(), stdout);
         return 0;
     }
 
