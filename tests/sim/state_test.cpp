@@ -42,6 +42,8 @@ TEST_F(StateTest, ABadValueIsRefusedAndTheStateKept) {
     EXPECT_FALSE(qdsim::set_state_value("/cos_map/0", "{not json", error));
     EXPECT_NE(error.find("not JSON"), std::string::npos) << error;
     EXPECT_FALSE(qdsim::set_state_value("cos_map", "1", error));
+    EXPECT_FALSE(qdsim::set_state_value("/extenders/0/vaq_drops/asics/0/ss_drops/0", "16", error));
+    EXPECT_NE(error.find("16 is above the maximum 15"), std::string::npos) << error;
     EXPECT_EQ(qdsim::dump_state_json(), before);
 }
 
