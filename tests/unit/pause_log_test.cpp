@@ -106,17 +106,13 @@ TEST_F(PauseCountsTest, PrintsEveryNonZeroCountInModuleAndPortOrder) {
     for (std::size_t i = 4; i < request.size(); ++i) ASSERT_EQ(request[i], 0) << "byte " << i;
 }
 
-TEST_F(PauseCountsTest, NoCountsSaysSoAfterTheHeader) {
+TEST_F(PauseCountsTest, NoCountsSaysSoAndAFailureIsToldWithoutNewline) {
     answer({});
     std::int32_t rc = 1;
     EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_td, rc),
               kCountsHeader + "No Pause Events have occurred on the switch.\n");
     EXPECT_EQ(rc, 0);
-}
-
-TEST_F(PauseCountsTest, ServiceFailureIsToldWithoutNewline) {
     answer({{{1, 1}, 5}}, -1);
-    std::int32_t rc = 0;
     EXPECT_EQ(run(qd_cli_show_logging_onboard_flow_control_td, rc), "There was a problem processing the request.");
     EXPECT_EQ(rc, -1);
 }
