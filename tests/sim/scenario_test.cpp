@@ -100,6 +100,13 @@ TEST_F(ScenarioTest, RefusalsNameWhereAndWhy) {
         {"{\"ethernet\": [{\"slot\": 1, \"ports\": 1}],\n \"extenders\": [{\"number\": 101, \"slot\": 9, \"uplink\": \"Ethernet1/2\"}]}",
          "2:53", "no Ethernet interface named \"Ethernet1/2\""},
         {"{\"description\": " + std::string(100, '[') + std::string(100, ']') + "}", "1:80", "nest deeper than 64"},
+        // Rates stand beside counters, and are not negative.
+        {R"({"ethernet": [{"slot": 1, "ports": 1}],
+  "extenders": [{"number": 101, "slot": 9, "uplink": "Ethernet1/1", "ports": 1, "rates": {"drops": 1}}]})",
+         "2:91", "no member \"drops\" beside these rates"},
+        {R"({"extends": "default", "rates": {"nothing": 1}})", "", "no member \"nothing\""},
+        {R"({"extends": "default", "interfaces": {"Ethernet101/1/1": {"qos_counters": {"rates": {"tx_queue_drops": -1}}}}})",
+         "", "a rate is not negative"},
         // Sections written in a template are refused where the template wrote them.
         {kHead + R"( "defaults": {"host": {"qos_counters": {"tx_queue_drops": -4}}}})", "2:59",
          "at /defaults/host/qos_counters/tx_queue_drops: expected a counter"},
