@@ -7,7 +7,6 @@
 // with the ledger's findings and the input's name.
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>

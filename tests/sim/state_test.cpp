@@ -19,14 +19,6 @@ TEST_F(StateTest, TheDumpHoldsEveryInterfaceWithItsDefaultsApplied) {
     EXPECT_FALSE(state.contains("defaults"));
 }
 
-TEST_F(StateTest, ADumpLoadsBackAsTheSameSwitch) {
-    qdsim::advance_clock(4);
-    const std::string before = qdsim::dump_state_json();
-    qdsim::ScenarioError e;
-    ASSERT_TRUE(qdsim::load_scenario_text(before, "dump.json", e)) << e.message();
-    EXPECT_EQ(qdsim::dump_state_json(), before);
-}
-
 TEST_F(StateTest, ABadValueIsRefusedAndTheStateKept) {
     std::string error;
     const std::string before = qdsim::dump_state_json();
