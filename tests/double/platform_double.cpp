@@ -85,34 +85,7 @@ LedgerEntry *entry_of(const mts_msg *msg, const char *op) {
     return &state().ledger[msg->opaque[1] - 1];
 }
 
-std::string error_text_of(std::int32_t code) {
-    auto it = state().platform.error_texts.find(code);
-    if (it != state().platform.error_texts.end()) return it->second;
-    return "error " + std::to_string(code);
-}
-
 }  // namespace
-
-Reply Reply::bytes(Bytes payload) {
-    Reply r;
-    r.payload = std::move(payload);
-    return r;
-}
-Reply Reply::send_failure(std::int32_t code) {
-    Reply r;
-    r.send_error = code;
-    return r;
-}
-Reply Reply::recv_failure(std::int32_t code) {
-    Reply r;
-    r.recv_error = code;
-    return r;
-}
-Reply Reply::empty() {
-    Reply r;
-    r.no_payload = true;
-    return r;
-}
 
 void Platform::add_interface(std::uint32_t if_index, std::uint8_t type, std::string name, std::uint8_t slot,
                              bool sub_intf) {
@@ -206,10 +179,6 @@ void put_be64_low_first(Bytes &b, std::size_t offset, std::uint64_t v) {
     put_be32(b, offset, static_cast<std::uint32_t>(v));
     put_be32(b, offset + 4, static_cast<std::uint32_t>(v >> 32));
 }
-void put_host64(Bytes &b, std::size_t offset, std::uint64_t v) {
-    if (b.size() < offset + 8) b.resize(offset + 8);
-    std::memcpy(&b[offset], &v, 8);
-}
 std::uint32_t get_host32(const Bytes &b, std::size_t offset) {
     std::uint32_t v = 0;
     if (b.size() >= offset + 4) std::memcpy(&v, &b[offset], 4);
@@ -241,11 +210,7 @@ extern "C" {
 int32_t mts_send(uint32_t handle, uint32_t node, uint32_t sap, uint32_t opcode, const void *payload,
                  uint32_t length, mts_msg *msg, uint32_t flags, uint32_t reserved) {
     auto &s = state();
-    qdtest::SentRequest request;
-    request.handle = handle;
-    request.node = node;
-    request.sap = sap;
-    request.opcode = opcode;
+    qdtest::SentRequest request{.handle = handle, .node = node, .sap = sap, .opcode = opcode};
     if (payload && length) {
         const auto *p = static_cast<const std::uint8_t *>(payload);
         request.payload.assign(p, p + length);
@@ -333,10 +298,7 @@ uint32_t mts_payload_length_get(const mts_msg *msg) {
 
 int32_t sdwrap_debug_dump(uint32_t handle, uint32_t node, uint32_t sap, const void *request, uint32_t length,
                           const char *func_name) {
-    qdtest::DebugDump dump;
-    dump.handle = handle;
-    dump.node = node;
-    dump.sap = sap;
+    qdtest::DebugDump dump{.handle = handle, .node = node, .sap = sap};
     if (request && length) {
         const auto *p = static_cast<const std::uint8_t *>(request);
         dump.request.assign(p, p + length);
@@ -349,7 +311,8 @@ int32_t sdwrap_debug_dump(uint32_t handle, uint32_t node, uint32_t sap, const vo
 
 const char *syserr2str(int32_t code) {
     static std::string text;
-    text = qdtest::error_text_of(code);
+    const auto &texts = state().platform.error_texts;
+    text = texts.count(code) ? texts.at(code) : "error " + std::to_string(code);
     return text.c_str();
 }
 
@@ -557,11 +520,7 @@ int32_t pinfo_insert_arg(cmd_paraminfo *, cmd_param_arg *) {
 int32_t populate_param_arg(cmd_param_arg *, uint32_t param_type, uint32_t param_id, uint32_t a, uint32_t mask_low,
                            uint32_t mask_high, if_range *range) {
     auto &p = state().platform;
-    p.last_param_type = param_type;
-    p.last_param_id = param_id;
-    p.last_a = a;
-    p.last_mask_low = mask_low;
-    p.last_mask_high = mask_high;
+    p.next_call = {.param_type = param_type, .param_id = param_id, .a = a, .mask_low = mask_low, .mask_high = mask_high};
     p.range_word1_at_populate = range ? range->word1 : 0xffffffffu;
     return 0;
 }
@@ -569,7 +528,7 @@ int32_t populate_param_arg(cmd_param_arg *, uint32_t param_type, uint32_t param_
 int32_t invoke_enumeration_function(const char *lib_name, const char *enum_func, cmd_paraminfo *, enum_result *result,
                                     int32_t *status) {
     auto &p = state().platform;
-    qdtest::EnumCall call;
+    qdtest::EnumCall call = p.next_call;
     call.lib_name = lib_name ? lib_name : "";
     call.enum_func = enum_func ? enum_func : "";
     if (enum_func) {  // the descriptor block from enum_func on travels as one unit
@@ -579,11 +538,6 @@ int32_t invoke_enumeration_function(const char *lib_name, const char *enum_func,
         call.header_func = desc->header_func;
         call.selector = desc->selector;
     }
-    call.param_type = p.last_param_type;
-    call.param_id = p.last_param_id;
-    call.a = p.last_a;
-    call.mask_low = p.last_mask_low;
-    call.mask_high = p.last_mask_high;
     p.enum_calls.push_back(call);
     if (p.enum_passes.empty()) {
         *status = 0;

@@ -35,12 +35,12 @@ struct Reply {
     std::int32_t send_error = 0;  // non-zero: mts_send fails with it
     std::int32_t recv_error = 0;  // non-zero: mts_recv fails with it
     bool no_payload = false;      // mts_payload_get returns null
-    Bytes payload;
+    Bytes payload{};
 
-    static Reply bytes(Bytes payload);
-    static Reply send_failure(std::int32_t code);
-    static Reply recv_failure(std::int32_t code);
-    static Reply empty();
+    static Reply bytes(Bytes payload) { return {.payload = std::move(payload)}; }
+    static Reply send_failure(std::int32_t code) { return {.send_error = code}; }
+    static Reply recv_failure(std::int32_t code) { return {.recv_error = code}; }
+    static Reply empty() { return {.no_payload = true}; }
 };
 
 struct SentRequest {
@@ -48,7 +48,7 @@ struct SentRequest {
     std::uint32_t node = 0;
     std::uint32_t sap = 0;
     std::uint32_t opcode = 0;
-    Bytes payload;
+    Bytes payload{};
     mts_recv_opts recv_opts{};  // options of the receive that followed (zero if none)
     bool received = false;
 };
@@ -85,17 +85,17 @@ struct EnumPass {
 };
 
 struct EnumCall {
-    std::string lib_name;
-    std::string enum_func;
-    std::string show_func, aux_func, header_func;  // read from the block after enum_func
+    std::string lib_name{};
+    std::string enum_func{};
+    std::string show_func{}, aux_func{}, header_func{};  // read from the block after enum_func
     std::uint32_t selector = 0;
     std::uint32_t param_type = 0, param_id = 0, a = 0, mask_low = 0, mask_high = 0;
 };
 
 struct DebugDump {
     std::uint32_t handle = 0, node = 0, sap = 0;
-    Bytes request;
-    std::string func;
+    Bytes request{};
+    std::string func{};
     std::size_t stdout_pending = 0;  // bytes the caller had left in stdout's buffer
 };
 
@@ -153,7 +153,7 @@ struct Platform {
     std::deque<EnumPass> enum_passes;
     std::vector<EnumCall> enum_calls;
     int range_inits = 0, pinfo_copies = 0, arg_inserts = 0;
-    std::uint32_t last_param_type = 0, last_param_id = 0, last_a = 0, last_mask_low = 0, last_mask_high = 0;
+    EnumCall next_call;  // the argument populate_param_arg made, for the next enumeration
     std::uint32_t range_word1_at_populate = 0xffffffffu;
 
     void add_interface(std::uint32_t if_index, std::uint8_t type, std::string name, std::uint8_t slot = 0,
@@ -200,7 +200,6 @@ void put_be32(Bytes &b, std::size_t offset, std::uint32_t v);
 void put_host32(Bytes &b, std::size_t offset, std::uint32_t v);
 // 64-bit counter as two big-endian words, low word first.
 void put_be64_low_first(Bytes &b, std::size_t offset, std::uint64_t v);
-void put_host64(Bytes &b, std::size_t offset, std::uint64_t v);
 std::uint32_t get_host32(const Bytes &b, std::size_t offset);
 Bytes host32_bytes(std::uint32_t v);
 

@@ -2,14 +2,11 @@
 //
 //   qdcli_fuzz_replay <target> [directory...]  seeds, then every file of each directory
 //   qdcli_fuzz_replay --check-dirs <directory> every subdirectory names a target
-//   qdcli_fuzz_replay --write-seeds <directory> writes <directory>/<target>/seed-NN
-//   qdcli_fuzz_replay --list                   names of the targets
 //
 // An input whose run leaves the message ledger unhappy aborts the replay
 // with the ledger's findings and the input's name.
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -69,26 +66,8 @@ int check_dirs(const fs::path &root) {
     return unknown == 0 ? 0 : 1;
 }
 
-int write_seeds(const fs::path &root) {
-    for (std::size_t t = 0; t < qdfuzz::kTargetCount; ++t) {
-        const qdfuzz::Target &target = qdfuzz::kTargets[t];
-        const fs::path dir = root / target.name;
-        fs::create_directories(dir);
-        const std::vector<qdfuzz::Bytes> seeds = target.seeds();
-        for (std::size_t i = 0; i < seeds.size(); ++i) {
-            char name[32];
-            std::snprintf(name, sizeof name, "seed-%02zu", i);
-            std::ofstream out(dir / name, std::ios::binary);
-            out.write(reinterpret_cast<const char *>(seeds[i].data()), static_cast<std::streamsize>(seeds[i].size()));
-        }
-    }
-    return 0;
-}
-
 int usage() {
-    std::fputs("usage: qdcli_fuzz_replay <target> [directory...] | --check-dirs <directory> | "
-               "--write-seeds <directory> | --list\n",
-               stderr);
+    std::fputs("usage: qdcli_fuzz_replay <target> [directory...] | --check-dirs <directory>\n", stderr);
     return 2;
 }
 
@@ -97,12 +76,7 @@ int usage() {
 int main(int argc, char **argv) {
     if (argc < 2) return usage();
     const std::string first = argv[1];
-    if (first == "--list") {
-        for (std::size_t i = 0; i < qdfuzz::kTargetCount; ++i) std::fprintf(stderr, "%s\n", qdfuzz::kTargets[i].name);
-        return 0;
-    }
     if (first == "--check-dirs") return argc == 3 ? check_dirs(argv[2]) : usage();
-    if (first == "--write-seeds") return argc == 3 ? write_seeds(argv[2]) : usage();
     const qdfuzz::Target *target = find_target(first);
     if (target == nullptr) {
         std::fprintf(stderr, "no fuzz target named %s\n", first.c_str());

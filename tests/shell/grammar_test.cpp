@@ -123,31 +123,19 @@ TEST(Match, CosMapArgumentsInOrderWithTheirKinds) {
     EXPECT_TRUE(matched("no debug qd trace-level").no_form());
 }
 
-TEST(Match, QueueAndCosAreRangeChecked) {
-    EXPECT_EQ(error_of("wrr-queue cos-map 4 1"), "invalid queue \"4\": expected 0 to 3");
-    EXPECT_EQ(error_of("wrr-queue cos-map 1 8"), "invalid CoS value \"8\": expected 0 to 7");
-    EXPECT_EQ(error_of("wrr-queue cos-map 1 2 x"), "invalid CoS value \"x\": expected 0 to 7");
-    EXPECT_EQ(error_of("wrr-queue cos-map 1"), "incomplete command \"wrr-queue cos-map 1\": expected COS...");
-    EXPECT_EQ(error_of("debug qd show port 4294967296"), "invalid number \"4294967296\"");
+TEST(Match, AbbreviationsAndFullWords) {
+    const std::pair<const char *, const char *> cases[] = {
+        {"sh wrr cos", "show wrr-queue cos-map"},
+        {"sh q", "show queuing"},
+        // Later words settle an abbreviation that alone could be two words.
+        {"cl q st", "clear qos statistics"},
+        {"cl q co", "clear queuing counters"},
+        // "port" is a word of its own (it takes a number), not "ports" shortened.
+        {"debug qd show port 3", "debug qd show port NUMBER"},
+        {"debug qd show ports", "debug qd show ports"},
+    };
+    for (const auto &[line, pattern] : cases) EXPECT_EQ(matched(line).pattern, pattern) << line;
 }
-
-TEST(Match, AbbreviationsAndAmbiguity) {
-    EXPECT_EQ(matched("sh wrr cos").pattern, "show wrr-queue cos-map");
-    EXPECT_EQ(matched("sh q").pattern, "show queuing");
-    // Later words settle an abbreviation that alone could be two words.
-    EXPECT_EQ(matched("cl q st").pattern, "clear qos statistics");
-    EXPECT_EQ(matched("cl q co").pattern, "clear queuing counters");
-    EXPECT_EQ(error_of("debug qd show s"), "ambiguous command word \"s\": may be summary, sup");
-    EXPECT_EQ(error_of("cl q"), "ambiguous command word \"q\": may be queuing, qos");
-}
-
-TEST(Match, AWordTypedInFullIsNotTakenForAnAbbreviation) {
-    // "port" is a word of its own (it takes a number), not "ports" shortened.
-    EXPECT_EQ(error_of("debug qd show port"), "incomplete command \"debug qd show port\": expected NUMBER");
-    EXPECT_EQ(matched("debug qd show port 3").cmd_id, 23u);
-    EXPECT_EQ(matched("debug qd show ports").cmd_id, 8u);
-}
-
 TEST(Match, InterfaceForms) {
     const qdsh::MatchResult ext = match_line("show queuing interface ethernet 1/1 extended");
     ASSERT_TRUE(ext.ok) << ext.error;
@@ -159,6 +147,8 @@ TEST(Match, InterfaceForms) {
     ASSERT_TRUE(list.ok) << list.error;
     EXPECT_EQ(list.match.command->handler, "qd_cli_show_queuing_interface");
     EXPECT_EQ(list.match.params.at(0).values, (std::vector<std::string>{"eth1/1-3,", "e1/5", "ethernet", "1/7"}));
+    // A type word written apart from its numbers is still an interface.
+    EXPECT_EQ(match_line("show queuing interface ethernet 1/1 ethernet 1/2").match.params.at(0).values.size(), 4u);
 
     const qdsh::MatchResult all = match_line("show queuing interface");
     ASSERT_TRUE(all.ok);
@@ -166,16 +156,6 @@ TEST(Match, InterfaceForms) {
 
     EXPECT_EQ(matched("clear queuing counters interface eth1/2").handler, "qd_cli_clear_queuing_interface");
     EXPECT_EQ(matched("show queuing host-interface Ethernet101/1/1").call, Call::pinfo_if_name);
-}
-
-TEST(Match, ACommandWordIsNotTakenForAnInterface) {
-    // The extended form with a word too many is told as such, not as an
-    // interface list naming "extended".
-    EXPECT_EQ(error_of("show queuing interface eth1/1 extended now"),
-              "unexpected \"now\" after \"show queuing interface eth1/1 extended\"");
-    EXPECT_EQ(error_of("show queuing interface extended"), "expected an interface, not the command word \"extended\"");
-    // A type word written apart from its numbers is still an interface.
-    EXPECT_EQ(match_line("show queuing interface ethernet 1/1 ethernet 1/2").match.params.at(0).values.size(), 4u);
 }
 
 TEST(Match, DetailWordBecomesAnArgument) {
@@ -192,16 +172,30 @@ TEST(Match, RawParametersKeepTheRestOfTheLine) {
     ASSERT_TRUE(r.ok) << r.error;
     EXPECT_EQ(r.match.params.at(0).values.at(0), "/interfaces/0/counters");
     EXPECT_EQ(r.match.params.at(1).values.at(0), "{\"rx\": 1,  \"tx\": 2}");
-    EXPECT_EQ(error_of("sim show interfaces"), "invalid JSON pointer \"interfaces\": it starts with /");
 }
 
 TEST(Match, ErrorsNameWhatWasWrong) {
-    EXPECT_EQ(error_of("no such command"), "unexpected \"such\" after \"no\": expected wrr-queue, debug");
-    EXPECT_EQ(error_of("frobnicate"), "unknown command \"frobnicate\" (\"help\" lists the commands)");
-    EXPECT_EQ(error_of("show wrr-queue cos-map now"), "unexpected \"now\" after \"show wrr-queue cos-map\"");
-    EXPECT_EQ(error_of("show wrr-queue"), "incomplete command \"show wrr-queue\": expected cos-map");
-    EXPECT_EQ(error_of("show bogus"),
-              "unexpected \"bogus\" after \"show\": expected wrr-queue, queuing, system, logging, vaq");
+    const std::pair<const char *, const char *> cases[] = {
+        {"wrr-queue cos-map 4 1", "invalid queue \"4\": expected 0 to 3"},
+        {"wrr-queue cos-map 1 8", "invalid CoS value \"8\": expected 0 to 7"},
+        {"wrr-queue cos-map 1 2 x", "invalid CoS value \"x\": expected 0 to 7"},
+        {"wrr-queue cos-map 1", "incomplete command \"wrr-queue cos-map 1\": expected COS..."},
+        {"debug qd show port 4294967296", "invalid number \"4294967296\""},
+        {"debug qd show s", "ambiguous command word \"s\": may be summary, sup"},
+        {"cl q", "ambiguous command word \"q\": may be queuing, qos"},
+        {"debug qd show port", "incomplete command \"debug qd show port\": expected NUMBER"},
+        // The extended form with a word too many is told as such, not as an
+        // interface list naming "extended".
+        {"show queuing interface eth1/1 extended now", "unexpected \"now\" after \"show queuing interface eth1/1 extended\""},
+        {"show queuing interface extended", "expected an interface, not the command word \"extended\""},
+        {"sim show interfaces", "invalid JSON pointer \"interfaces\": it starts with /"},
+        {"no such command", "unexpected \"such\" after \"no\": expected wrr-queue, debug"},
+        {"frobnicate", "unknown command \"frobnicate\" (\"help\" lists the commands)"},
+        {"show wrr-queue cos-map now", "unexpected \"now\" after \"show wrr-queue cos-map\""},
+        {"show wrr-queue", "incomplete command \"show wrr-queue\": expected cos-map"},
+        {"show bogus", "unexpected \"bogus\" after \"show\": expected wrr-queue, queuing, system, logging, vaq"},
+    };
+    for (const auto &[line, error] : cases) EXPECT_EQ(error_of(line), error) << line;
 }
 
 // ---- "?" and completion ----

@@ -44,24 +44,6 @@ TEST_F(ClockTest, RatesMirrorTheirCountersThroughObjectsAndArrays) {
     EXPECT_EQ(value(base + "/q/1/n"), 14u);
 }
 
-TEST_F(ClockTest, RatesForMissingOrNonCounterMembersAreRefused) {
-    qdsim::ScenarioError e;
-    EXPECT_FALSE(qdsim::load_scenario_text(R"({
-  "ethernet": [{"slot": 1, "ports": 1}],
-  "extenders": [{"number": 101, "slot": 9, "uplink": "Ethernet1/1", "ports": 1,
-                 "description": "x", "rates": {"drops": 1}}]
-})", "rates.json", e));
-    EXPECT_EQ(e.line, 4u);
-    EXPECT_EQ(e.column, 48u);
-    EXPECT_NE(e.reason.find("no member \"drops\" beside these rates"), std::string::npos) << e.message();
-    EXPECT_FALSE(qdsim::load_scenario_text(R"({"extends": "default", "rates": {"nothing": 1}})", "rates.json", e));
-    EXPECT_NE(e.reason.find("no member \"nothing\""), std::string::npos) << e.message();
-    EXPECT_FALSE(qdsim::load_scenario_text(
-        R"({"extends": "default", "interfaces": {"Ethernet101/1/1": {"qos_counters": {"rates": {"tx_queue_drops": -1}}}}})",
-        "rates.json", e));
-    EXPECT_NE(e.reason.find("a rate is not negative"), std::string::npos) << e.message();
-}
-
 TEST_F(ClockTest, AServiceThatReplacesASectionKeepsTheRatesWorking) {
     const qdsim::Interface *host = qdsim::current_model().find_interface("Ethernet101/1/1");
     host->data.edit()["qos_counters"] = {{"tx_queue_drops", 100}, {"rates", {{"tx_queue_drops", 3}}}};

@@ -15,23 +15,22 @@ constexpr std::uint32_t kNode = 0x777;
 constexpr std::uint32_t kSap = 9000;
 constexpr std::uint32_t kOpcode = 1;
 
+// A service at node kNode, opcode kOpcode and the given SAP.
+qdsim::mts::Service service_at(const char *name, std::uint32_t sap,
+                               std::function<qdsim::mts::Delivery(const qdsim::mts::Request &)> handle) {
+    return {name, kNode, sap, kOpcode, 0, std::move(handle)};
+}
+
 // A service that answers each request with its bytes in reverse order.
 class RouterTest : public SimTest {
 protected:
     void SetUp() override {
         SimTest::SetUp();
-        qdsim::mts::Service echo;
-        echo.name = "reverser";
-        echo.node = kNode;
-        echo.sap = kSap;
-        echo.opcode = kOpcode;
-        echo.recv_word2 = 0;
-        echo.handle = [](const qdsim::mts::Request &r) {
+        service = qdsim::mts::register_service(service_at("reverser", kSap, [](const qdsim::mts::Request &r) {
             Bytes reply(r.data, r.data + r.length);
             std::reverse(reply.begin(), reply.end());
             return qdsim::mts::Delivery::reply(reply);
-        };
-        service = qdsim::mts::register_service(echo);
+        }));
         ASSERT_NE(service, 0u);
     }
     void TearDown() override {
@@ -161,13 +160,8 @@ TEST_F(RouterTest, ClosedOrUnknownHandlesAreRefused) {
 }
 
 TEST_F(RouterTest, AnEmptyReplyHasNoPayloadAndLengthZero) {
-    qdsim::mts::Service silent;
-    silent.name = "silent";
-    silent.node = kNode;
-    silent.sap = kSap + 1;
-    silent.opcode = kOpcode;
-    silent.handle = [](const qdsim::mts::Request &) { return qdsim::mts::Delivery::no_payload(); };
-    const auto id = qdsim::mts::register_service(silent);
+    const auto id = qdsim::mts::register_service(
+        service_at("silent", kSap + 1, [](const qdsim::mts::Request &) { return qdsim::mts::Delivery::no_payload(); }));
     const Exchange ex = exchange(handle, kNode, kSap + 1, kOpcode, "x", 1, 0);
     EXPECT_EQ(ex.recv_rc, 0);
     EXPECT_FALSE(ex.has_payload);
@@ -175,13 +169,9 @@ TEST_F(RouterTest, AnEmptyReplyHasNoPayloadAndLengthZero) {
 }
 
 TEST_F(RouterTest, AServiceThatBreaksDownLosesItsReplyNotTheHost) {
-    qdsim::mts::Service broken;
-    broken.name = "broken";
-    broken.node = kNode;
-    broken.sap = kSap + 2;
-    broken.opcode = kOpcode;
-    broken.handle = [](const qdsim::mts::Request &) -> qdsim::mts::Delivery { throw std::runtime_error("bad section"); };
-    const auto id = qdsim::mts::register_service(broken);
+    const auto id = qdsim::mts::register_service(service_at("broken", kSap + 2, [](const qdsim::mts::Request &) -> qdsim::mts::Delivery {
+        throw std::runtime_error("bad section");
+    }));
     const Exchange ex = exchange(handle, kNode, kSap + 2, kOpcode, "x", 1, 0);
     qdsim::mts::unregister_service(id);
     EXPECT_EQ(ex.send_rc, 0);
@@ -190,13 +180,10 @@ TEST_F(RouterTest, AServiceThatBreaksDownLosesItsReplyNotTheHost) {
 }
 
 TEST_F(RouterTest, AnAddressIsServedOnce) {
-    qdsim::mts::Service again;
-    again.name = "second reverser";
-    again.node = kNode;
-    again.sap = kSap;
-    again.opcode = kOpcode;
-    again.handle = [](const qdsim::mts::Request &) { return qdsim::mts::Delivery::no_payload(); };
-    EXPECT_EQ(qdsim::mts::register_service(again), 0u);
+    EXPECT_EQ(qdsim::mts::register_service(service_at("second reverser", kSap, [](const qdsim::mts::Request &) {
+                  return qdsim::mts::Delivery::no_payload();
+              })),
+              0u);
 }
 
 }  // namespace

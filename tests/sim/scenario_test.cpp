@@ -49,61 +49,134 @@ TEST_F(ScenarioTest, TheEmbeddedDefaultIsASmallChassis) {
     EXPECT_NE(qdsim::default_scenario_text().find("\"extenders\""), std::string::npos);
 }
 
-TEST_F(ScenarioTest, SyntaxErrorsNameTheLineAndColumn) {
-    const ScenarioError e = refused("{\n  \"platform\": {\"type\": 2,}\n}\n");
-    EXPECT_EQ(e.file, "test.json");
-    EXPECT_EQ(e.line, 2u);
-    EXPECT_EQ(e.column, 26u);  // the stray }
-    EXPECT_NE(e.message().find("test.json:2:26: "), std::string::npos) << e.message();
+// Line 1 declares a line card and extender 101; a case's own part is line 2.
+const std::string kHead = R"({"ethernet": [{"slot": 1, "ports": "1-2"}],)"
+                          R"( "extenders": [{"number": 101, "slot": 33, "uplink": "Ethernet1/2", "ports": 1}],)"
+                          "\n";
+std::string ethernet(const std::string &s) { return kHead + R"( "interfaces": {"Ethernet1/1": )" + s + "}}"; }
+std::string extender(const std::string &s) { return kHead + R"( "defaults": {"extender": )" + s + "}}"; }
+std::string host(const std::string &s) {
+    return kHead + R"( "interfaces": {"Ethernet101/1/1": {"hif_queuing": )" + s + "}}}";
+}
+std::string vaq_drops(const std::string &s) {
+    return R"({"ethernet": [{"slot": 1, "ports": 1}], "extenders": [{"number": 101, "slot": 33,)"
+           R"( "uplink": "Ethernet1/1", "ports": 1, "vaq_drops": )" + s + "}]}";
+}
+std::string switch_report(const std::string &s) { return kHead + R"( "switch_report": )" + s + "}"; }
+std::string repeated(const std::string &member, int n, int modulo) {
+    std::string out;
+    for (int i = 0; i < n; ++i) out += (i ? ", {\"" : "{\"") + member + "\": " + std::to_string(i % modulo) + "}";
+    return out;
 }
 
-TEST_F(ScenarioTest, DuplicateMembersAreRefusedAtTheSecondName) {
-    const ScenarioError e = refused("{\"cos_map\": [0,0,0,0,0,0,0,0],\n \"cos_map\": []}");
-    EXPECT_EQ(e.line, 2u);
-    EXPECT_EQ(e.column, 2u);
-    EXPECT_NE(e.reason.find("duplicate member \"cos_map\""), std::string::npos);
-}
-
-TEST_F(ScenarioTest, SemanticErrorsPointAtTheOffendingValue) {
-    struct Case {
-        const char *text;
-        std::size_t line, column;
-        const char *reason;
+// Every refusal names the file, the line and column of the wrong value
+// (when `at` is given) and why; the switch loaded before stays.
+TEST_F(ScenarioTest, RefusalsNameWhereAndWhy) {
+    const std::string eth = "at /interfaces/Ethernet1~11/", hif = "at /interfaces/Ethernet101~11~11/hif_queuing/";
+    const struct {
+        std::string text, at, reason;
     } cases[] = {
-        {"{\"ethernet\": [{\"slot\": 1, \"ports\": \"1-48\"},\n               {\"slot\": 1, \"ports\": \"40-50\"}]}", 2, 37,
+        {"{\n  \"platform\": {\"type\": 2,}\n}\n", "2:26", ""},  // the stray }
+        {"{\"cos_map\": [0,0,0,0,0,0,0,0],\n \"cos_map\": []}", "2:2", "duplicate member \"cos_map\""},
+        {"{\"ethernet\": [{\"slot\": 1, \"ports\": \"1-48\"},\n               {\"slot\": 1, \"ports\": \"40-50\"}]}", "2:37",
          "interface Ethernet1/40 declared twice"},
-        {"{\"ethernet\": [{\"slot\": 300, \"ports\": 1}]}", 1, 24, "300 is out of range 1-255"},
-        {"{\"ethernet\": [{\"slot\": \"one\", \"ports\": 1}]}", 1, 24, "expected an unsigned integer"},
-        {"{\"ethernet\": [{\"slot\": 1, \"ports\": \"9-3\"}]}", 1, 36, "not within 1-256 in ascending order"},
-        {"{\"defaults\": {\"ethernet\": {}, \"fibre\": {}}}", 1, 31, "unknown interface kind \"fibre\""},
-        {"{\"cos_map\": [0, 1, 2, 3, 4, 0, 0, 0]}", 1, 26, "4 is out of range 0-3"},
-        {"{\"ethernet\": [{\"slot\": 1, \"ports\": 1, \"type\": 31}]}", 1, 47, "type 26 or 1"},
-        {"{\"frobnicate\": 1}", 1, 2, "unknown section \"frobnicate\""},
-        {"{\"ethernet\": [{\"slot\": 1, \"ports\": 1}],\n \"interfaces\": {\"Ethernet1/2\": {}}}", 2, 17,
+        {"{\"ethernet\": [{\"slot\": 300, \"ports\": 1}]}", "1:24", "300 is out of range 1-255"},
+        {"{\"ethernet\": [{\"slot\": \"one\", \"ports\": 1}]}", "1:24", "expected an unsigned integer"},
+        {"{\"ethernet\": [{\"slot\": 1, \"ports\": \"9-3\"}]}", "1:36", "not within 1-256 in ascending order"},
+        {"{\"ethernet\": [{\"slot\": 1, \"ports\": \"1-100000\"}]}", "1:36",
+         "port range \"1-100000\" is not within 1-256 in ascending order"},
+        {"{\"ethernet\": [{\"slot\": 1, \"ports\": \"1-99999999999999999999\"}]}", "1:36",
+         "port range \"1-99999999999999999999\" is not within 1-256 in ascending order"},
+        {"{\"ethernet\": [{\"slot\": 1, \"ports\": \"1-x\"}]}", "1:36", "port range \"1-x\" is not N or N-M"},
+        {"{\"defaults\": {\"ethernet\": {}, \"fibre\": {}}}", "1:31", "unknown interface kind \"fibre\""},
+        {"{\"cos_map\": [0, 1, 2, 3, 4, 0, 0, 0]}", "1:26", "4 is out of range 0-3"},
+        {"{\"ethernet\": [{\"slot\": 1, \"ports\": 1, \"type\": 31}]}", "1:47", "type 26 or 1"},
+        {"{\"frobnicate\": 1}", "1:2", "unknown section \"frobnicate\""},
+        {"{\"ethernet\": [{\"slot\": 1, \"ports\": 1}],\n \"interfaces\": {\"Ethernet1/2\": {}}}", "2:17",
          "no interface named \"Ethernet1/2\""},
-        {"{\"ethernet\": [{\"slot\": 1, \"ports\": 1, \"queueing\": {}}]}", 1, 39, "unknown section \"queueing\""},
+        {"{\"ethernet\": [{\"slot\": 1, \"ports\": 1, \"queueing\": {}}]}", "1:39", "unknown section \"queueing\""},
         {"{\"ethernet\": [{\"slot\": 1, \"ports\": 1}],\n \"extenders\": [{\"number\": 101, \"slot\": 1, \"uplink\": \"Ethernet1/1\"}]}",
-         2, 40, "slot 1 holds a line card"},
+         "2:40", "slot 1 holds a line card"},
         {"{\"ethernet\": [{\"slot\": 1, \"ports\": 1}],\n \"extenders\": [{\"number\": 101, \"slot\": 9, \"uplink\": \"Ethernet1/2\"}]}",
-         2, 53, "no Ethernet interface named \"Ethernet1/2\""},
+         "2:53", "no Ethernet interface named \"Ethernet1/2\""},
+        {"{\"description\": " + std::string(100, '[') + std::string(100, ']') + "}", "1:80", "nest deeper than 64"},
+        // Rates stand beside counters, and are not negative.
+        {R"({"ethernet": [{"slot": 1, "ports": 1}],
+  "extenders": [{"number": 101, "slot": 9, "uplink": "Ethernet1/1", "ports": 1, "rates": {"drops": 1}}]})",
+         "2:91", "no member \"drops\" beside these rates"},
+        {R"({"extends": "default", "rates": {"nothing": 1}})", "", "no member \"nothing\""},
+        {R"({"extends": "default", "interfaces": {"Ethernet101/1/1": {"qos_counters": {"rates": {"tx_queue_drops": -1}}}}})",
+         "", "a rate is not negative"},
+        // Sections written in a template are refused where the template wrote them.
+        {kHead + R"( "defaults": {"host": {"qos_counters": {"tx_queue_drops": -4}}}})", "2:59",
+         "at /defaults/host/qos_counters/tx_queue_drops: expected a counter"},
+        {kHead + R"( "defaults": {"ethernet": {"queuing": {"qos_groups": [{"qos_group": 0, "mtu": 65536}]}}}})", "2:79",
+         "at /defaults/ethernet/queuing/qos_groups/0/mtu: 65536 is above the maximum 65535"},
+        {R"({"extends": "default",
+  "defaults": {"host": {"hif_queuing": {"queues": [{"queue_id": 1, "bandwidth": 101}]}}}})",
+         "2:81", "at /defaults/host/hif_queuing/queues/0/bandwidth: 101 is above the maximum 100"},
+        // The Ethernet sections.
+        {ethernet(R"({"queuing": {"qos_groups": [{"qos_group": 0, "bandwith": 50}]}})"), "2:89", eth + "queuing/qos_groups/0/bandwith: unknown member \"bandwith\""},
+        {ethernet(R"({"queuing": {"qos_groups": [{"qos_group": 1}, {"qos_group":1}]}})"), "2:91", "qos-group 1 is listed twice"},
+        {ethernet(R"({"queuing": {"qos_groups": [{"qos_group": 8}]}})"), "2:74", "8 is above the maximum 7"},
+        {ethernet(R"({"queuing": {"qos_groups": [{"qos_group": 0, "bandwidth": 101}]}})"), "2:90", "above the maximum 100"},
+        {ethernet(R"({"queuing": {"qos_groups": [{"bandwidth": 10}]}})"), "2:60", "names its \"qos_group\""},
+        {ethernet(R"({"queuing": {"qos_groups": [)" + repeated("qos_group", 9, 8) + "]}}"), "2:59", "at most 8 qos-groups, found 9"},
+        {ethernet(R"({"queuing": {"counters": {"mcast_tail_drops": -1}}})"), "2:78", "expected a counter"},
+        {ethernet(R"({"queuing": {"supported": "yes"}})"), "2:58", "expected true or false"},
+        {ethernet(R"({"extended": {"sp_level": [0, 0, 0, 0, 0, 0, 1]}})"), "2:58", "expected 8 elements, found 7"},
+        {ethernet(R"({"extended": {"drop_mode_bits": "0x100"}})"), "2:64", "256 is above the maximum 255"},
+        {ethernet(R"({"extended": {"counters": {"pass": [[0, 0, 0, 0, 0, 0, 0, 0]]}}})"), "2:67", "expected 3 elements"},
+        // The extenders' internal ports.
+        {extender(R"({"internal_ports": [{"glb_idx": 0, "kind": "hif"}]})"), "2:70", "\"kind\" is \"enif\""},
+        {extender(R"({"internal_ports": [{"glb_idx": 0, "kind": "enif"}, {"glb_idx": 2, "kind": "enif"}]})"), "2:91",
+         "glb_idx 2 of an enif port: the 2 enif ports are numbered 0 to 1"},
+        {extender(R"({"internal_ports": [{"glb_idx": 0, "kind": "ihif"}, {"glb_idx":0, "kind": "ihif"}]})"), "2:90",
+         "glb_idx 0 is given to two ihif ports"},
+        {extender(R"({"internal_ports": [{"glb_idx": 0, "kind": "enif", "nif_class": 1}]})"), "2:91", "only an iNIF"},
+        {extender(R"({"internal_ports": [{"glb_idx": 0, "kind": "ihif", "port_type": 2}]})"), "2:91", "type 2 is a NIF"},
+        {extender(R"({"internal_ports": [)" + repeated("glb_idx", 256, 256) + "]}"), "2:46", "at most 255 internal ports, found 256"},
+        // Host-interface queuing.
+        {host(R"({"queues": [{"queue_id": 10}]})"), "2:77", hif + "queues/0/queue_id: 10 is above the maximum 9"},
+        {host(R"({"queues": [{"queue_id": 2}, {"queue_id": 2}]})"), "2:94", hif + "queues/1/queue_id: queue id 2 is listed twice"},
+        {host(R"({"queues": [{"queue_id": 2, "qos_groups": [8]}]})"), "2:95", hif + "queues/0/qos_groups/0: 8 is above the maximum 7"},
+        {host(R"({"input_buffers": [{}, {}, {}, {}, {}, {}, {}, {}, {}]})"), "2:70", hif + "input_buffers: at most 8 input buffers, found 9"},
+        {host(R"({"input_buffers": [{"cos": [3, 3]}]})"), "2:83", hif + "input_buffers/0/cos/1: cos 3 is listed twice"},
+        {host(R"({"input_buffers": [{"qos_groups": [1], "unsupported_qos_groups": [1]}]})"), "2:118",
+         hif + "input_buffers/0/unsupported_qos_groups/0: qos-group 1 is listed as supported too"},
+        {host(R"({"stats_format": 256})"), "2:69", hif + "stats_format: 256 is above the maximum 255"},
+        {host(R"({"queue_limit": "none"})"), "2:68", hif + "queue_limit: expected a number of bytes, or null for none"},
+        {host(R"({"cos_qos_group": [1, 1, 1, 1, 1, 1, 1, 1]})"), "2:70", hif + "cos_qos_group: at most 7 qos-group maps (cos 0 to 6), found 8"},
+        {host(R"({"queue_stats": [{"queue_id": 1, "counters": {"rx": -1}}]})"), "2:104",
+         hif + "queue_stats/0/counters/rx: expected a counter (an unsigned integer)"},
+        {host(R"({"pfc": true})"), "2:60", hif + "pfc: unknown member \"pfc\""},
+        // The switch-wide report names a host interface.
+        {switch_report(R"({"host_interface": "Ethernet1/1"})"), "", "at /switch_report/host_interface: no host interface named \"Ethernet1/1\""},
+        {switch_report(R"({"host_interface": "Ethernet101/1/4"})"), "", "no host interface named \"Ethernet101/1/4\""},
+        {switch_report(R"({"host_interface": 5})"), "", "at /switch_report/host_interface: expected the name of a host interface, or null"},
+        {switch_report(R"({"full_report": "yes"})"), "", "at /switch_report/full_report: expected true or false"},
+        {switch_report(R"({"host": "Ethernet101/1/1"})"), "", "unknown member \"host\""},
+        // The extenders' no-credit drop counters: what the reply cannot carry.
+        {vaq_drops(R"({"asics": [{"ss_drops": []}, {"ss_drops": []}, {"ss_drops": []}, {"ss_drops": []}, {"ss_drops": []}]})"), "",
+         "vaq_drops/asics: 5 ASICs, an extender reports at most 4"},
+        {vaq_drops(R"({"asics": [{"ss_drops": [0,0,0,0,0,0,0,0,0,0,0,0,0]}]})"), "", "vaq_drops/asics/0/ss_drops: 13 SS, an ASIC reports at most 12"},
+        {vaq_drops(R"({"asics": [{"ss_drops": [3, 16]}]})"), "", "vaq_drops/asics/0/ss_drops/1: 16 is above the maximum 15"},
+        {vaq_drops(R"({"asics": [{"ss_drops": [-1]}]})"), "", "vaq_drops/asics/0/ss_drops/0: expected an unsigned integer"},
+        {vaq_drops(R"({"asics": [{"ss_drops": [1]}], "rates": {"asics": {"ss_drops": 1}}})"), "", "vaq_drops/rates: the drop counters saturate at 15"},
+        {vaq_drops(R"({"asics": [{"ss_drops": [1], "rates": {"ss_drops": 1}}]})"), "", "vaq_drops/asics/0/rates: the drop counters saturate at 15"},
+        {vaq_drops(R"({"asics": [{"ss": [1]}]})"), "", "unknown member \"ss\""},
+        {vaq_drops(R"({"asics": [{}]})"), "", "vaq_drops/asics/0: an ASIC lists the drop counts of its SS in \"ss_drops\""},
+        {vaq_drops(R"({"asics": {"ss_drops": []}})"), "", "vaq_drops/asics: expected an array"},
+        // The default's own extenders are overridden; an entry is refused where it was written.
+        {R"({"extends": "default", "extenders": [
+        {"number": 101, "slot": 33, "uplink": "Ethernet1/48"}, {"number": 102, "slot": 34, "uplink": "Ethernet2/48",
+         "vaq_drops": {"asics": [{"ss_drops": [20]}]}}]})", "3:", "20 is above the maximum 15"},
     };
-    for (const Case &c : cases) {
-        const ScenarioError e = refused(c.text);
-        EXPECT_EQ(e.line, c.line) << c.text << "\n" << e.message();
-        EXPECT_EQ(e.column, c.column) << c.text << "\n" << e.message();
-        EXPECT_NE(e.reason.find(c.reason), std::string::npos) << e.message();
+    for (const auto &c : cases) {
+        const std::string message = refused(c.text).message();
+        EXPECT_EQ(message.rfind("test.json:" + c.at, 0), 0u) << c.text << "\n" << message;
+        EXPECT_NE(message.find(c.reason), std::string::npos) << c.text << "\n" << message;
     }
-}
-
-TEST_F(ScenarioTest, DeepNestingIsRefusedNotRecursedInto) {
-    const ScenarioError e = refused("{\"description\": " + std::string(100, '[') + std::string(100, ']') + "}");
-    EXPECT_EQ(e.line, 1u);
-    EXPECT_EQ(e.column, 80u);
-    EXPECT_NE(e.reason.find("nest deeper than 64"), std::string::npos) << e.message();
-}
-
-TEST_F(ScenarioTest, ARefusedScenarioKeepsTheCurrentSwitch) {
-    refused("{\"ethernet\": [{\"slot\": 0, \"ports\": 1}]}");
     EXPECT_EQ(qdsim::interfaces().size(), 192u);
 }
 
@@ -121,17 +194,6 @@ TEST_F(ScenarioTest, DataMergesFromDefaultsThenDeclarationThenInterface) {
     EXPECT_EQ(qdsim::get_u64(*plain->data, "/qos_counters/tx_queue_drops"), 1u);
     EXPECT_EQ(qdsim::get_u64(*special->data, "/qos_counters/tx_queue_drops"), 9u);
     EXPECT_EQ(qdsim::get_u64(*special->data, "/qos_counters/other"), 5u);  // deep merge keeps the rest
-}
-
-TEST_F(ScenarioTest, SectionErrorsInsideTemplatesPointAtTheTemplate) {
-    const ScenarioError e = refused(R"({
-  "defaults": {"host": {"qos_counters": {"tx_queue_drops": -4}}},
-  "ethernet": [{"slot": 1, "ports": 1}],
-  "extenders": [{"number": 150, "slot": 20, "uplink": "Ethernet1/1", "ports": 1}]
-})");
-    EXPECT_EQ(e.line, 2u);
-    EXPECT_EQ(e.column, 60u);
-    EXPECT_NE(e.reason.find("/defaults/host/qos_counters/tx_queue_drops"), std::string::npos) << e.message();
 }
 
 TEST_F(ScenarioTest, RegisteredSectionsCheckTheirValuesWhereverTheyWereWritten) {
@@ -195,7 +257,8 @@ TEST_F(ScenarioTest, TheShippedExamplesLoad) {
     for (const char *name : {"platform-1.json", "platform-2.json", "platform-3.json"}) {
         ScenarioError e;
         ASSERT_TRUE(qdsim::load_scenario_file(std::string(QDSIM_SOURCE_DIR) + "/scenarios/" + name, e)) << e.message();
-        // Its state loads back as the same switch.
+        qdsim::advance_clock(4);
+        // Its state, the clock's work included, loads back as the same switch.
         const std::string state = qdsim::dump_state_json();
         ASSERT_TRUE(qdsim::load_scenario_text(state, name, e)) << e.message();
         EXPECT_EQ(qdsim::dump_state_json(), state) << name;

@@ -19,14 +19,6 @@ TEST_F(StateTest, TheDumpHoldsEveryInterfaceWithItsDefaultsApplied) {
     EXPECT_FALSE(state.contains("defaults"));
 }
 
-TEST_F(StateTest, ADumpLoadsBackAsTheSameSwitch) {
-    qdsim::advance_clock(4);
-    const std::string before = qdsim::dump_state_json();
-    qdsim::ScenarioError e;
-    ASSERT_TRUE(qdsim::load_scenario_text(before, "dump.json", e)) << e.message();
-    EXPECT_EQ(qdsim::dump_state_json(), before);
-}
-
 TEST_F(StateTest, ABadValueIsRefusedAndTheStateKept) {
     std::string error;
     const std::string before = qdsim::dump_state_json();
@@ -42,6 +34,8 @@ TEST_F(StateTest, ABadValueIsRefusedAndTheStateKept) {
     EXPECT_FALSE(qdsim::set_state_value("/cos_map/0", "{not json", error));
     EXPECT_NE(error.find("not JSON"), std::string::npos) << error;
     EXPECT_FALSE(qdsim::set_state_value("cos_map", "1", error));
+    EXPECT_FALSE(qdsim::set_state_value("/extenders/0/vaq_drops/asics/0/ss_drops/0", "16", error));
+    EXPECT_NE(error.find("16 is above the maximum 15"), std::string::npos) << error;
     EXPECT_EQ(qdsim::dump_state_json(), before);
 }
 

@@ -130,14 +130,19 @@ TEST_F(CosMapTest, PlatformRefusalsRunOppositeWays) {
     }
 }
 
-TEST_F(CosMapTest, NullRecordReturnsOneAndDoesNothing) {
+// Without the shell's record the configuration and diagnostic handlers
+// refuse with 1 and do nothing at all.
+TEST_F(CosMapTest, NullRecordsAreRefusedAndNothingIsDone) {
     const std::string out = capture_stdout([] {
-        EXPECT_EQ(qd_cli_conf_wrrqueue_cosmap(nullptr), 1);
-        EXPECT_EQ(qd_cli_no_wrrqueue_cosmap(nullptr), 1);
-        EXPECT_EQ(qd_cli_show_wrrqueue_cosmap(nullptr), 1);
+        for (auto handler : {qd_cli_conf_wrrqueue_cosmap, qd_cli_no_wrrqueue_cosmap, qd_cli_show_wrrqueue_cosmap,
+                             qd_cli_show_memstats, qd_cli_debug_show_intf, qd_cli_debug_show_all})
+            EXPECT_EQ(handler(nullptr), 1);
+        EXPECT_EQ(qdcli_interface_qoslimit_range_get(nullptr, nullptr, nullptr), 1);
+        EXPECT_EQ(qdcli_pdcli_cmd_qd_def_get(nullptr, nullptr, nullptr), 1);
     });
     EXPECT_EQ(out, "");
     EXPECT_TRUE(pf().sent.empty());
+    EXPECT_TRUE(pf().debug_dumps.empty());
     EXPECT_EQ(pf().platform_type_queries, 0);
 }
 

@@ -50,9 +50,4 @@ TEST_F(QosLimitTest, ListedAndUnlistedCards) {
     EXPECT_EQ(default_for(184), 1u);
 }
 
-TEST_F(QosLimitTest, NullRecordsAreLeftAlone) {
-    EXPECT_EQ(qdcli_interface_qoslimit_range_get(nullptr, nullptr, nullptr), 1);
-    EXPECT_EQ(qdcli_pdcli_cmd_qd_def_get(nullptr, nullptr, nullptr), 1);
-}
-
 }  // namespace

@@ -46,16 +46,6 @@ protected:
     }
 };
 
-TEST_F(DebugDumpTest, NullRecordReturnsOneAndSendsNothing) {
-    const std::string out = capture_stdout([] {
-        EXPECT_EQ(qd_cli_show_memstats(nullptr), 1);
-        EXPECT_EQ(qd_cli_debug_show_intf(nullptr), 1);
-        EXPECT_EQ(qd_cli_debug_show_all(nullptr), 1);
-    });
-    EXPECT_EQ(out, "");
-    EXPECT_TRUE(pf().debug_dumps.empty());
-}
-
 TEST_F(DebugDumpTest, ShowIntfSendsSelectorNineWithTheInterface) {
     Command command;
     command.handle(4).id(17).arg_u32(0, 0x1a003000u, PARAM_ID_IF_INDEX);

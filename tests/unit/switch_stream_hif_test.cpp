@@ -42,12 +42,9 @@ const std::string kQueueingHeading =
     "  queue    qos-group    cos            priority  bandwidth mtu \n"
     "  --------+------------+--------------+---------+---------+----\n";
 
-TEST_F(SwitchStreamHifTest, EmptyStreamPrintsNothingAndEndsWithMinusOne) {
-    EXPECT_EQ(run({}), "");
-    EXPECT_EQ(result, -1);
-}
-
 TEST_F(SwitchStreamHifTest, ShortAndUnknownAttributesLeaveTheStateAlone) {
+    EXPECT_EQ(run({}), "");  // an empty stream prints nothing
+    EXPECT_EQ(result, -1);
     EXPECT_EQ(run({{0x14ff00d6, {2}},
                    {0x11ff00d7, {5}},                      // one byte of a word
                    {0x11ff00d7, {1, 0, 0, 0}},             // still the first of the row
