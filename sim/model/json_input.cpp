@@ -120,7 +120,9 @@ bool parse_json_value(std::string_view text, Json &out, std::string &error) {
     }
     try {
         out = Json::parse(text);
-    } catch (const Json::parse_error &e) {
+    } catch (const Json::exception &e) {
+        // Not only syntax: a number too large for any JSON number type
+        // (1e800) is refused here as well.
         error = std::string("is not JSON: ") + e.what();
         return false;
     } catch (const std::bad_alloc &) {

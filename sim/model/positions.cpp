@@ -3,8 +3,9 @@
 
 #include "model/json_input.hpp"
 
+#include <cstdio>
+#include <cstring>
 #include <iterator>
-#include <regex>
 #include <vector>
 
 namespace qdsim {
@@ -80,13 +81,19 @@ public:
     }
 
     bool parse_error(std::size_t, const std::string &, const Json::exception &ex) {
-        // The parser's message carries its own line and column.
-        static const std::regex where(R"(at line (\d+), column (\d+): (.*))");
-        std::cmatch m;
+        // The parser's message carries its own line and column ("... at
+        // line N, column M: reason"). Read without a regular expression: the
+        // reason quotes the text last read, which can be long, and a
+        // backtracking match over it would use stack in proportion.
         const char *what = ex.what();
-        if (std::regex_search(what, m, where)) {
-            failure.where = {file_, std::stoul(m[1].str()), std::stoul(m[2].str())};
-            failure.reason = m[3].str();
+        unsigned long line = 0;
+        unsigned long column = 0;
+        int reason_at = 0;
+        const char *at_line = std::strstr(what, "at line ");
+        if (at_line != nullptr && std::sscanf(at_line, "at line %lu, column %lu: %n", &line, &column, &reason_at) == 2 &&
+            reason_at > 0) {
+            failure.where = {file_, line, column};
+            failure.reason = at_line + reason_at;
         } else {
             failure.where = at(consumed_ > 0 ? consumed_ - 1 : 0);
             failure.reason = what;
