@@ -17,16 +17,7 @@ QDFUZZ_ENTRY(diagnostics) {
     const std::uint8_t selector = in.u8();
     session.arguments().no_form((in.u8() & 1) != 0);
     const std::uint32_t cmd_id = in.u8();
-    const std::size_t args = in.u8() % 4;
-    for (std::size_t i = 0; i < args; ++i) {
-        const std::uint8_t type = in.u8();
-        const std::uint32_t id = in.le32();
-        const std::uint32_t value = in.le32();
-        if (type == 255)
-            session.arguments().arg_null(type, id);
-        else
-            session.arguments().arg_u32(type, value, id);
-    }
+    session.argument_records(in, in.u8() % 4);
     session.replies(in, kMaxExchanges);
     session.pad_replies(kMaxExchanges);
     cmd_paraminfo *pinfo = session.command(cmd_id);
@@ -41,17 +32,12 @@ QDFUZZ_ENTRY(diagnostics) {
 
 std::vector<qdfuzz::Bytes> qdfuzz_seeds_diagnostics() {
     using qdfuzz::Frames;
-    auto arg = [](std::uint8_t type, std::uint32_t id, std::uint32_t value) {
-        qdfuzz::Bytes b = {type};
-        for (int i = 0; i < 4; ++i) b.push_back(static_cast<std::uint8_t>(id >> (8 * i)));
-        for (int i = 0; i < 4; ++i) b.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-        return b;
-    };
+    using qdfuzz::argument_record;
     qdfuzz::Bytes memstats_detail = {0, 0, 0, 1};
-    const qdfuzz::Bytes detail = arg(2, 0, 1);
+    const qdfuzz::Bytes detail = argument_record(2, 0, 1);
     memstats_detail.insert(memstats_detail.end(), detail.begin(), detail.end());
     qdfuzz::Bytes intf = {1, 0, 5, 1};
-    const qdfuzz::Bytes if_arg = arg(1, 0x40200001u, 0x1a000000u);
+    const qdfuzz::Bytes if_arg = argument_record(1, 0x40200001u, 0x1a000000u);
     intf.insert(intf.end(), if_arg.begin(), if_arg.end());
     return {
         Frames().raw({0, 0, 0, 0}).reply(qdfuzz::Bytes(64, 0x11)),

@@ -17,16 +17,7 @@ QDFUZZ_ENTRY(extended_args) {
     pf.add_interface(0x1a000000u, IF_TYPE_ETH, "Ethernet1/1", 1);
     pf.add_interface(0x1a000001u, IF_TYPE_ETH, "Ethernet1/1.1", 1, true);
     pf.add_interface(0x1f010000u, IF_TYPE_HIF, "Ethernet101/1/1", 4);
-    const std::size_t args = in.u8() % 8;
-    for (std::size_t i = 0; i < args; ++i) {
-        const std::uint8_t type = in.u8();
-        const std::uint32_t id = in.le32();
-        const std::uint32_t value = in.le32();
-        if (type == 255)
-            session.arguments().arg_null(type, id);
-        else
-            session.arguments().arg_u32(type, value, id);
-    }
+    session.argument_records(in, in.u8() % 8);
     session.replies(in, kMaxExchanges);
     session.pad_replies(kMaxExchanges);
     qd_cli_show_queuing_intf_extend(session.command());
@@ -36,18 +27,13 @@ QDFUZZ_ENTRY(extended_args) {
 
 std::vector<qdfuzz::Bytes> qdfuzz_seeds_extended_args() {
     using qdfuzz::Frames;
-    auto arg = [](std::uint8_t type, std::uint32_t id, std::uint32_t value) {
-        qdfuzz::Bytes b = {type};
-        for (int i = 0; i < 4; ++i) b.push_back(static_cast<std::uint8_t>(id >> (8 * i)));
-        for (int i = 0; i < 4; ++i) b.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-        return b;
-    };
+    using qdfuzz::argument_record;
     qdfuzz::Bytes one = {1};
-    const qdfuzz::Bytes eth = arg(1, PARAM_ID_IF_INDEX, 0x1a000000u);
+    const qdfuzz::Bytes eth = argument_record(1, PARAM_ID_IF_INDEX, 0x1a000000u);
     one.insert(one.end(), eth.begin(), eth.end());
     qdfuzz::Bytes reply(29 + 8 * 8 * 2 * 2, 0x5a);  // status, maps, modes, then counters
     qdfuzz::Bytes two = {2};
-    const qdfuzz::Bytes word = arg(3, 0, 7), null_if = arg(255, PARAM_ID_IF_INDEX, 0);
+    const qdfuzz::Bytes word = argument_record(3, 0, 7), null_if = argument_record(255, PARAM_ID_IF_INDEX, 0);
     two.insert(two.end(), word.begin(), word.end());
     two.insert(two.end(), null_if.begin(), null_if.end());
     return {

@@ -124,6 +124,25 @@ cmd_paraminfo *Session::command(std::uint32_t cmd_id) {
     return command_.info();
 }
 
+void Session::argument_records(Input &in, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint8_t type = in.u8();
+        const std::uint32_t id = in.le32();
+        const std::uint32_t value = in.le32();
+        if (type == 255)
+            command_.arg_null(type, id);
+        else
+            command_.arg_u32(type, value, id);
+    }
+}
+
+Bytes argument_record(std::uint8_t type, std::uint32_t id, std::uint32_t value) {
+    Bytes b = {type};
+    for (int i = 0; i < 4; ++i) b.push_back(static_cast<std::uint8_t>(id >> (8 * i)));
+    for (int i = 0; i < 4; ++i) b.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+    return b;
+}
+
 void Session::enum_passes(Input &in, std::size_t limit, const std::vector<std::uint32_t> &pool) {
     for (std::size_t pass = 0; pass < limit && in.remaining() >= 7; ++pass) {
         qdtest::EnumPass p;

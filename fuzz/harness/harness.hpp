@@ -98,6 +98,10 @@ public:
     cmd_paraminfo *command(std::uint32_t cmd_id = 0);
     // The command's arguments, to add to before command().
     qdtest::Command &arguments() { return command_; }
+    // Adds `count` argument records from the input to the command, each
+    //   [param_type: 1][param_id: 4, little-endian][value: 4, little-endian]
+    // param_type 255 gives an argument without value.
+    void argument_records(Input &in, std::size_t count);
 
     // Scripts up to `limit` interface-enumeration passes from the input,
     // hostile ones included: each pass is
@@ -119,6 +123,9 @@ private:
 
 // One enumeration pass in the layout Session::enum_passes reads.
 Bytes enum_pass_bytes(std::int8_t rc, std::int8_t status, std::int32_t count, const std::vector<std::uint32_t> &indexes);
+
+// One argument record in the layout Session::argument_records reads.
+Bytes argument_record(std::uint8_t type, std::uint32_t id, std::uint32_t value);
 
 // Builds framed inputs for seed corpora.
 class Frames {
