@@ -69,7 +69,46 @@ bool unquote(std::string_view text, std::string &pattern) {
     return true;
 }
 
+// The filter a name stands for: the one it names, or the only one it
+// begins. `candidates` is how many it could stand for (1 when found).
+const FilterName *find_filter(std::string_view word, int &candidates) {
+    const FilterName *found = nullptr;
+    candidates = 0;
+    for (const FilterName &f : kFilters) {
+        const std::string_view name(f.name);
+        if (name == word) {
+            candidates = 1;
+            return &f;
+        }
+        if (name.starts_with(word)) {
+            found = &f;
+            ++candidates;
+        }
+    }
+    return found;
+}
+
 }  // namespace
+
+std::optional<std::string> after_last_bar(std::string_view line) {
+    bool unterminated = false;
+    std::vector<std::string> parts = split_bars(line, unterminated);
+    if (parts.size() == 1) return std::nullopt;
+    return std::move(parts.back());
+}
+
+std::vector<std::string> filter_completions(std::string_view partial) {
+    std::vector<std::string> names;
+    for (const FilterName &f : kFilters)
+        if (std::string_view(f.name).starts_with(partial)) names.emplace_back(f.name);
+    return names;
+}
+
+bool filter_takes_pattern(std::string_view word) {
+    int candidates = 0;
+    const FilterName *f = find_filter(word, candidates);
+    return candidates == 1 && f->takes_pattern;
+}
 
 bool Pipeline::has_text_filters() const {
     for (const PipeSegment &s : segments)
@@ -104,20 +143,8 @@ Pipeline split_pipeline(std::string_view line) {
         const std::size_t space = segment.find_first_of(" \t");
         const std::string_view word = segment.substr(0, space);
         const std::string_view rest = space == std::string_view::npos ? std::string_view{} : trim(segment.substr(space));
-        const FilterName *found = nullptr;
         int candidates = 0;
-        for (const FilterName &f : kFilters) {
-            const std::string_view name(f.name);
-            if (name == word) {
-                found = &f;
-                candidates = 1;
-                break;
-            }
-            if (name.starts_with(word)) {
-                found = &f;
-                ++candidates;
-            }
-        }
+        const FilterName *found = find_filter(word, candidates);
         if (candidates != 1) {
             p.error = "\"| " + std::string(word) + "\": " +
                       (candidates == 0 ? "unknown filter" : "ambiguous filter") +

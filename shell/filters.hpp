@@ -5,6 +5,7 @@
 // output as structured text before the text filters see it.
 #pragma once
 
+#include <optional>
 #include <regex>
 #include <string>
 #include <string_view>
@@ -33,6 +34,14 @@ struct Pipeline {
 // it is the rest of the segment with the blanks around it trimmed. Filter
 // names may be shortened while they stay unique ("| inc", "| ex").
 Pipeline split_pipeline(std::string_view line);
+
+// For "?" help and Tab completion of a line typed so far: the text after
+// its last "|" outside double quotes (nullopt when it has none), the filter
+// names that begin with `partial`, and whether the filter a (shortened)
+// name stands for takes a regular expression.
+std::optional<std::string> after_last_bar(std::string_view line);
+std::vector<std::string> filter_completions(std::string_view partial);
+bool filter_takes_pattern(std::string_view word);
 
 // What may follow a "|" ("| ?"), one line each.
 std::string filter_help();

@@ -206,6 +206,9 @@ public:
                 qdsh::report_error("watch: its output cannot go through filters; watch --nonzero leaves out the rows whose counters are all zero");
                 return false;
             }
+            // "watch ?", "watch -n 5 show ?": the options, or what may follow in the command.
+            if (const std::size_t last = line.find_last_not_of(" \t"); line[last] == '?')
+                return shell_.show_help(std::string_view(line).substr(0, last));
             return watch(std::vector<std::string>(words.begin() + 1, words.end()), format);
         }
         if ((format != qdsh::Format::text || metrics) && lookup_ == nullptr) {
@@ -267,11 +270,6 @@ public:
 
     // "watch [--interval S] [--count N] [--nonzero] COMMAND".
     bool watch(const std::vector<std::string> &words, qdsh::Format format) {
-        if (!words.empty() && words.back().ends_with("?")) {
-            std::fputs(qdsh::kWatchUsage, stdout);
-            std::fflush(stdout);
-            return true;
-        }
         qdsh::WatchOptions options;
         options.nonzero = ops_.nonzero;
         std::string error;

@@ -13,11 +13,14 @@
 
 #include <nlohmann/json.hpp>
 
+#include "filters.hpp"
 #include "iflist.hpp"
+#include "line_context.hpp"
 #include "natural_sort.hpp"
 #include "qdcli/platform.h"
 #include "qdcli/wire.h"
 #include "qdsim/sim.h"
+#include "watch.hpp"
 
 namespace qdsh {
 
@@ -179,11 +182,39 @@ bool Shell::run(std::string_view line) {
     return call_handler(m.match);
 }
 
+namespace {
+
+std::string help_row(std::string_view name, std::string_view help) {
+    char row[256];
+    std::snprintf(row, sizeof row, "  %-24.*s %.*s\n", static_cast<int>(name.size()), name.data(), static_cast<int>(help.size()),
+                  help.data());
+    return row;
+}
+
+constexpr std::string_view kWatchHelp = "Re-run a command: deltas and rates of its counters";
+constexpr std::string_view kBarHelp = "Filter the output, or show it as JSON or XML";
+
+}  // namespace
+
 bool Shell::show_help(std::string_view before) const {
-    const std::vector<Candidate> list = candidates(before);
+    // Watch's options and the filters after a "|" are qdsh's own, ahead of
+    // the command grammar.
+    const LineContext context = line_context(before);
+    switch (context.part) {
+    case LineContext::Part::filter_name: out(filter_help()); return true;
+    case LineContext::Part::filter_pattern:
+        out(help_row("REGEX", "A regular expression (in double quotes to hold \"|\" or blanks)"));
+        return true;
+    case LineContext::Part::filter_end: out(help_row("<cr>", "Run the command") + help_row("|", kBarHelp)); return true;
+    case LineContext::Part::watch_option:
+    case LineContext::Part::watch_value: out(kWatchUsage); return true;
+    case LineContext::Part::command: break;
+    }
+    const std::string_view command = before.substr(context.command_begin);
+    const std::vector<Candidate> list = candidates(command);
     if (list.empty()) {
-        const MatchResult m = match_line(before);
-        report_error(m.ok ? "nothing may follow " + in_quotes(before) : m.error);
+        const MatchResult m = match_line(command);
+        report_error(m.ok ? "nothing may follow " + in_quotes(command) : m.error);
         return false;
     }
     std::string text;
@@ -197,10 +228,10 @@ bool Shell::show_help(std::string_view before) const {
             help = queue_limit_help();
         else
             help = param_help(c.text);
-        char row[256];
-        std::snprintf(row, sizeof row, "  %-24s %s\n", c.text.c_str(), help.c_str());
-        text += row;
+        text += help_row(c.text, help);
+        if (c.text == "<cr>") text += help_row("|", kBarHelp);
     }
+    if (context.line_start) text += help_row("watch", kWatchHelp);
     out(text);
     std::fflush(stdout);
     return true;
@@ -208,12 +239,25 @@ bool Shell::show_help(std::string_view before) const {
 
 std::vector<std::string> Shell::complete(std::string_view line, std::size_t start) const {
     const std::string partial(line.substr(std::min(start, line.size())));
-    std::string before(line.substr(0, std::min(start, line.size())));
-    before += ' ';
+    const std::string_view typed = line.substr(0, std::min(start, line.size()));
+    const LineContext context = line_context(typed);
     std::vector<std::string> out_list;
     auto add = [&](const std::string &s) {
         if (std::find(out_list.begin(), out_list.end(), s) == out_list.end()) out_list.push_back(s);
     };
+    switch (context.part) {
+    case LineContext::Part::filter_name: return filter_completions(partial);
+    case LineContext::Part::filter_pattern:
+    case LineContext::Part::filter_end:
+    case LineContext::Part::watch_value: return {};
+    case LineContext::Part::watch_option:
+        // The next word is an option or the first word of the command.
+        for (const std::string &o : watch_option_completions(partial)) add(o);
+        break;
+    case LineContext::Part::command: break;
+    }
+    std::string before(typed.substr(std::min(context.command_begin, typed.size())));
+    before += ' ';
     for (const Candidate &c : candidates(before)) {
         if (c.text == "<cr>") continue;
         if (c.is_word) {
@@ -224,6 +268,7 @@ std::vector<std::string> Shell::complete(std::string_view line, std::size_t star
             for (const std::string &name : interface_completions(partial)) add(name);
         }
     }
+    if (context.line_start && std::string_view("watch").starts_with(partial)) add("watch");
     return out_list;
 }
 

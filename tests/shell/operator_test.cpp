@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "filters.hpp"
+#include "line_context.hpp"
 #include "metrics.hpp"
 #include "watch.hpp"
 
@@ -103,6 +104,38 @@ TEST(Filters, BadSegmentsAreNamed) {
         const qdsh::Pipeline p = qdsh::split_pipeline(c.line);
         EXPECT_NE(p.error.find(c.error), std::string::npos) << c.line << " -> " << p.error;
     }
+}
+
+// What "?" and Tab offer next: watch's options, the command after them, the filters.
+TEST(LineContext, WatchOptionsCommandAndFilters) {
+    using Part = qdsh::LineContext::Part;
+    struct Case {
+        const char *before;
+        Part part;
+        std::size_t command_begin;
+        bool line_start;
+    } cases[] = {
+        {"", Part::command, 0, true},
+        {"show queuing ", Part::command, 0, false},
+        {"watch ", Part::watch_option, 6, false},
+        {"watch -n ", Part::watch_value, 9, false},
+        {"watch -n 5 --nonzero ", Part::watch_option, 21, false},
+        {"watch --count 3 show ", Part::command, 16, false},
+        {"watch -c \"show ", Part::command, 10, false},
+        {"show x | ", Part::filter_name, 0, false},
+        {"show x | inc ", Part::filter_pattern, 0, false},
+        {"show x | include a ", Part::filter_end, 0, false},
+        {"show x | count ", Part::filter_end, 0, false},
+        {"sim set /a \"x|y\" ", Part::command, 0, false},
+    };
+    for (const Case &c : cases) {
+        const qdsh::LineContext context = qdsh::line_context(c.before);
+        EXPECT_EQ(context.part, c.part) << c.before;
+        EXPECT_EQ(context.command_begin, c.command_begin) << c.before;
+        EXPECT_EQ(context.line_start, c.line_start) << c.before;
+    }
+    EXPECT_EQ(qdsh::filter_completions("e"), (std::vector<std::string>{"exclude"}));
+    EXPECT_EQ(qdsh::watch_option_completions("--n"), (std::vector<std::string>{"--nonzero"}));
 }
 
 // ---- Deltas ----
