@@ -3,8 +3,10 @@
 
 #include <arpa/inet.h>
 
+#include <chrono>
 #include <cstring>
 #include <map>
+#include <thread>
 
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
@@ -98,6 +100,9 @@ mts::Delivery serve(const mts::Request &r) {
         if (payload.size() > fault->bytes) payload.resize(fault->bytes);
         return mts::Delivery::reply(std::move(payload));
     }
+    case FaultKind::slow_reply:
+        std::this_thread::sleep_for(std::chrono::milliseconds(fault->milliseconds));
+        return deliver(request, reply);
     default: return deliver(request, reply);
     }
 }

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "daemon/daemon.hpp"
 
+#include <chrono>
 #include <cstring>
 #include <map>
+#include <thread>
 
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
@@ -66,6 +68,9 @@ mts::Delivery serve(const mts::Request &r) {
     case FaultKind::empty_payload: return mts::Delivery::no_payload();
     case FaultKind::short_payload:
         if (reply.payload.size() > fault->bytes) reply.payload.resize(fault->bytes);
+        return deliver(reply);
+    case FaultKind::slow_reply:
+        std::this_thread::sleep_for(std::chrono::milliseconds(fault->milliseconds));
         return deliver(reply);
     default: return deliver(reply);
     }

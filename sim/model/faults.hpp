@@ -21,12 +21,11 @@ enum class FaultKind {
     empty_payload,  // the reply carries no payload
     short_payload,  // the reply is cut to `bytes` bytes
     unsupported,    // the service answers "not supported"
+    slow_reply,     // the reply comes as usual, `milliseconds` late
     failure,        // a platform service call fails with `error`
     bad_status,     // the enumeration succeeds but reports a negative status
 };
 
-const char *fault_target_name(FaultTarget target);
-const char *fault_kind_name(FaultKind kind);
 
 // What a service knows about a request when it asks for a fault.
 struct FaultQuery {
@@ -42,6 +41,7 @@ struct FaultAction {
     FaultKind kind = FaultKind::failure;
     std::int32_t error = 0;    // code for the failures (never 0)
     std::uint32_t bytes = 0;   // short_payload: payload length kept
+    std::uint32_t milliseconds = 0;  // slow_reply: how late the reply comes
 };
 
 }  // namespace qdsim

@@ -812,7 +812,7 @@ private:
             {"send_failure", FaultKind::send_failure},   {"recv_failure", FaultKind::recv_failure},
             {"empty_payload", FaultKind::empty_payload}, {"short_payload", FaultKind::short_payload},
             {"unsupported", FaultKind::unsupported},     {"failure", FaultKind::failure},
-            {"bad_status", FaultKind::bad_status}};
+            {"bad_status", FaultKind::bad_status},       {"slow_reply", FaultKind::slow_reply}};
 
         auto text_member = [&](const std::string &name) -> std::string {
             if (!entry.contains(name)) fail(pointer, "missing member \"" + name + "\"");
@@ -838,12 +838,12 @@ private:
         std::vector<std::string> allowed_kinds;
         switch (f.target) {
         case FaultTarget::daemon:
-            allowed.insert(allowed.end(), {"command", "interface", "error", "bytes"});
-            allowed_kinds = {"send_failure", "recv_failure", "empty_payload", "short_payload", "unsupported"};
+            allowed.insert(allowed.end(), {"command", "interface", "error", "bytes", "milliseconds"});
+            allowed_kinds = {"send_failure", "recv_failure", "empty_payload", "short_payload", "unsupported", "slow_reply"};
             break;
         case FaultTarget::agent:
-            allowed.insert(allowed.end(), {"command", "interface", "extender", "error", "bytes"});
-            allowed_kinds = {"send_failure", "recv_failure", "empty_payload", "short_payload", "unsupported"};
+            allowed.insert(allowed.end(), {"command", "interface", "extender", "error", "bytes", "milliseconds"});
+            allowed_kinds = {"send_failure", "recv_failure", "empty_payload", "short_payload", "unsupported", "slow_reply"};
             break;
         case FaultTarget::sse:
             allowed.insert(allowed.end(), {"operation", "error"});
@@ -910,6 +910,14 @@ private:
             f.action.bytes = static_cast<std::uint32_t>(unsigned_at(entry["bytes"], pointer + "/bytes", 0, UINT32_MAX));
         } else if (entry.contains("bytes")) {
             fail(pointer + "/bytes", "\"bytes\" belongs to short_payload faults", true);
+        }
+        if (f.action.kind == FaultKind::slow_reply) {
+            if (!entry.contains("milliseconds"))
+                fail(pointer, "a slow_reply fault needs \"milliseconds\" (how late the reply comes)");
+            f.action.milliseconds =
+                static_cast<std::uint32_t>(unsigned_at(entry["milliseconds"], pointer + "/milliseconds", 1, 60000));
+        } else if (entry.contains("milliseconds")) {
+            fail(pointer + "/milliseconds", "\"milliseconds\" belongs to slow_reply faults", true);
         }
         switch (f.action.kind) {
         case FaultKind::send_failure: f.action.error = kErrSend; break;

@@ -2,7 +2,8 @@
 """End-to-end checks of qdsh's operator features on the default simulated
 switch: watch (rates against the switch's configured rates, a 32-bit wrap),
 metrics output (checked by promtool and parsed by prometheus_client),
---nonzero, and the serve exporter (scrapes, concurrency, SIGTERM).
+--nonzero, and the serve exporter (scrapes, concurrency, the timeout,
+SIGTERM).
 
     operator_e2e.py QDSH
 """
@@ -15,6 +16,7 @@ import sys
 import tempfile
 import threading
 import time
+import urllib.error
 import urllib.request
 
 from prometheus_client.openmetrics.parser import text_string_to_metric_families as parse_openmetrics
@@ -114,18 +116,28 @@ def scrape(port, accept=None):
         return response.headers.get("Content-Type"), response.read().decode()
 
 
+def start_serve(*serve_args, options=()):
+    """Starts `qdsh [options] serve` on a free loopback port; gives the process and the port."""
+    p = subprocess.Popen([QDSH, *options, "serve", "--listen", "127.0.0.1:0", *serve_args],
+                         stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True)
+    line = p.stderr.readline()
+    check(line.startswith("qdsh: serving http://127.0.0.1:"), "serve says where it listens: " + line)
+    return p, int(line.rsplit(":", 1)[1].split("/")[0])
+
+
+def stop_serve(p):
+    p.send_signal(signal.SIGTERM)
+    check(p.wait(timeout=10) == 0, "serve exits 0 on SIGTERM")
+
+
 def serve_answers_scrapes_and_stops():
     with tempfile.TemporaryDirectory() as tmp:
         config = os.path.join(tmp, "serve.json")
         with open(config, "w") as f:
             json.dump({"commands": ["show queuing interface ethernet1/48", "show vaq no-credit-drops"],
                        "timeout_seconds": 20}, f)
-        p = subprocess.Popen([QDSH, "serve", "--listen", "127.0.0.1:0", "--config", config],
-                             stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True)
+        p, port = start_serve("--config", config)
         try:
-            line = p.stderr.readline()
-            check(line.startswith("qdsh: serving http://127.0.0.1:"), "serve says where it listens: " + line)
-            port = int(line.rsplit(":", 1)[1].split("/")[0])
             results = []
             threads = [threading.Thread(target=lambda: results.append(scrape(port))) for _ in range(4)]
             for t in threads:
@@ -141,14 +153,43 @@ def serve_answers_scrapes_and_stops():
             content_type, body = scrape(port, "application/openmetrics-text; version=1.0.0")
             check(content_type.startswith("application/openmetrics-text"), "OpenMetrics on request")
             check(any(f.name == "qdcli_rx_port_pkts" for f in parse_openmetrics(body)), "OpenMetrics parsed")
-            p.send_signal(signal.SIGTERM)
-            check(p.wait(timeout=10) == 0, "serve exits 0 on SIGTERM")
+            stop_serve(p)
         finally:
             if p.poll() is None:
                 p.kill()
                 p.wait()
     r = qdsh("serve", "--listen", "0.0.0.0:9", status=2)
     check("only loopback addresses" in r.stderr, "serve refuses a non-loopback address: " + r.stderr)
+
+
+def serve_times_out_a_slow_collection():
+    """A daemon reply late by more than the scrape timeout: that scrape gets
+    503, and the exporter answers again once the collection is over."""
+    with tempfile.TemporaryDirectory() as tmp:
+        scenario = os.path.join(tmp, "slow.json")
+        with open(scenario, "w") as f:
+            json.dump({"extends": "default", "faults": [{"target": "daemon", "interface": "Ethernet1/48",
+                                                         "kind": "slow_reply", "milliseconds": 1500, "count": 1}]}, f)
+        config = os.path.join(tmp, "serve.json")
+        with open(config, "w") as f:
+            json.dump({"commands": ["show queuing interface ethernet1/48"], "timeout_seconds": 0.3}, f)
+        p, port = start_serve("--config", config, options=("--scenario", scenario))
+        try:
+            began = time.monotonic()
+            try:
+                scrape(port)
+                check(False, "a scrape of a slow collection is answered 503")
+            except urllib.error.HTTPError as e:
+                check(e.code == 503 and "did not finish within" in e.read().decode(), f"503 for a slow collection: {e}")
+            check(time.monotonic() - began < 1.4, "the 503 comes at the timeout, not after the collection")
+            time.sleep(1.5)
+            _, body = scrape(port)
+            check(any(f.name == "qdcli_rx_port_pkts" for f in parse_prometheus(body)), "answered after the slow collection")
+            stop_serve(p)
+        finally:
+            if p.poll() is None:
+                p.kill()
+                p.wait()
 
 
 def readme_lists_the_metric_names():
@@ -161,7 +202,7 @@ def readme_lists_the_metric_names():
 
 
 for test in (readme_lists_the_metric_names, watch_rates_match_the_switch, watch_sees_a_32_bit_wrap, metrics_output_is_valid,
-             nonzero_leaves_out_zero_rows, serve_answers_scrapes_and_stops):
+             nonzero_leaves_out_zero_rows, serve_answers_scrapes_and_stops, serve_times_out_a_slow_collection):
     test()
 print(f"{len(failures)} failure(s)")
 sys.exit(1 if failures else 0)
