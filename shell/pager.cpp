@@ -17,8 +17,10 @@ bool on_path(std::string_view program) {
     while (true) {
         const std::size_t colon = rest.find(':');
         std::string dir(rest.substr(0, colon));
-        if (dir.empty()) dir = ".";
-        if (access((dir + "/" + std::string(program)).c_str(), X_OK) == 0) return true;
+        if (dir.empty()) dir.push_back('.');  // an empty entry is the working directory
+        dir += '/';
+        dir += program;
+        if (access(dir.c_str(), X_OK) == 0) return true;
         if (colon == std::string_view::npos) return false;
         rest.remove_prefix(colon + 1);
     }

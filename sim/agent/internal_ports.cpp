@@ -32,6 +32,7 @@
 #include <utility>
 
 #include "agent/agent.hpp"
+#include "model/json_access.hpp"
 #include "core/errors.hpp"
 #include "core/wire_writer.hpp"
 #include "model/sections.hpp"
@@ -88,7 +89,7 @@ void check_ports(const Checker &check) {
     std::array<std::size_t, 3> per_kind{};
     std::vector<std::pair<std::size_t, std::uint64_t>> numbered;  // kind, glb_idx
     for (std::size_t n = 0; n < ports.size(); ++n) {
-        const std::string at = "/" + std::to_string(n);
+        const std::string at = index_token(n);
         check.members_among(at, kMembers);
         const Json *kind_value = find(check.value(), at + "/kind");
         const auto kind = kind_value && kind_value->is_string()
@@ -121,7 +122,7 @@ void check_ports(const Checker &check) {
     std::set<std::pair<std::size_t, std::uint64_t>> seen;
     for (std::size_t n = 0; n < numbered.size(); ++n) {
         const auto [k, glb_idx] = numbered[n];
-        const std::string at = "/" + std::to_string(n) + "/glb_idx";
+        const std::string at = index_token(n) + "/glb_idx";
         if (glb_idx >= per_kind[k])
             check.fail(at, "glb_idx " + std::to_string(glb_idx) + " of an " + kKinds[k] + " port: the " +
                                std::to_string(per_kind[k]) + " " + kKinds[k] + " ports are numbered 0 to " +

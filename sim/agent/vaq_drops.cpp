@@ -23,6 +23,7 @@
 #include <string>
 
 #include "agent/agent.hpp"
+#include "model/json_access.hpp"
 #include "core/errors.hpp"
 #include "core/wire_writer.hpp"
 #include "model/sections.hpp"
@@ -55,7 +56,7 @@ Reply serve(const Request &request, Model &) {
         const std::size_t ss_count = drops != nullptr && drops->is_array() ? std::min(drops->size(), kMaxSs) : 0;
         body.put_u8(kSsCountsAt + a, static_cast<std::uint32_t>(ss_count));
         for (std::size_t s = 0; s < ss_count; ++s) {
-            const std::uint64_t count = get_u64(*drops, "/" + std::to_string(s));
+            const std::uint64_t count = get_u64(*drops, index_token(s));
             body.put_u8(kDropsAt + kMaxSs * a + s, static_cast<std::uint32_t>(std::min(count, kMaxDrops)));
         }
     }

@@ -139,6 +139,12 @@ void zero_counter_blocks(Json &value) {
     }
 }
 
+std::string index_token(std::size_t index) {
+    std::string out = "/";
+    out += std::to_string(index);
+    return out;
+}
+
 std::string pointer_token(std::string_view token) {
     std::string out = "/";
     for (char c : token) {

@@ -46,5 +46,7 @@ void zero_counter_blocks(Json &value);
 
 // "/a/b" with each token escaped (~ and /).
 std::string pointer_token(std::string_view token);
+// "/3": the token of an array element.
+std::string index_token(std::size_t index);
 
 }  // namespace qdsim

@@ -205,7 +205,10 @@ bool parse_with_positions(std::string_view text, const std::string &file, Json &
     const bool ok = Json::sax_parse(first, last, &recorder);
     if (!ok) {
         failure = recorder.failure;
-        if (failure.reason.empty()) failure = {{file, 1, 1}, "not a JSON document"};
+        if (failure.reason.empty()) {
+            failure.where = SourcePosition{file, 1, 1};
+            failure.reason = "not a JSON document";
+        }
         return false;
     }
     doc = std::move(recorder.root);

@@ -60,7 +60,11 @@ bool locks_same_file(pid_t pid, int fd) {
                   static_cast<unsigned long>(st.st_ino));
     std::ifstream locks("/proc/locks");
     std::string line;
-    const std::string who = " " + std::to_string(pid) + " " + file_id + " ";
+    std::string who = " ";
+    who += std::to_string(pid);
+    who += ' ';
+    who += file_id;
+    who += ' ';
     while (std::getline(locks, line))
         if (line.find(who) != std::string::npos) return true;
     return false;
