@@ -288,6 +288,8 @@ std::optional<std::string> add_error(json &errors, const std::string &message, A
 
 // ---- XML ----------------------------------------------------------------------
 
+}  // namespace
+
 std::string xml_escape(const std::string &s) {
     std::string out;
     for (char c : s) {
@@ -304,6 +306,8 @@ std::string xml_escape(const std::string &s) {
     }
     return out;
 }
+
+namespace {
 
 // The element of one item of an array member.
 std::string item_name(const std::string &array_name, const json &item) {
@@ -340,23 +344,6 @@ bool is_failure_message(std::string_view line) {
     for (std::string_view p : kFailurePrefixes)
         if (t.compare(0, p.size(), p) == 0) return true;
     return t.find(": failed to find nif port") != std::string::npos;
-}
-
-Format take_format_suffix(std::string &line) {
-    std::size_t end = line.size();
-    while (end > 0 && std::isspace(static_cast<unsigned char>(line[end - 1]))) --end;
-    const std::size_t bar = line.rfind('|', end);
-    if (bar == std::string::npos) return Format::text;
-    const std::string word = lower(trim(std::string_view(line).substr(bar + 1, end - bar - 1)));
-    Format f = Format::text;
-    if (word == "json")
-        f = Format::json;
-    else if (word == "xml")
-        f = Format::xml;
-    else
-        return Format::text;
-    line.erase(bar);
-    return f;
 }
 
 Document build_document(std::string_view command, const std::vector<Segment> &segments,

@@ -102,9 +102,9 @@ Document build_document(std::string_view command, const std::vector<Segment> &se
 // "Truncated queuing reply: ...", "Command not supported on this platform").
 bool is_failure_message(std::string_view line);
 
-// Splits a trailing "| json" or "| xml" off a command line: returns the
-// format asked for (text when there is none) and shortens `line`.
-Format take_format_suffix(std::string &line);
+// Text for XML element content or attribute values: & < > " escaped; the
+// control characters XML 1.0 does not allow become '?'.
+std::string xml_escape(const std::string &s);
 
 std::string to_json(const Document &document, bool pretty);
 // One <document> element (no XML declaration).

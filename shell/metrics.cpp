@@ -13,22 +13,6 @@ bool is_metric(const qdcli_attr_info *info) {
     return info != nullptr && (info->role == QDCLI_ROLE_COUNTER || info->role == QDCLI_ROLE_GAUGE);
 }
 
-bool ends_with(std::string_view s, std::string_view tail) { return s.size() >= tail.size() && s.ends_with(tail); }
-
-// The pointer token of a member name (RFC 6901: ~ and / escaped).
-std::string pointer_token(const std::string &name) {
-    std::string out;
-    for (char c : name) {
-        if (c == '~')
-            out += "~0";
-        else if (c == '/')
-            out += "~1";
-        else
-            out += c;
-    }
-    return out;
-}
-
 void set_label(Labels &labels, const std::string &name, const std::string &value) {
     for (auto &l : labels)
         if (l.first == name) {
@@ -75,21 +59,20 @@ void add_identifiers(const Document &object, NameLookup lookup, Labels &labels) 
     }
 }
 
-void walk(const Document &node, const std::string &pointer, NameLookup lookup, Labels labels,
+void walk(const Document &node, const Document::json_pointer &pointer, NameLookup lookup, Labels labels,
           std::vector<Sample> &out) {
     if (node.is_array()) {
         for (std::size_t i = 0; i < node.size(); ++i)
             if (node[i].is_object() || node[i].is_array())
-                walk(node[i], pointer + "/" + std::to_string(i), lookup, labels, out);
+                walk(node[i], pointer / i, lookup, labels, out);
         return;
     }
     if (!node.is_object()) return;
     add_identifiers(node, lookup, labels);
     for (auto it = node.begin(); it != node.end(); ++it) {
         const Document &v = it.value();
-        const std::string child = pointer + "/" + pointer_token(it.key());
         if (v.is_object() || v.is_array()) {
-            if (it.key() != "errors") walk(v, child, lookup, labels, out);
+            if (it.key() != "errors") walk(v, pointer / it.key(), lookup, labels, out);
             continue;
         }
         if (!v.is_number_unsigned() && !(v.is_number_integer() && v.get<std::int64_t>() >= 0)) continue;
@@ -99,7 +82,7 @@ void walk(const Document &node, const std::string &pointer, NameLookup lookup, L
         s.info = info;
         s.labels = labels;
         s.value = v.get<std::uint64_t>();
-        s.row = pointer;
+        s.row = pointer.to_string();
         out.push_back(std::move(s));
     }
 }
@@ -130,7 +113,7 @@ std::string metric_name(const char *name) {
 // name already ends in "_total" does not get a second one on its samples.
 std::string family_name(const qdcli_attr_info &info) {
     std::string name = metric_name(info.name);
-    if (info.role == QDCLI_ROLE_COUNTER && ends_with(name, "_total")) name.resize(name.size() - 6);
+    if (info.role == QDCLI_ROLE_COUNTER && name.ends_with("_total")) name.resize(name.size() - 6);
     return name;
 }
 
@@ -194,9 +177,9 @@ std::pair<std::string, std::pair<std::string, std::string>> label_for(const std:
     };
     if (id == "if_name" || id == "ext_if_name") return {"interface", {}};
     if (id == "vaq" || id == "asic_vaq") return {"extender", {}};
-    if (ends_with(id, "qos_group") && id.find("unsupported") == std::string::npos) return {"qos_group", direction()};
-    if (ends_with(id, "_glb_idx")) return {"port", direction()};
-    if (id == "queue_id" || id == "stats_queue" || ends_with(id, "_row_queue") || id == "ext_pass_queue" ||
+    if (id.ends_with("qos_group") && id.find("unsupported") == std::string::npos) return {"qos_group", direction()};
+    if (id.ends_with("_glb_idx")) return {"port", direction()};
+    if (id == "queue_id" || id == "stats_queue" || id.ends_with("_row_queue") || id == "ext_pass_queue" ||
         id == "ext_drop_queue")
         return {"queue", direction()};
     if (id == "queue_name") return {"queue", {}};
@@ -226,7 +209,7 @@ std::string Sample::key() const {
 
 std::vector<Sample> collect_samples(const Document &document, NameLookup lookup) {
     std::vector<Sample> out;
-    if (lookup != nullptr) walk(document, "", lookup, {}, out);
+    if (lookup != nullptr) walk(document, Document::json_pointer(), lookup, {}, out);
     return out;
 }
 

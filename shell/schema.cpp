@@ -9,6 +9,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "document.hpp"
+
 namespace qdsh {
 namespace {
 
@@ -131,19 +133,6 @@ const char *xsd_type(const qdcli_attr_info &a) {
         default: return "xs:unsignedLong";
         }
     }
-}
-
-std::string xml_escape(const std::string &s) {
-    std::string out;
-    for (char c : s) {
-        if (c == '&')
-            out += "&amp;";
-        else if (c == '<')
-            out += "&lt;";
-        else
-            out += c;
-    }
-    return out;
 }
 
 std::string indent(int depth) { return std::string(static_cast<std::size_t>(depth) * 2, ' '); }

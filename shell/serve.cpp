@@ -16,6 +16,7 @@
 
 #include "qdsim/sim.h"
 #include "shell.hpp"
+#include "watch.hpp"
 
 namespace qdsh {
 
@@ -161,13 +162,12 @@ bool parse_serve_arguments(const std::vector<std::string> &words, ServeOptions &
             if (!load_serve_config(words[++i], o, error)) return false;
         } else if (w == "--timeout") {
             const std::string v = words[++i];
-            char *end = nullptr;
-            const double d = std::strtod(v.c_str(), &end);
-            if (v.empty() || *end != '\0' || !(d >= 0.1 && d <= 3600)) {
+            const std::optional<double> d = seconds_in(v, 0.1, 3600);
+            if (!d) {
                 error = "serve: --timeout \"" + v + "\" is not a number of seconds from 0.1 to 3600";
                 return false;
             }
-            o.timeout = d;
+            o.timeout = *d;
         } else if (w == "--nonzero") {
             o.nonzero = true;
         } else {

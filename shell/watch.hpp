@@ -5,6 +5,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,9 @@ struct WatchOptions {
 // spaces, or the value of a last "-c COMMAND". False with `error` set when
 // they are wrong.
 bool parse_watch_arguments(const std::vector<std::string> &words, WatchOptions &options, std::string &error);
+
+// The number of seconds `text` is when it is a number from `low` to `high`.
+std::optional<double> seconds_in(const std::string &text, double low, double high);
 
 // What "watch ?" prints.
 extern const char kWatchUsage[];

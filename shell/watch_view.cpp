@@ -62,6 +62,13 @@ std::vector<std::string> split_words(const std::string &line) {
     return words;
 }
 
+std::optional<double> seconds_in(const std::string &text, double low, double high) {
+    char *end = nullptr;
+    const double d = std::strtod(text.c_str(), &end);
+    if (text.empty() || *end != '\0' || !(d >= low && d <= high)) return std::nullopt;
+    return d;
+}
+
 bool parse_watch_arguments(const std::vector<std::string> &words, WatchOptions &o, std::string &error) {
     std::size_t i = 0;
     for (; i < words.size(); ++i) {
@@ -77,13 +84,12 @@ bool parse_watch_arguments(const std::vector<std::string> &words, WatchOptions &
         std::string v;
         if (w == "--interval" || w == "-n") {
             if (!value(v)) return false;
-            char *end = nullptr;
-            const double d = std::strtod(v.c_str(), &end);
-            if (v.empty() || *end != '\0' || !(d >= 0.1 && d <= 86400)) {
+            const std::optional<double> d = seconds_in(v, 0.1, 86400);
+            if (!d) {
                 error = "watch: interval \"" + v + "\" is not a number of seconds from 0.1 to 86400";
                 return false;
             }
-            o.interval = d;
+            o.interval = *d;
         } else if (w == "--count") {
             if (!value(v)) return false;
             char *end = nullptr;

@@ -98,18 +98,6 @@ TEST(Document, TextReportsAndSuffixes) {
     EXPECT_EQ(d["text_only"], true);
     EXPECT_EQ(d["lines"].dump(), R"(["MCAST Queue ID\t\t Cos Map","0\t\t\t0 1 "])");
 
-    const struct {
-        const char *line, *rest;
-        qdsh::Format format;
-    } suffixes[] = {{"show x | json", "show x ", qdsh::Format::json},
-                    {"show x |XML  ", "show x ", qdsh::Format::xml},
-                    {"show x | include y", "show x | include y", qdsh::Format::text},
-                    {"show x", "show x", qdsh::Format::text}};
-    for (const auto &s : suffixes) {
-        std::string line = s.line;
-        EXPECT_EQ(qdsh::take_format_suffix(line), s.format) << s.line;
-        EXPECT_EQ(line, s.rest);
-    }
     EXPECT_EQ(qdsh::to_xml(Document{{"command", "a<b & 100%"}, {"errors", Document::array()}}, false),
               "<document><command>a&lt;b &amp; 100%</command><errors/></document>");
 }
