@@ -82,13 +82,14 @@ enum qdcli_failure_kind {
     QDCLI_FAILURE_TRUNCATED,       /**< the reply is shorter than the report reads */
     QDCLI_FAILURE_DAMAGED,         /**< the reply's counts or indexes do not fit its layout */
     QDCLI_FAILURE_PLATFORM,        /**< a platform service failed (log service, shared memory, lookup) */
-    QDCLI_FAILURE_MEMORY           /**< the handler could not allocate what it needed */
+    QDCLI_FAILURE_MEMORY,          /**< the handler could not allocate what it needed */
+    QDCLI_FAILURE_INTERNAL         /**< the handler stopped on an internal error */
 };
 
 /** One failure or refusal, as the handler told it. */
 struct qdcli_failure {
     enum qdcli_failure_kind kind;
-    const struct qdcli_subject *subject; /**< NULL when it is about no interface or extender */
+    const struct qdcli_subject *subject; /**< NULL: the subject begun last and not yet ended, if any */
     const char *message; /**< the exact text printed (its newlines included); NULL when nothing was printed */
     int32_t code;        /**< the platform error code or reply status, 0 when there is none */
 };

@@ -20,8 +20,10 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "frame/observe.hpp"
 #include "frame/reader.hpp"
 #include "qdcli/platform.h"
+#include "qdcli/wire.h"
 
 namespace qdcli::stream {
 
@@ -61,6 +63,20 @@ const Row<Context> *find_row(const std::array<Row<Context>, N> &table, std::uint
     return nullptr;
 }
 
+// Tells the host's observer the value a row reads: numbers widened to 32
+// bits, 64-bit counters whole. An interface index is not told as a value: it
+// starts the next subject, which carries it.
+inline void tell_value(std::uint32_t id, std::uint8_t width, const PayloadReader &v) {
+    if ((id >> 24) == ATTR_TYPE_IF_INDEX) return;
+    switch (width) {
+    case u8: observe::u32(id, v.u8(0)); break;
+    case u16: observe::u32(id, v.host16(0)); break;
+    case u32: observe::u32(id, v.host32(0)); break;
+    case u64: observe::u64(id, v.host64_low_first(0)); break;
+    default: break;
+    }
+}
+
 // Fetches attributes until the end of the stream (-1) or until a row ends
 // the walk; returns -1 or the result that row left.
 template <class Context, std::size_t N>
@@ -78,10 +94,11 @@ std::int32_t walk(cmd_rsp *rsp, const std::array<Row<Context>, N> &table, Contex
         }
         const PayloadReader reader(value, length);
         if (!reader.covers(0, row->width)) {
-            std::printf("\n Malformed attr 0x%x: %u bytes, %u expected\n", id, static_cast<unsigned>(reader.length()),
-                        static_cast<unsigned>(row->width));
+            observe::fail_on_stdout(QDCLI_FAILURE_DAMAGED, 0, "\n Malformed attr 0x%x: %u bytes, %u expected\n", id,
+                                    static_cast<unsigned>(reader.length()), static_cast<unsigned>(row->width));
             continue;
         }
+        tell_value(id, row->width, reader);
         row->render(context, reader);
         if (context.done) return context.result;
     }
