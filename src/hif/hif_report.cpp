@@ -212,6 +212,7 @@ void queueing(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
         if (!detailed && (queue.flags & QUEUE_FLAG_CTRL)) continue;
         const observe::Row row("queues");
         if (queue.queue_id == QUEUE_ID_CTRL_HI || queue.queue_id == QUEUE_ID_CTRL_LO) {
+            out.tell(word(HIF_ATTR_QUEUE_ID, queue.queue_id));
             out.tell(label(HIF_ATTR_QUEUE_NAME, queue.queue_id == QUEUE_ID_CTRL_HI ? "ctrl-hi" : "ctrl-lo"));
             out.formatted("  %s", queue.queue_id == QUEUE_ID_CTRL_HI ? "ctrl-hi  " : "ctrl-lo  ");
             out.put("n/a");

@@ -38,6 +38,8 @@ static_assert(sizeof kCountsDashes - 1 == 28 && sizeof kEventsDashes - 1 == 52);
 constexpr std::uint32_t kAttrModule = 0x14ff0108;
 constexpr std::uint32_t kAttrPort = 0x14ff0109;
 constexpr std::uint32_t kAttrPauseEvents = 0x14ff010a;
+constexpr std::uint32_t kAttrEventModule = 0x14ff010c;
+constexpr std::uint32_t kAttrEventPort = 0x14ff010d;
 constexpr std::uint32_t kAttrStamp = 0x30ff010b;
 
 // One pause_event_rec in the segment, host order.
@@ -95,8 +97,8 @@ void print_event(const std::uint8_t *record) {
 
     // Module and port are stored counted from 0 and shown counted from 1.
     const observe::Row row("pause_events");
-    observe::u32(kAttrModule, module + 1u);
-    observe::u32(kAttrPort, port + 1u);
+    observe::u32(kAttrEventModule, module + 1u);
+    observe::u32(kAttrEventPort, port + 1u);
     observe::text(kAttrStamp, stamp);
     std::printf(" %d/%d             %-26s \n", module + 1, static_cast<int>(port + 1u), stamp);
 }
