@@ -519,9 +519,10 @@ int main(int argc, char **argv) {
         }
         std::size_t count = 0;
         const qdcli_attr_info *entries = catalogue(&count);
+        const auto states = reinterpret_cast<qdsh::StatesLookup>(library.symbol("qdcli_attr_states"));
         const std::string text = options.metric_names      ? qdsh::metric_names_table(entries, count)
-                                 : options.schema == "json" ? qdsh::json_schema(entries, count)
-                                                            : qdsh::xml_schema(entries, count);
+                                 : options.schema == "json" ? qdsh::json_schema(entries, count, states)
+                                                            : qdsh::xml_schema(entries, count, states);
         std::fputs(text.c_str(), stdout);
         return 0;
     }

@@ -133,6 +133,59 @@ def check(where, scenario_args, command, cwd, validator, xsd):
     return doc
 
 
+def schemas_reject_mutations(validator, xsd, cwd):
+    """Real documents, each damaged in one way a faulty builder could damage
+    it: both schemas must refuse every one (XML Schema 1.0 cannot tie the
+    status to the errors: that pair is the JSON Schema's alone)."""
+    import copy
+    import xml.etree.ElementTree as ET
+    rc, out = run(["-o", "json", "-c", "show queuing interface ethernet1/1"], cwd)
+    doc = json.loads(out)
+    rc, xml_text = run(["-o", "xml", "-c", "show queuing interface ethernet1/1"], cwd)
+    row = "interfaces/interface/rx_queues/row"
+
+    def json_mutant(change):
+        d = copy.deepcopy(doc)
+        change(d, d["interfaces"][0]["rx_queues"][0])
+        return d
+
+    def xml_mutant(change):
+        root = ET.fromstring(xml_text.split("?>", 1)[1])
+        change(root, root.find(row))
+        return ET.tostring(root, encoding="unicode")
+
+    def drop(key):
+        return lambda d, r: r.pop(key)
+
+    def xml_drop(tag):
+        return lambda root, r: r.remove(r.find(tag))
+
+    def banana(d, r):
+        r["drop_type"] = "banana"
+
+    def xml_banana(root, r):
+        r.find("drop_type").text = "banana"
+    mutations = [
+        ("deleted counter", drop("rx_port_pkts"), xml_drop("rx_port_pkts")),
+        ("deleted index column", drop("rx_qos_group"), xml_drop("rx_qos_group")),
+        ("unknown state word", banana, xml_banana),
+        ("missing if_name", lambda d, r: d["interfaces"][0].pop("if_name"),
+         lambda root, r: root.find("interfaces/interface").remove(root.find("interfaces/interface/if_name"))),
+        ("empty row", lambda d, r: r.clear(), lambda root, r: [r.remove(c) for c in list(r)]),
+        ("ok with errors", lambda d, r: d["errors"].append({"kind": "receive", "message": "lost"}), None),
+        ("failed without errors", lambda d, r: d.update(status="failed"), None),
+    ]
+    for name, change, xml_change in mutations:
+        if validator.is_valid(json_mutant(change)):
+            fail("schema", f"the JSON Schema accepts a document with a {name}")
+        if xml_change is None:
+            continue
+        p = subprocess.run([XMLLINT, "--noout", "--schema", xsd, "-"], input=xml_mutant(xml_change),
+                           capture_output=True, text=True)
+        if p.returncode == 0:
+            fail("schema", f"the XML Schema accepts a document with a {name}")
+
+
 def main():
     with open(os.path.join(SCHEMA_DIR, "qdcli-document.schema.json")) as f:
         schema = json.load(f)
@@ -174,6 +227,17 @@ def main():
         if json.loads(out)["interfaces"][0]["if_name"] != "Ethernet1/1":
             fail("| json", "no document")
 
+        # The samples of watch, in both forms.
+        watch = ["--simulated-clock", "--compact", "-c", "watch --interval 1 --count 2 show queuing interface ethernet1/1"]
+        rc, out = run(["-o", "json"] + watch, work)
+        for sample in out.splitlines():
+            for error in validator.iter_errors(json.loads(sample)):
+                fail("watch sample", error.message[:200])
+        rc, out = run(["-o", "xml"] + watch, work)
+        p = subprocess.run([XMLLINT, "--noout", "--schema", xsd, "-"], input=out, capture_output=True, text=True)
+        if p.returncode != 0:
+            fail("watch sample", "XML: " + p.stderr[:300])
+
         # Key values, and the same type whatever the number of rows.
         eth = docs[("default", "show queuing interface ethernet1/1")]
         if eth is not None:
@@ -214,7 +278,7 @@ def main():
         tables = {k[len("table_"):] for k in schema["$defs"] if k.startswith("table_")}
         for t in tables:
             props(schema["$defs"]["table_" + t], declared)
-        structural = {"command", "status", "text_only", "interfaces", "lines", "errors", "interface", "extender", "message"}
+        structural = {"command", "status", "text_only", "interfaces", "lines", "unsupported", "errors", "kind", "message"}
         seen = set()
 
         def keys(value):
@@ -230,9 +294,12 @@ def main():
         unknown = seen - declared - tables - structural
         if unknown:
             fail("catalogue", f"printed but not catalogued: {sorted(unknown)}")
-        never = declared - seen
+        # Stream attributes the simulated daemon never sends (the alternative
+        # limits of another stream layout, a threshold no scenario sets).
+        never = declared - seen - {"sw_buffer_threshold", "sw_queue_limit_tx_alt", "sw_queue_limit_rx_alt"}
         if never:
             fail("catalogue", f"catalogued but never printed: {sorted(never)}")
+        schemas_reject_mutations(validator, xsd, work)
         unsupported = docs[("default", "show queuing interface ethernet9/9")]
         if unsupported is not None and unsupported["status"] != "failed":
             fail("unknown interface", "not failed")
