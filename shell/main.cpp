@@ -221,8 +221,10 @@ public:
         if (!structured) {
             // Text goes out as the handlers print it; through filters, once
             // the command has ended.
-            const qdsh::CommandOutcome outcome =
-                qdsh::run_command(shell_, line, lookup_, {.document = false, .capture_text = pipe.has_text_filters()});
+            qdsh::RunOptions options;
+            options.document = false;
+            options.capture_text = pipe.has_text_filters();
+            const qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_, options);
             if (pipe.has_text_filters()) {
                 const std::string out = qdsh::apply_filters(outcome.text, pipe.segments);
                 std::fwrite(out.data(), 1, out.size(), stdout);
@@ -232,11 +234,12 @@ public:
             qdsh::end_output_line();
             return outcome.ok;
         }
+        if (!metrics) return stream_document(line, format);
         const qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_);
         if (shell_.exit_requested() && outcome.ok) return true;  // "exit" has no document
         qdsh::Document document = outcome.document;
         if (ops_.nonzero) qdsh::drop_zero_rows(document, ops_.names);
-        if (metrics) {
+        {
             std::vector<qdsh::Sample> samples = qdsh::collect_samples(document, ops_.names);
             // From -c or a script, the metrics of every command make one
             // exposition, written when the run ends; at the prompt each
@@ -247,10 +250,45 @@ public:
             } else {
                 write(qdsh::write_exposition(samples, {}, *ops_.metrics));
             }
-        } else {
-            write_document(document, format);
         }
         return outcome.ok;
+    }
+
+    // Runs a command with its document written as it is built: each
+    // interface as soon as the handlers are done with it.
+    bool stream_document(const std::string &line, qdsh::Format format) {
+        bool started = false;
+        qdsh::DocumentStream stream(format, pretty_, [&](const std::string &text) {
+            if (!started) write_prologue(format);
+            started = true;
+            std::fwrite(text.data(), 1, text.size(), qdsh::command_output());
+        });
+        stream.begin(line);
+        qdsh::RunOptions options;
+        options.interface_done = [&](qdsh::Document &object) {
+            if (ops_.nonzero) qdsh::drop_zero_rows(object, ops_.names);
+            stream.interface(object);
+        };
+        qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_, options);
+        if (shell_.exit_requested() && outcome.ok) return true;  // "exit" has no document
+        if (ops_.nonzero) qdsh::drop_zero_rows(outcome.document, ops_.names);
+        stream.finish(outcome.document);
+        qdsh::end_output_line();
+        return outcome.ok;
+    }
+
+    // What comes before a document: the XML declaration, and the <qdsh>
+    // root that holds the documents of a -c or script run.
+    void write_prologue(qdsh::Format format) {
+        if (format != qdsh::Format::xml) return;
+        // Written while the command's own output is captured, maybe.
+        std::FILE *out = qdsh::command_output();
+        if (wrap_xml_ && format_ == qdsh::Format::xml) {
+            if (!xml_open_) std::fputs("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n", out);
+            xml_open_ = true;
+        } else {
+            std::fputs("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n", out);
+        }
     }
 
     // What the operator's options add: metrics output, --nonzero, the clock
@@ -302,19 +340,9 @@ public:
     }
 
     void write_document(const qdsh::Document &document, qdsh::Format format) {
-        std::string out;
-        if (format == qdsh::Format::json) {
-            out = qdsh::to_json(document, pretty_);
-        } else {
-            if (wrap_xml_ && format_ == qdsh::Format::xml) {
-                if (!xml_open_) out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n";
-                xml_open_ = true;
-            } else {
-                out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-            }
-            out += qdsh::to_xml(document, pretty_);
-            if (!pretty_) out += "\n";
-        }
+        write_prologue(format);
+        std::string out = format == qdsh::Format::json ? qdsh::to_json(document, pretty_) : qdsh::to_xml(document, pretty_);
+        if (format == qdsh::Format::xml && !pretty_) out += "\n";
         write(out);
     }
 

@@ -72,7 +72,7 @@ void walk(const Document &node, const Document::json_pointer &pointer, NameLooku
     for (auto it = node.begin(); it != node.end(); ++it) {
         const Document &v = it.value();
         if (v.is_object() || v.is_array()) {
-            if (it.key() != "errors") walk(v, pointer / it.key(), lookup, labels, out);
+            if (it.key() != "errors" && it.key() != "unsupported") walk(v, pointer / it.key(), lookup, labels, out);
             continue;
         }
         if (!v.is_number_unsigned() && !(v.is_number_integer() && v.get<std::int64_t>() >= 0)) continue;
@@ -82,6 +82,9 @@ void walk(const Document &node, const Document::json_pointer &pointer, NameLooku
         s.info = info;
         s.labels = labels;
         s.value = v.get<std::uint64_t>();
+        s.width_bits = info->width_bits;
+        if (const auto bits = node.find(it.key() + "_bits"); bits != node.end() && bits->is_number_unsigned())
+            s.width_bits = bits->get<unsigned>();
         s.row = pointer.to_string();
         out.push_back(std::move(s));
     }
@@ -266,7 +269,7 @@ std::vector<DeltaTracker::Reading> DeltaTracker::update(const std::vector<Sample
         if (!started_ || before == previous_.end()) continue;
         Reading &r = out[i];
         r.known = true;
-        r.delta = counter_delta(before->second, s.value, s.info->width_bits);
+        r.delta = counter_delta(before->second, s.value, s.width_bits);
         r.rate = interval_ > 0 ? static_cast<double>(r.delta.delta) / interval_ : 0;
     }
     previous_ = std::move(now);

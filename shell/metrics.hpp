@@ -26,6 +26,8 @@ struct Sample {
     const qdcli_attr_info *info = nullptr;  // its catalogue entry (counter or gauge)
     Labels labels;                          // interface, qos_group, queue, direction, extender...
     std::uint64_t value = 0;
+    unsigned width_bits = 0;                // where it wraps: the catalogue's width, or the
+                                            // row's NAME_bits where the value tells its field
     std::string row;                        // JSON pointer of the object that holds it
     std::string key() const;                // name and labels: the same series in every sample
 };
