@@ -12,6 +12,15 @@ fail() { echo "FAIL: $*" >&2; failures=$((failures + 1)); }
 
 warnings=$(MANWIDTH=200 man --warnings -l "$page" 2>&1 >/dev/null)
 [ -z "$warnings" ] || fail "man reports: $warnings"
+lexgrog "$page" >/dev/null 2>&1 || fail "lexgrog finds no NAME section: $(lexgrog "$page" 2>&1)"
+synopsis=$(MANWIDTH=200 man -l "$page" 2>/dev/null | sed 's/‐/-/g' | sed -n '/^SYNOPSIS/,/^[A-Z]/p')
+# Every usage line of --help is a line of the SYNOPSIS.
+while IFS= read -r form; do
+  grep -qxF "       qdsh $form" <<<"$synopsis" || fail "the SYNOPSIS lacks \"qdsh $form\""
+done < <("$qdsh" --help | sed -n 's/^\(Usage:\| \{6\}\) qdsh \(.*\)$/\2/p')
+[ "$(grep -c '^       qdsh ' <<<"$synopsis")" -ge 7 ] || fail "the SYNOPSIS lists fewer than 7 forms"
+# The exit statuses stay in their section.
+sed -n '/^EXIT STATUS/,/^[A-Z]/p' <<<"$(man -l "$page" 2>/dev/null)" | grep -q 'Type' && fail "EXIT STATUS holds other text"
 rendered=$(MANWIDTH=200 man -l "$page" 2>/dev/null | sed 's/‐/-/g')
 while IFS= read -r command; do
   # The command at the start of a line, whole (the page may put its help on the same line).
@@ -21,6 +30,7 @@ done < <("$qdsh" -c help | sed -n 's/^  \(.*[^ ]\)  \+.*$/\1/p')
 while IFS= read -r option; do
   grep -qF -- "$option" <<<"$rendered" || fail "the man page lacks the option $option"
 done < <("$qdsh" --help | sed -n 's/^  \(-[^ ,]*\).*/\1/p')
+grep -q '^Options of watch' <<<"$("$qdsh" --help)" || fail "--help lists no options of watch"
 
 # shellcheck source=/dev/null
 source "$completion"
@@ -40,16 +50,6 @@ check_next "show queuing interface eth1/1 " "extended"
 check_next "show queuing interface eth1/1, eth1/2 " ""
 check_next "frobnicate " ""
 
-complete_words() {  # COMP_WORDS..., completing the last one
-  COMP_WORDS=("$@")
-  COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
-  COMPREPLY=()
-  _qdsh qdsh "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
-  printf '%s|' "${COMPREPLY[@]}"
-}
-[ "$(complete_words qdsh -c "show wrr")" = "show wrr-queue|" ] || fail "-c \"show wrr\" gives $(complete_words qdsh -c "show wrr")"
-[ "$(complete_words qdsh --output j)" = "json|" ] || fail "--output j gives $(complete_words qdsh --output j)"
-[ "$(complete_words qdsh --no-p)" = "--no-pager|" ] || fail "--no-p gives $(complete_words qdsh --no-p)"
 complete -p qdsh >/dev/null 2>&1 || fail "the completion does not register itself for qdsh"
 
 [ "$failures" -eq 0 ] && echo "man page and completion agree with qdsh"
