@@ -290,7 +290,9 @@ void show_choices(std::vector<std::string> choices) {
     if (rows + 1 >= screen_rows) {
         std::fprintf(stdout, "\nDisplay all %zu possibilities? (y or n) ", choices.size());
         std::fflush(stdout);
-        const int key = rl_read_key();
+        // The line editor keeps the terminal in raw mode: one key is one read.
+        char key = 'n';
+        if (read(STDIN_FILENO, &key, 1) != 1) key = 'n';
         if (key != 'y' && key != 'Y' && key != ' ') {
             std::fputc('\n', stdout);
             std::fflush(stdout);
@@ -344,7 +346,15 @@ char **complete(const char *text, int start, int end) {
 // quoted or JSON value, or glued to a value, it is typed as it is.
 int help_key(int, int key) {
     const std::string_view before(rl_line_buffer, static_cast<std::size_t>(rl_point));
-    if (!g_shell->question_asks_help(before)) return rl_insert(1, key);
+    if (!g_shell->question_asks_help(before)) {
+        const char text[2] = {static_cast<char>(key), '\0'};
+        rl_insert_text(text);
+        // The line is drawn again where it stands.
+        std::fputs("\r\033[K", rl_outstream);
+        std::fflush(rl_outstream);
+        rl_forced_update_display();
+        return 0;
+    }
     std::fputc('\n', stdout);
     g_shell->show_help(before);
     rl_on_new_line();

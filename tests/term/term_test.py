@@ -38,7 +38,7 @@ class Terminal:
             if re.fullmatch(r"Enter|Tab|Up|Escape|C-[a-z]|BSpace", k):
                 self.tmux("send-keys", k)
             else:
-                self.tmux("send-keys", "-l", k)
+                self.tmux("send-keys", "-l", "--", k)
 
     def screen(self):
         return self.tmux("capture-pane", "-p").rstrip("\n").split("\n")
@@ -81,8 +81,17 @@ def case(term, name, steps):
         check(name, True)
     except AssertionError as e:
         check(name, False, str(e))
-    term.type("C-c")
-    term.type("clear", "Enter")
+    # Back to bash, whatever the case left open (a pager, a watch, qdsh).
+    for _ in range(10):
+        line = term.line()
+        if line.startswith("$"):
+            break
+        if line.startswith("qdsh#"):
+            term.type("C-u", "exit", "Enter")
+        else:
+            term.type("q", "C-c")
+        time.sleep(0.3)
+    term.type("C-u", "clear", "Enter")
     time.sleep(0.2)
 
 
@@ -123,8 +132,8 @@ def qdsh_cases(qdsh, gen_chassis):
         t.wait_for(r"^Ethernet1/4 +Ethernet1/4\d .*\n.*Ethernet1/48")
         t.type("C-u", "show queuing interface ", "Tab")
         t.wait_for(r"Display all 192 possibilities\? \(y or n\)")
-        t.type("n")
-        t.wait_for(r"^qdsh# show queuing interface $", where="line")
+        t.type("n")  # the common part of the names is still completed
+        t.wait_for(r"^qdsh# show queuing interface Ethernet$", where="line")
         t.type("Tab")
         t.wait_for(r"Display all 192 possibilities")
         t.type("y")
@@ -225,7 +234,7 @@ def bash_cases(completion):
     def subcommands(t):
         t.type("qdsh --nonzero wat", "Tab")
         t.wait_for(r"^\$ qdsh --nonzero watch $", where="line")
-        t.type("--c", "Tab")
+        t.type("--cou", "Tab")
         t.wait_for(r"^\$ qdsh --nonzero watch --count $", where="line")
         t.type("3 sh", "Tab", "qu", "Tab")
         t.wait_for(r"^\$ qdsh --nonzero watch --count 3 show queuing $", where="line")
