@@ -89,7 +89,7 @@ void write_man(std::ostream &out, const std::string &version) {
     out << ".SH DESCRIPTION\n" << roff(std::string(qdsh::cli::kDescription)) << "\n.PP\n"
         << roff(std::string(qdsh::cli::kPromptHelp)) << "\n.PP\nThe forms of the command line:\n";
     for (const qdsh::cli::Form &f : qdsh::cli::forms())
-        out << ".TP\n.B qdsh\n" << synopsis_words(f.words) << "\n" << roff(std::string(f.help)) << "\n";
+        out << ".TP\n\\fBqdsh\\fR " << synopsis_words(f.words) << "\n" << roff(std::string(f.help)) << "\n";
     out << ".SH OPTIONS\n";
     write_options(out, Scope::main);
     out << ".SS Options of watch\nThey follow the word \\fBwatch\\fR, on the command line or at the prompt. "
