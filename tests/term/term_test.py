@@ -1,30 +1,25 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""qdsh and its bash completion at a real terminal, driven through tmux the
-way a person types: keys in, screen captures out.
-
-    term_test.py qdsh QDSH GEN_CHASSIS      the interactive prompt
-    term_test.py bash COMPLETION            bash completion of qdsh
-"""
-import os
-import re
-import shlex
-import subprocess
-import sys
-import tempfile
-import time
+# What a person meets at a real terminal, typed through tmux (keys in, screen
+# captures out), and every example of the READMEs run as it is written.
+#   term_test.py qdsh QDSH GEN_CHASSIS | bash COMPLETION | readme SOURCE BUILD CXXFLAGS
+import os, pty, re, select, shlex, shutil, signal, socket, subprocess, sys, tempfile, time
 
 WIDTH, HEIGHT = 100, 30
+failures = []
+
+
+def fail(name, detail=""):
+    failures.append(name)
+    print(f"FAIL {name}\n{detail}")
 
 
 class Terminal:
-    """One tmux server of its own, one window running bash."""
+    """A tmux server of its own running bash with the prompt "$ "."""
 
     def __init__(self, env):
-        self.socket = f"qdsh-term-{os.getpid()}"
-        self.env = env
+        self.socket, self.env = f"qdsh-term-{os.getpid()}", env
         self.tmux("new-session", "-d", "-x", str(WIDTH), "-y", str(HEIGHT), "bash --norc --noprofile")
-        self.tmux("set-option", "-g", "status", "off")
         self.type("PS1='$ '; clear", "Enter")
         self.wait_for(r"^\$ $", where="line")
 
@@ -33,238 +28,248 @@ class Terminal:
                               capture_output=True, text=True).stdout
 
     def type(self, *keys):
-        for k in keys:
-            # Named keys (Enter, Tab, C-c) as tmux knows them; text literally.
-            if re.fullmatch(r"Enter|Tab|Up|Escape|C-[a-z]|BSpace", k):
-                self.tmux("send-keys", k)
-            else:
-                self.tmux("send-keys", "-l", "--", k)
+        for k in keys:  # tmux key names, or text typed as it is
+            named = re.fullmatch(r"Enter|Tab|Up|C-[a-z]", k)
+            self.tmux("send-keys", *([k] if named else ["-l", "--", k]))
 
     def screen(self):
-        return self.tmux("capture-pane", "-p").rstrip("\n").split("\n")
+        return self.tmux("capture-pane", "-p").rstrip("\n")
 
     def line(self):
-        """The line the cursor is on, up to the cursor (trailing blanks kept)."""
+        """The cursor's line up to the cursor, trailing blanks kept."""
         x, y = map(int, self.tmux("display-message", "-p", "#{cursor_x} #{cursor_y}").split())
-        rows = self.tmux("capture-pane", "-p", "-N").split("\n")
-        return rows[y][:x] if y < len(rows) else ""
+        return self.tmux("capture-pane", "-p", "-N").split("\n")[y][:x]
 
     def wait_for(self, pattern, timeout=10.0, where="screen"):
         deadline = time.monotonic() + timeout
         while True:
-            text = self.line() if where == "line" else "\n".join(self.screen())
+            text = self.line() if where == "line" else self.screen()
             if re.search(pattern, text, re.M):
                 return text
             if time.monotonic() > deadline:
-                raise AssertionError(f"waited {timeout} s for /{pattern}/ on the {where}; it shows:\n{text}")
+                raise AssertionError(f"waited {timeout} s for /{pattern}/ on the {where}:\n{text}")
             time.sleep(0.05)
 
-    def close(self):
-        subprocess.run(["tmux", "-L", self.socket, "kill-server"], env=self.env, capture_output=True)
-
-
-failures = []
-
-
-def check(name, condition, detail=""):
-    print(("ok   " if condition else "FAIL ") + name)
-    if not condition:
-        failures.append(name)
-        if detail:
-            print(detail)
-
-
-def case(term, name, steps):
-    """Runs one case; an assertion that fails fails the case only."""
-    try:
-        steps(term)
-        check(name, True)
-    except AssertionError as e:
-        check(name, False, str(e))
-    # Back to bash, whatever the case left open (a pager, a watch, qdsh).
-    for _ in range(10):
-        line = term.line()
-        if line.startswith("$"):
-            break
-        if line.startswith("qdsh#"):
-            term.type("C-u", "exit", "Enter")
-        else:
-            term.type("q", "C-c")
-        time.sleep(0.3)
-    term.type("C-u", "clear", "Enter")
-    time.sleep(0.2)
+    def run_cases(self, cases):
+        """Each step: keys to type (a string), ("line"|"screen", pattern[, timeout]) to wait for, or a check."""
+        try:
+            for name, steps in cases.items():
+                try:
+                    for step in steps:
+                        if isinstance(step, str):
+                            self.type(step)
+                        elif isinstance(step, tuple):
+                            self.wait_for(step[1], *step[2:], where=step[0])
+                        else:
+                            step(self)
+                    print("ok   " + name)
+                except AssertionError as e:
+                    fail(name, str(e))
+                for _ in range(10):  # back to bash, whatever the case left open
+                    line = self.line()
+                    if line.startswith("$"):
+                        break
+                    self.type(*(["C-u", "exit", "Enter"] if line.startswith("qdsh#") else ["q", "C-c"]))
+                    time.sleep(0.3)
+                self.type("C-u", "clear", "Enter")
+                time.sleep(0.2)
+        finally:
+            subprocess.run(["tmux", "-L", self.socket, "kill-server"], env=self.env, capture_output=True)
 
 
 def qdsh_cases(qdsh, gen_chassis):
     home = tempfile.mkdtemp(prefix="qdsh-term-")
-    env = dict(os.environ, HOME=home, TERM="xterm", LC_ALL="C.UTF-8", PAGER="less -FRX")
+    env = dict(os.environ, HOME=home, TERM="xterm", PAGER="less -FRX")
     env.pop("LESS", None)
     big = os.path.join(home, "big.json")
     subprocess.run([gen_chassis, "--cards", "16", "--ports", "48", "--extenders", "48", "--host-ports", "48",
                     "-o", big], check=True)
-    q = shlex.quote(qdsh)
-    term = Terminal(env)
+    prompt = [f"clear; {shlex.quote(qdsh)}", "Enter", ("line", r"^qdsh# $")]
+    idle = ("line", r"^qdsh# $")
 
-    def prompt(t, extra=""):
-        t.type(f"clear; {q} {extra}", "Enter")
-        t.wait_for(r"^qdsh# $", where="line")
+    def wide(t):
+        widths = [len(r) for r in t.wait_for(r"Ethernet102/1/48").split("\n") if "Ethernet" in r]
+        assert 80 < max(widths) <= WIDTH, f"the list is not as wide as the terminal: {max(widths)} columns"
 
-    def question_mark(t):
-        prompt(t)
-        t.type("?")
-        t.wait_for(r"^  show +Show switch state")
-        t.wait_for(r"^qdsh# $", where="line")
-        t.type("show wrr?")
-        t.wait_for(r"^  wrr-queue +Multicast WRR queues")
-        t.type("C-u", "sim set /platform/vdc {\"a\": ?")
-        t.wait_for(r'^qdsh# sim set /platform/vdc \{"a": \?$', where="line")
-        t.type("C-u", "qos queue-limit 99999999999", "Enter")
-        t.wait_for(r"queue-limit 99999999999 is out of range: expected \d+ to \d+")
+    def refreshes(interval, quit_key, back):
+        def check(t):
+            first = t.wait_for(rf"\A.*Every {interval}s: .*sample 1")  # drawn from the top: not scrolled
+            assert first != t.wait_for(rf"\A.*Every {interval}s: .*sample 2", interval + 3), "the screen stays"
+            started = time.monotonic()
+            t.type(quit_key)
+            t.wait_for(back, 2, where="line")
+            assert time.monotonic() - started < 1.5, f"{quit_key} did not end the watch at once"
+        return check
 
-    def tab_words_and_interfaces(t):
-        prompt(t)
-        t.type("show wrr", "Tab")
-        t.wait_for(r"^qdsh# show wrr-queue $", where="line")
-        t.type("Tab")
-        t.wait_for(r"^qdsh# show wrr-queue cos-map $", where="line")
-        t.type("C-u", "show queuing interface eth1/4", "Tab")
-        # Natural order, across the terminal's width.
-        t.wait_for(r"^Ethernet1/4 +Ethernet1/4\d .*\n.*Ethernet1/48")
-        t.type("C-u", "show queuing interface ", "Tab")
-        t.wait_for(r"Display all 192 possibilities\? \(y or n\)")
-        t.type("n")  # the common part of the names is still completed
-        t.wait_for(r"^qdsh# show queuing interface Ethernet$", where="line")
-        t.type("Tab")
-        t.wait_for(r"Display all 192 possibilities")
-        t.type("y")
-        text = t.wait_for(r"Ethernet102/1/48")
-        widths = [len(row) for row in text.split("\n") if "Ethernet" in row]
-        assert 80 < max(widths) <= WIDTH, f"the listing is not as wide as the terminal: {max(widths)} columns"
-
-    def pager(t):
-        prompt(t)
-        t.type("show queuing interface", "Enter")
-        t.wait_for(r"^:$", where="line")
-        t.type("q")
-        t.wait_for(r"^qdsh# $", where="line")
-
-    def interrupt(t):
-        prompt(t, f"--no-pager --scenario {shlex.quote(big)}")
-        # The report of 2,500 interfaces takes seconds; what a command prints
-        # is held until it ends.
-        t.type("show queuing interface", "Enter")
-        time.sleep(0.5)
-        t.type("C-c")
-        t.wait_for(r"interrupted: the rest of the output was dropped", timeout=60)
-        t.wait_for(r"^qdsh# $", where="line")
-
-    def history(t):
-        prompt(t)
-        t.type("sim interfaces | count", "Enter", "exit", "Enter")
-        t.wait_for(r"^\$ $", where="line")
-        prompt(t)
-        t.type("Up", "Up")
-        t.wait_for(r"^qdsh# sim interfaces \| count$", where="line")
-
-    def watch_at_prompt(t):
-        prompt(t)
-        t.type("watch -n 1 show queuing interface ethernet1/1", "Enter")
-        first = t.wait_for(r"\A.*Every 1s: .*sample 2")
-        t.wait_for(r"\A.*Every 1s: .*sample 3")
-        second = "\n".join(t.screen())
-        assert first != second, "two captures a second apart are the same"
-        started = time.monotonic()
-        t.type("q")
-        t.wait_for(r"^qdsh# $", where="line", timeout=2)
-        assert time.monotonic() - started < 1.5, "q did not end the watch at once"
-
-    def watch_command(t):
-        # The README's watch, exactly as it is written there (qdsh on PATH).
-        t.type(f"clear; PATH={shlex.quote(os.path.dirname(qdsh))}:$PATH; "
-               'qdsh -c "watch -n 5 --nonzero show queuing interface eth1/1-48"', "Enter")
-        first = t.wait_for(r"\A.*Every 5s: .*sample 1")
-        t.wait_for(r"\A.*Every 5s: .*sample 2", timeout=8)
-        assert "\n".join(t.screen()) != first, "the second sample did not change the screen"
-        t.type("C-c")
-        t.wait_for(r"^\$ $", where="line", timeout=2)
-
-    def leave(t):
-        prompt(t)
-        t.type("exit", "Enter")
-        t.type("echo status=$?", "Enter")
-        t.wait_for(r"^status=0$")
-
-    try:
-        for name, steps in [("? lists, and is typed inside a value", question_mark),
-                            ("Tab completes words and interfaces", tab_words_and_interfaces),
-                            ("a long report goes through the pager", pager),
-                            ("Ctrl-C cuts a long report short", interrupt),
-                            ("history is kept across two sessions", history),
-                            ("watch at the prompt refreshes in place, q ends it", watch_at_prompt),
-                            ("watch through -c refreshes in place, Ctrl-C ends it", watch_command),
-                            ("exit leaves qdsh", leave)]:
-            case(term, name, steps)
-    finally:
-        term.close()
+    Terminal(env).run_cases({
+        "? lists, and is typed inside a value": prompt + [
+            "?", ("screen", r"^  show +Show switch state"), idle, "show wrr?",
+            ("screen", r"^  wrr-queue +Multicast WRR queues"), "C-u", 'sim set /platform/vdc {"a": ?',
+            ("line", r'^qdsh# sim set /platform/vdc \{"a": \?$'), "C-u", "qos queue-limit 99999999999", "Enter",
+            ("screen", r"queue-limit 99999999999 is out of range: expected \d+ to \d+")],
+        "Tab completes words and interfaces": prompt + [
+            "show wrr", "Tab", ("line", r"^qdsh# show wrr-queue $"), "Tab", ("line", r"^qdsh# show wrr-queue cos-map $"),
+            "C-u", "show queuing interface eth1/4", "Tab", ("screen", r"^Ethernet1/4 +Ethernet1/4\d .*\n.*Ethernet1/48"),
+            "C-u", "show queuing interface ", "Tab", ("screen", r"Display all 192 possibilities\? \(y or n\)"), "n",
+            ("line", r"^qdsh# show queuing interface Ethernet$"), "Tab", ("screen", r"Display all 192"), "y", wide],
+        "a long report is paged": prompt + ["show queuing interface", "Enter", ("line", r"^:$"), "q", idle],
+        # 2,500 interfaces take seconds; what a command prints comes at its end.
+        "Ctrl-C cuts a long report short": [f"clear; {shlex.quote(qdsh)} --no-pager --scenario {big}", "Enter", idle,
+                                            "show queuing interface", "Enter", lambda t: time.sleep(0.5), "C-c",
+                                            ("screen", r"interrupted: the rest of the output was dropped", 60), idle],
+        "history is kept across two sessions": prompt + ["sim interfaces | count", "Enter", "exit", "Enter"] + prompt
+        + ["Up", "Up", ("line", r"^qdsh# sim interfaces \| count$")],
+        "watch at the prompt refreshes in place, q ends it": prompt + [
+            "watch -n 1 show queuing interface ethernet1/1", "Enter", refreshes(1, "q", r"^qdsh# $")],
+        "the README's watch through -c refreshes in place, Ctrl-C ends it": [
+            f"clear; PATH={shlex.quote(os.path.dirname(qdsh))}:$PATH; "
+            'qdsh -c "watch -n 5 --nonzero show queuing interface eth1/1-48"', "Enter", refreshes(5, "C-c", r"^\$ $")],
+        "exit leaves qdsh": prompt + ["exit", "Enter", "echo status=$?", "Enter", ("screen", r"^status=0$")],
+    })
 
 
 def bash_cases(completion):
-    env = dict(os.environ, TERM="xterm", LC_ALL="C.UTF-8", HOME=tempfile.mkdtemp(prefix="qdsh-term-"))
-    term = Terminal(env)
+    term = Terminal(dict(os.environ, TERM="xterm", HOME=tempfile.mkdtemp(prefix="qdsh-term-")))
     term.type(f"source {shlex.quote(completion)}; bind 'set bell-style none'; clear", "Enter")
     term.wait_for(r"^\$ $", where="line")
+    term.run_cases({
+        "a quoted -c word completes and stays open": [
+            'qdsh -c "sh', "Tab", ("line", r'^\$ qdsh -c "show $'), "Tab", "Tab", ("screen", r"show queuing +show system"),
+            ("line", r'^\$ qdsh -c "show $'), "wrr", "Tab", ("line", r'^\$ qdsh -c "show wrr-queue $'),
+            "cos-map\" -c 'sh", "Tab", ("line", r'''^\$ qdsh -c "show wrr-queue cos-map" -c 'show $''')],
+        "option values are offered, not file names": [
+            "qdsh -o ", "Tab", "Tab", ("screen", r"json +openmetrics +prometheus +text +xml"), "C-u", "qdsh --output o",
+            "Tab", ("line", r"^\$ qdsh --output openmetrics $"), "C-u", "qdsh --schema ", "Tab", "Tab",
+            ("screen", r"^json +xml")],
+        "watch and serve complete their options and command": [
+            "qdsh --nonzero wat", "Tab", "--cou", "Tab", ("line", r"^\$ qdsh --nonzero watch --count $"), "3 sh", "Tab",
+            "qu", "Tab", ("line", r"^\$ qdsh --nonzero watch --count 3 show queuing $"), "C-u", "qdsh serve --l", "Tab",
+            ("line", r"^\$ qdsh serve --listen $")],
+    })
 
-    def quoted_command(t):
-        t.type('qdsh -c "sh', "Tab")
-        t.wait_for(r'^\$ qdsh -c "show $', where="line")
-        t.type("Tab", "Tab")
-        t.wait_for(r"show queuing +show system")
-        t.wait_for(r'^\$ qdsh -c "show $', where="line")
-        t.type("wrr", "Tab")
-        t.wait_for(r'^\$ qdsh -c "show wrr-queue $', where="line")
-        t.type("cos-map\" -c 'sh", "Tab")
-        t.wait_for(r'''^\$ qdsh -c "show wrr-queue cos-map" -c 'show $''', where="line")
 
-    def option_values(t):
-        t.type("qdsh -o ", "Tab", "Tab")
-        t.wait_for(r"json +openmetrics +prometheus +text +xml")
-        t.type("C-u", "qdsh --output o", "Tab")
-        t.wait_for(r"^\$ qdsh --output openmetrics $", where="line")
-        t.type("C-u", "qdsh --schema ", "Tab", "Tab")
-        t.wait_for(r"^json +xml")
+# The READMEs' examples, in a scratch directory holding build/, scenarios/,
+# scripts/ and a copy of examples/; /opt/qdcli, /etc/qdsh-serve.json (the
+# JSON block the README shows) and the exporter's port are moved there. Left
+# out, with the reason: what builds or runs for minutes.
+SKIPPED = {"scripts/qdsh.sh": "builds, then the prompt: the terminal cases drive qdsh",
+           "scripts/test.sh": "what CI runs", "scripts/mutation.py": "minutes of rebuilds",
+           "cmake -S . -B": "another build tree", "cmake --preset": "another build tree", "cmake --build": "builds",
+           "ctest --preset": "this suite", "fuzz/run-all.sh": "minutes of fuzzing", "build-bench/": "benchmarks"}
 
-    def subcommands(t):
-        t.type("qdsh --nonzero wat", "Tab")
-        t.wait_for(r"^\$ qdsh --nonzero watch $", where="line")
-        t.type("--cou", "Tab")
-        t.wait_for(r"^\$ qdsh --nonzero watch --count $", where="line")
-        t.type("3 sh", "Tab", "qu", "Tab")
-        t.wait_for(r"^\$ qdsh --nonzero watch --count 3 show queuing $", where="line")
-        t.type("C-u", "qdsh serve --l", "Tab")
-        t.wait_for(r"^\$ qdsh serve --listen $", where="line")
 
+def code_blocks(path):
+    """(where, lines) of each indented block; "$ COMMAND" starts a block of its own."""
+    blocks, current, blank = [], None, True
+    for n, line in enumerate(open(path, encoding="utf-8").read().split("\n"), 1):
+        if line.startswith("    ") and (current is not None or blank):
+            if current is None or line.startswith("    $ "):
+                current = (f"{path}:{n}", [])
+                blocks.append(current)
+            current[1].append(line[4:])
+        elif line.strip():
+            current = None
+        blank = not line.strip()
+    return [(w, [l for l in b if l.strip()]) for w, b in blocks]
+
+
+def run(command, env, cwd, tty=False, timeout=120):
+    """Status and output (standard error included) of a bash command, on a pty when `tty`; the
+    status is None when the command still ran after `timeout` seconds (it is then interrupted)."""
+    master, slave = pty.openpty() if tty else (None, subprocess.PIPE)
+    p = subprocess.Popen(["bash", "-c", command], stdin=slave if tty else subprocess.DEVNULL, stdout=slave,
+                         stderr=subprocess.STDOUT, env=env, cwd=cwd, start_new_session=True)
+    out, deadline = b"", time.monotonic() + timeout
+    if tty:
+        os.close(slave)
+        while select.select([master], [], [], max(0, deadline - time.monotonic()))[0]:
+            try:
+                chunk = os.read(master, 65536)
+            except OSError:  # the command ended
+                break
+            out += chunk
+        os.close(master)
     try:
-        for name, steps in [("a quoted -c word completes and stays open", quoted_command),
-                            ("option values are offered, not file names", option_values),
-                            ("watch and serve complete their options and command", subcommands)]:
-            case(term, name, steps)
-    finally:
-        term.close()
+        out += p.communicate(timeout=max(0.1, deadline - time.monotonic()))[0] or b""
+        status = p.returncode
+    except subprocess.TimeoutExpired:
+        os.killpg(p.pid, signal.SIGINT)
+        out, status = out + (p.communicate()[0] or b""), None
+    return status, out.decode("utf-8", "replace").replace("\r\n", "\n")
 
 
-def main():
-    if len(sys.argv) == 4 and sys.argv[1] == "qdsh":
-        qdsh_cases(os.path.abspath(sys.argv[2]), sys.argv[3])
-    elif len(sys.argv) == 3 and sys.argv[1] == "bash":
-        bash_cases(sys.argv[2])
-    else:
-        print(__doc__, file=sys.stderr)
-        return 2
-    if failures:
-        print(f"{len(failures)} case(s) failed: " + ", ".join(failures))
-        return 1
-    return 0
+def readme_cases(source, build, cxxflags):
+    source, build, scratch = os.path.abspath(source), os.path.abspath(build), None
+    scratch = tempfile.mkdtemp(prefix="qdsh-readme-")
+    for name in ("scenarios", "scripts", "build"):
+        os.symlink(build if name == "build" else os.path.join(source, name), os.path.join(scratch, name))
+    shutil.copytree(os.path.join(source, "examples"), os.path.join(scratch, "examples"))
+    readmes = [os.path.join(source, "README.md"), os.path.join(source, "examples/host/README.md")]
+    exports = "".join(l.strip() + "\n" for l in open(readmes[0]).read().split("\n") if l.startswith("    export "))
+    with socket.socket() as sock:
+        sock.bind(("127.0.0.1", 0))
+        port = str(sock.getsockname()[1])
+    config = os.path.join(scratch, "qdsh-serve.json")
+    env = dict(os.environ, PAGER="", HOME=scratch, TERM="xterm", CXXFLAGS=cxxflags)
+    sh = lambda command, **kw: run(exports + command.replace("/opt/qdcli", scratch + "/opt").replace(
+        "/etc/qdsh-serve.json", config).replace("127.0.0.1:9477", "127.0.0.1:" + port), env, scratch, **kw)
+    forms = {re.sub(r"^(Usage:)? +", "", l) for l in sh("qdsh --help")[1].split("\n") if re.match(r"(Usage: | {7})qdsh ", l)}
+    blocks = [b for r in readmes for b in code_blocks(r)]
+    for _, lines in blocks:
+        if lines[0].startswith('{"commands"'):
+            open(config, "w").write("\n".join(lines) + "\n")
+    ran = 0
+    for where, lines in blocks:
+        where, first = os.path.relpath(where, source), lines[0]
+        commands = [first]
+        if first.startswith("{") or first.endswith(":"):
+            continue  # a file's contents
+        if "[OPTIONS]" in first:  # the forms of the command line
+            if set(lines) != forms:
+                fail(where, f"the forms are not those of qdsh --help: {sorted(forms)}")
+        elif first.startswith("$ "):  # a command on a terminal and its output
+            status, out = sh(first[2:], tty=True)
+            want = 1 if re.search(r'"failed"|>failed<', "\n".join(lines)) else 0
+            got = iter(l.strip() for l in out.split("\n"))
+            missing = [l.strip() for l in lines[1:] if "..." not in l and not any(l.strip() == g for g in got)]
+            if status != want or missing:
+                fail(where, f"status {status} (not {want}); not shown in this order: {missing[:1]}\n{out[-1500:]}")
+        elif first.split()[0] in {"show", "clear", "debug", "qos", "sim", "watch"}:  # typed into qdsh
+            status, out = sh("qdsh <<'EOF'\n" + "\n".join(lines) + "\nEOF")
+            if status != 0:
+                fail(where, out)
+        else:
+            commands = re.split(r"(?<![|\\&])\n", "\n".join(lines))
+            for command in commands:
+                reason = next((r for prefix, r in SKIPPED.items() if command.startswith(prefix)), None)
+                if reason or command.startswith("export "):
+                    print(f"skip {where}: {command} ({reason or 'applied to every example'})")
+                    continue
+                note = re.search(r"# exit status (\d+)", command)  # "# exit status 1: why"
+                endless = " serve " in command or re.search(r"watch(?!.*--count)", command) is not None
+                status, out = sh(command, timeout=6 if endless else 120)
+                if status != (None if endless else int(note.group(1)) if note else 0):
+                    fail(where, f"{command}: ended with status {status}: {out[-1500:]}")
+                elif re.match(r"\S*qdsh ", command) and not out.strip():
+                    fail(where, f"{command}: printed nothing")
+                ran += 1
+                print(f"ran  {where}: {command.splitlines()[0]}")
+            continue
+        ran += 1
+        print(f"ran  {where}: {first}")
+    for d, _, files in os.walk(scratch):  # every example host the READMEs build runs
+        if "qdcli_example_host" in files:
+            ran += 1
+            status, out = run(os.path.join(d, "qdcli_example_host"), env, d)
+            print(f"ran  {os.path.relpath(d, scratch)}/qdcli_example_host")
+            if status != 0:
+                fail(d, f"the example host does not run: {out}")
+    if ran < 10:
+        fail("readme", f"only {ran} examples ran")
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    mode, args = sys.argv[1], sys.argv[2:]
+    {"qdsh": qdsh_cases, "bash": bash_cases, "readme": readme_cases}[mode](*args)
+    print(f"{len(failures)} failed" if failures else "all passed")
+    sys.exit(1 if failures else 0)
