@@ -266,6 +266,10 @@ _qdsh_value() {
 _qdsh() {
   local cur=$2 scope=main i w start=0 options flags
   COMPREPLY=()
+  if [[ $COMP_CWORD -ge 2 && ${COMP_WORDS[COMP_CWORD-1]} == = ]]; then  # --output=VALUE
+    _qdsh_value "${COMP_WORDS[COMP_CWORD-2]}" "$cur"
+    return 0
+  fi
   # Which part of the line the word is in: qdsh's options, or those of
   # watch or serve, or the words of the watched command.
   for ((i = 1; i < COMP_CWORD; i++)); do
