@@ -19,7 +19,8 @@ class Terminal:
 
     def __init__(self, env):
         self.socket, self.env = f"qdsh-term-{os.getpid()}", env
-        self.tmux("new-session", "-d", "-x", str(WIDTH), "-y", str(HEIGHT), "bash --norc --noprofile")
+        self.tmux("new-session", "-d", "-x", str(WIDTH), "-y", str(HEIGHT),
+                  "timeout 600 bash --norc --noprofile")  # the server ends with it, whatever happens
         self.type("PS1='$ '; clear", "Enter")
         self.wait_for(r"^\$ $", where="line")
 
