@@ -249,7 +249,7 @@ public:
             if (!pretty_) out += "\n";
             break;
         }
-        if (pipe.has_text_filters()) out = qdsh::apply_filters(out, pipe.segments);
+        if (pipe.has_text_filters()) out = qdsh::apply_filters(out, pipe.segments, qdsh::stop_requested);
         std::fwrite(out.data(), 1, out.size(), stdout);
         // The library's messages carry no newline of their own (a switch's
         // prompt follows them): the next output starts on a line of its own.
@@ -546,6 +546,7 @@ int main(int argc, char **argv) {
             status = qdsh::run_serve(shell, lookup, ops.names, serve);
         qdsim::set_command_runner(nullptr);
         qdsim::shutdown();
+        if (qdsh::termination_signal() != 0) qdsh::end_by_signal();
         return status;
     }
     if (options.subcommand == "watch") {

@@ -134,8 +134,8 @@ bool set_state_value(const std::string &path, const std::string &value, std::str
             }
             source.doc[pointer] = std::move(parsed);
         }
-    } catch (const Json::exception &e) {
-        error = "\"" + path + "\" is not a JSON pointer into the state: " + e.what();
+    } catch (const Json::exception &) {
+        error = "\"" + path + "\" is not a JSON pointer into the state (such as /interfaces/Ethernet1~11/rates)";
         return false;
     }
     ScenarioError refused;

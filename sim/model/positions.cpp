@@ -3,6 +3,8 @@
 
 #include "model/json_input.hpp"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -57,7 +59,14 @@ public:
     bool boolean(bool v) { return value(Json(v)); }
     bool number_integer(Json::number_integer_t v) { return value(Json(v)); }
     bool number_unsigned(Json::number_unsigned_t v) { return value(Json(v)); }
-    bool number_float(Json::number_float_t v, const std::string &) { return value(Json(v)); }
+    bool number_float(Json::number_float_t v, const std::string &) {
+        if (!std::isfinite(v)) {  // 1e800: no JSON number type holds it
+            failure.where = at(token_start());
+            failure.reason = "a number too large for any JSON number";
+            return false;
+        }
+        return value(Json(v));
+    }
     bool string(std::string &v) { return value(Json(std::move(v))); }
     bool binary(Json::binary_t &) { return value(Json(nullptr)); }
 
@@ -72,7 +81,7 @@ public:
         if (frame.container->contains(name)) {
             duplicate = true;
             failure.where = at(start);
-            failure.reason = "duplicate member \"" + name + "\"";
+            failure.reason = "duplicate member " + quoted_excerpt(name);
             return false;
         }
         frame.key = name;
@@ -84,7 +93,8 @@ public:
         // The parser's message carries its own line and column ("... at
         // line N, column M: reason"). Read without a regular expression: the
         // reason quotes the text last read, which can be long, and a
-        // backtracking match over it would use stack in proportion.
+        // backtracking match over it would use stack in proportion. That
+        // quote is dropped: a message never repeats hostile text.
         const char *what = ex.what();
         unsigned long line = 0;
         unsigned long column = 0;
@@ -93,10 +103,12 @@ public:
         if (at_line != nullptr && std::sscanf(at_line, "at line %lu, column %lu: %n", &line, &column, &reason_at) == 2 &&
             reason_at > 0) {
             failure.where = {file_, line, column};
-            failure.reason = at_line + reason_at;
+            std::string_view reason(at_line + reason_at);
+            reason = reason.substr(0, std::min(reason.find("; last read: "), reason.size()));
+            failure.reason = std::string(reason.substr(0, 200));
         } else {
             failure.where = at(consumed_ > 0 ? consumed_ - 1 : 0);
-            failure.reason = what;
+            failure.reason = "not valid JSON";
         }
         return false;
     }

@@ -135,7 +135,7 @@ def serving(*serve_args, options=()):
 
 def stop_serve(p):
     p.send_signal(signal.SIGTERM)
-    check(p.wait(timeout=10) == 0, "serve exits 0 on SIGTERM")
+    check(p.wait(timeout=10) == -signal.SIGTERM, "serve ends by SIGTERM, like the shell")
 
 
 def serve_answers_scrapes_and_stops():
@@ -163,6 +163,20 @@ def serve_answers_scrapes_and_stops():
             stop_serve(p)
     r = qdsh("serve", "--listen", "0.0.0.0:9", status=2)
     check("only loopback addresses" in r.stderr, "serve refuses a non-loopback address: " + r.stderr)
+    with tempfile.TemporaryDirectory() as tmp:
+        config = os.path.join(tmp, "serve.json")
+        with open(config, "w") as f:
+            f.write('{"commands": ["show wrr-queue cos-map"], "commands": ["x"]}')
+        r = qdsh("serve", "--config", config, status=2)
+        check("duplicate member \"commands\"" in r.stderr, "--config refuses duplicate members: " + r.stderr)
+        with open(config, "w") as f:
+            f.write("[" * 100000)
+        r = qdsh("serve", "--config", config, status=2)
+        check("nests deeper than 64 levels" in r.stderr, "--config refuses deep nesting: " + r.stderr)
+        os.remove(config)
+        os.mkfifo(config)
+        r = qdsh("serve", "--config", config, status=2)
+        check("is not a regular file" in r.stderr, "--config refuses a FIFO at once: " + r.stderr)
 
 
 def serve_times_out_a_slow_collection():

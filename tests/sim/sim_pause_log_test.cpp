@@ -11,7 +11,9 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
+#include <vector>
 
 #include "platform/keyed_segment.hpp"
 #include "qdcli/handlers.h"
@@ -207,6 +209,45 @@ TEST_F(PauseLogTest, ASegmentOfALiveProcessIsNotTaken) {
     close(release);
     waitpid(child, nullptr, 0);
     shmctl(theirs, IPC_RMID, nullptr);
+}
+
+// In a directory every user may write to, another user makes the key file
+// (or only a segment under this user's key) first, right-sized and 0666:
+// nothing is published into it, so they never receive this switch's log.
+TEST_F(PauseLogTest, AnotherUsersKeyFileOrSegmentIsRefused) {
+    if (geteuid() != 0) GTEST_SKIP() << "acting as another user needs root";
+    ASSERT_EQ(chmod(".", 01777), 0);
+    const std::size_t size = 11u * PAUSE_EVENT_REC_SIZE;
+    for (const bool theirs_key_file : {true, false}) {
+        if (!theirs_key_file) make_key_file("mine\n");
+        const pid_t child = fork();
+        if (child == 0) {
+            if (setgid(65534) != 0 || setuid(65534) != 0) _exit(1);
+            if (theirs_key_file) {
+                umask(0);
+                if (mkdir("vrid", 0777) != 0) _exit(2);
+                std::ofstream(PAUSE_LOG_FTOK_PATH) << qdsim::platform::KeyedSegment::kKeyFileText;
+            }
+            _exit(shmget(ftok(PAUSE_LOG_FTOK_PATH, PAUSE_LOG_FTOK_ID), size, IPC_CREAT | 0666) < 0 ? 3 : 0);
+        }
+        int status = -1;
+        waitpid(child, &status, 0);
+        ASSERT_EQ(status, 0) << "the other user's setup";
+        const int segment = shmget(ftok(PAUSE_LOG_FTOK_PATH, PAUSE_LOG_FTOK_ID), 0, 0);
+        std::string out;
+        EXPECT_EQ(events(out), -1);
+        EXPECT_TRUE(diagnosed(qdsim::take_diagnostics(), "belongs to another user")) << theirs_key_file;
+        std::vector<std::uint8_t> zero(size, 0), seen(size, 1);
+        void *base = shmat(segment, nullptr, SHM_RDONLY);
+        ASSERT_NE(base, reinterpret_cast<void *>(-1));
+        std::memcpy(seen.data(), base, size);
+        shmdt(base);
+        EXPECT_EQ(seen, zero) << "nothing of the log reached their segment";
+        qdsim::shutdown();
+        shmctl(segment, IPC_RMID, nullptr);
+        unlink(PAUSE_LOG_FTOK_PATH);
+        rmdir("vrid");
+    }
 }
 
 TEST_F(PauseLogTest, AtExitOnlyTheProcessThatMadeASegmentRemovesIt) {
