@@ -86,6 +86,7 @@ bool read_json_file(const std::string &path, std::string &text, std::string &err
 
 bool check_json_depth(std::string_view text, std::string &error, std::size_t &offset) {
     std::size_t depth = 0;
+    std::size_t items = 0;
     bool in_string = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
@@ -95,6 +96,11 @@ bool check_json_depth(std::string_view text, std::string &error, std::size_t &of
             else if (c == '"')
                 in_string = false;
             continue;
+        }
+        if ((c == ',' || c == '[' || c == '{') && ++items > kMaxJsonItems) {
+            error = "holds more than " + std::to_string(kMaxJsonItems) + " values";
+            offset = i;
+            return false;
         }
         switch (c) {
         case '"': in_string = true; break;

@@ -19,6 +19,9 @@
 namespace qdsim {
 
 constexpr std::size_t kMaxJsonDepth = 64;
+// Fifty times the largest chassis of scripts/gen-chassis (16 cards, 48
+// extenders of 48 ports: about 19,000).
+constexpr std::size_t kMaxJsonItems = 1000000;
 // Far above any real chassis (the default one is about 100 KiB as JSON).
 constexpr std::size_t kMaxScenarioBytes = std::size_t{64} << 20;
 
@@ -27,9 +30,12 @@ constexpr std::size_t kMaxScenarioBytes = std::size_t{64} << 20;
 // than ..."), without the path.
 bool read_json_file(const std::string &path, std::string &text, std::string &error);
 
-// Scans `text` for arrays and objects nested deeper than kMaxJsonDepth
-// (brackets inside strings do not count). False with `error` and the
-// 0-based byte `offset` of the first bracket too deep.
+// Scans `text` for arrays and objects nested deeper than kMaxJsonDepth and
+// for more than kMaxJsonItems values (brackets and commas inside strings do
+// not count), before a parser builds anything: a text of a million
+// interfaces is refused in the time it takes to read it, not after the
+// gigabytes a parse of it would take. False with `error` and the 0-based
+// byte `offset` where the text went over.
 bool check_json_depth(std::string_view text, std::string &error, std::size_t &offset);
 
 // Parses one JSON value by the scenario loader's rules (the depth check

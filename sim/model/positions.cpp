@@ -4,7 +4,6 @@
 #include "model/json_input.hpp"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -59,14 +58,7 @@ public:
     bool boolean(bool v) { return value(Json(v)); }
     bool number_integer(Json::number_integer_t v) { return value(Json(v)); }
     bool number_unsigned(Json::number_unsigned_t v) { return value(Json(v)); }
-    bool number_float(Json::number_float_t v, const std::string &) {
-        if (!std::isfinite(v)) {  // 1e800: no JSON number type holds it
-            failure.where = at(token_start());
-            failure.reason = "a number too large for any JSON number";
-            return false;
-        }
-        return value(Json(v));
-    }
+    bool number_float(Json::number_float_t v, const std::string &) { return value(Json(v)); }
     bool string(std::string &v) { return value(Json(std::move(v))); }
     bool binary(Json::binary_t &) { return value(Json(nullptr)); }
 
@@ -106,6 +98,9 @@ public:
             std::string_view reason(at_line + reason_at);
             reason = reason.substr(0, std::min(reason.find("; last read: "), reason.size()));
             failure.reason = std::string(reason.substr(0, 200));
+        } else if (ex.id == 406) {  // 1e800: no JSON number type holds it
+            failure.where = at(token_start());
+            failure.reason = "a number too large for any JSON number";
         } else {
             failure.where = at(consumed_ > 0 ? consumed_ - 1 : 0);
             failure.reason = "not valid JSON";
@@ -210,6 +205,17 @@ private:
 bool parse_with_positions(std::string_view text, const std::string &file, Json &doc, PositionMap &positions,
                           ParseFailure &failure) {
     std::size_t consumed = 0;
+    if (std::string error; !check_json_depth(text, error, consumed)) {
+        // Where it went over: line and column of that byte.
+        std::size_t line = 1, column = 1;
+        for (std::size_t i = 0; i < consumed; ++i) {
+            column = text[i] == '\n' ? 1 : column + 1;
+            line += text[i] == '\n';
+        }
+        failure = {{file, line, column}, "the text " + error};
+        return false;
+    }
+    consumed = 0;
     PositionMap found;
     Recorder recorder(text, file, consumed, found);
     CountingIterator first{text.data(), &consumed};
