@@ -212,7 +212,8 @@ bool parse_with_positions(std::string_view text, const std::string &file, Json &
             column = text[i] == '\n' ? 1 : column + 1;
             line += text[i] == '\n';
         }
-        failure = {{file, line, column}, "the text " + error};
+        // "nests deeper than ...": the same words as the parse's own check.
+        failure = {{file, line, column}, error.starts_with("nests") ? "values nest" + error.substr(5) : "the text " + error};
         return false;
     }
     consumed = 0;

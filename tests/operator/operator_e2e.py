@@ -15,7 +15,6 @@ import signal
 import subprocess
 import sys
 import tempfile
-import threading
 import time
 import urllib.error
 import urllib.request
@@ -145,14 +144,8 @@ def serve_answers_scrapes_and_stops():
             json.dump({"commands": ["show queuing interface ethernet1/48", "show vaq no-credit-drops"],
                        "timeout_seconds": 20}, f)
         with serving("--config", config) as (p, port):
-            results = []
-            threads = [threading.Thread(target=lambda: results.append(scrape(port))) for _ in range(4)]
-            for t in threads:
-                t.start()
-            for t in threads:
-                t.join()
-            check(len(results) == 4 and all(c.startswith("text/plain; version=0.0.4") for c, _ in results),
-                  "four concurrent scrapes answered")
+            results = [scrape(port)]  # many at once: serve_load.py
+            check(results[0][0].startswith("text/plain; version=0.0.4"), "a scrape answered")
             families = {f.name: f for f in parse_prometheus(results[0][1])}
             check(families["qdcli_scrape_collection_errors"].samples[0].value == 1,
                   "the failing ASIC of the extender counts as a collection error")
@@ -163,20 +156,19 @@ def serve_answers_scrapes_and_stops():
             stop_serve(p)
     r = qdsh("serve", "--listen", "0.0.0.0:9", status=2)
     check("only loopback addresses" in r.stderr, "serve refuses a non-loopback address: " + r.stderr)
+    # --config goes through the scenario loader's JSON gate.
     with tempfile.TemporaryDirectory() as tmp:
         config = os.path.join(tmp, "serve.json")
-        with open(config, "w") as f:
-            f.write('{"commands": ["show wrr-queue cos-map"], "commands": ["x"]}')
-        r = qdsh("serve", "--config", config, status=2)
-        check("duplicate member \"commands\"" in r.stderr, "--config refuses duplicate members: " + r.stderr)
-        with open(config, "w") as f:
-            f.write("[" * 100000)
-        r = qdsh("serve", "--config", config, status=2)
-        check("nests deeper than 64 levels" in r.stderr, "--config refuses deep nesting: " + r.stderr)
-        os.remove(config)
-        os.mkfifo(config)
-        r = qdsh("serve", "--config", config, status=2)
-        check("is not a regular file" in r.stderr, "--config refuses a FIFO at once: " + r.stderr)
+        for text, words in [('{"commands": ["x"], "commands": ["y"]}', 'duplicate member "commands"'),
+                            ("[" * 100000, "nests deeper than 64 levels"), (None, "is not a regular file")]:
+            if text is None:
+                os.remove(config)
+                os.mkfifo(config)  # read at once, never waited on
+            else:
+                with open(config, "w") as f:
+                    f.write(text)
+            r = qdsh("serve", "--config", config, status=2)
+            check(words in r.stderr, f"--config refused: {r.stderr}")
 
 
 def serve_times_out_a_slow_collection():

@@ -11,9 +11,7 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
-#include <vector>
 
 #include "platform/keyed_segment.hpp"
 #include "qdcli/handlers.h"
@@ -213,7 +211,7 @@ TEST_F(PauseLogTest, ASegmentOfALiveProcessIsNotTaken) {
 
 // In a directory every user may write to, another user makes the key file
 // (or only a segment under this user's key) first, right-sized and 0666:
-// nothing is published into it, so they never receive this switch's log.
+// nothing of this switch's log is written into it.
 TEST_F(PauseLogTest, AnotherUsersKeyFileOrSegmentIsRefused) {
     if (geteuid() != 0) GTEST_SKIP() << "acting as another user needs root";
     ASSERT_EQ(chmod(".", 01777), 0);
@@ -223,26 +221,20 @@ TEST_F(PauseLogTest, AnotherUsersKeyFileOrSegmentIsRefused) {
         const pid_t child = fork();
         if (child == 0) {
             if (setgid(65534) != 0 || setuid(65534) != 0) _exit(1);
-            if (theirs_key_file) {
-                umask(0);
-                if (mkdir("vrid", 0777) != 0) _exit(2);
-                std::ofstream(PAUSE_LOG_FTOK_PATH) << qdsim::platform::KeyedSegment::kKeyFileText;
-            }
-            _exit(shmget(ftok(PAUSE_LOG_FTOK_PATH, PAUSE_LOG_FTOK_ID), size, IPC_CREAT | 0666) < 0 ? 3 : 0);
+            umask(0);
+            if (theirs_key_file && mkdir("vrid", 0777) == 0) std::ofstream(PAUSE_LOG_FTOK_PATH) << "theirs\n";
+            _exit(shmget(ftok(PAUSE_LOG_FTOK_PATH, PAUSE_LOG_FTOK_ID), size, IPC_CREAT | 0666) < 0);
         }
         int status = -1;
-        waitpid(child, &status, 0);
+        ASSERT_EQ(waitpid(child, &status, 0), child);
         ASSERT_EQ(status, 0) << "the other user's setup";
         const int segment = shmget(ftok(PAUSE_LOG_FTOK_PATH, PAUSE_LOG_FTOK_ID), 0, 0);
         std::string out;
         EXPECT_EQ(events(out), -1);
         EXPECT_TRUE(diagnosed(qdsim::take_diagnostics(), "belongs to another user")) << theirs_key_file;
-        std::vector<std::uint8_t> zero(size, 0), seen(size, 1);
-        void *base = shmat(segment, nullptr, SHM_RDONLY);
-        ASSERT_NE(base, reinterpret_cast<void *>(-1));
-        std::memcpy(seen.data(), base, size);
-        shmdt(base);
-        EXPECT_EQ(seen, zero) << "nothing of the log reached their segment";
+        const auto *seen = static_cast<const char *>(shmat(segment, nullptr, SHM_RDONLY));
+        EXPECT_EQ(std::string(seen, size), std::string(size, '\0')) << "nothing reached their segment";
+        shmdt(seen);
         qdsim::shutdown();
         shmctl(segment, IPC_RMID, nullptr);
         unlink(PAUSE_LOG_FTOK_PATH);
