@@ -27,6 +27,7 @@ constexpr std::array<FilterName, 6> kFilters{{
 
 // A typed pattern is short; these bound what a compiled one may take.
 constexpr std::size_t kMaxPatternBytes = 4096;
+constexpr std::size_t kMaxSegments = 32;
 constexpr std::int64_t kMaxPatternMemory = std::int64_t{8} << 20;
 
 std::string_view trim(std::string_view s) {
@@ -131,6 +132,10 @@ Pipeline split_pipeline(std::string_view line) {
         return p;
     }
     if (parts.size() == 1) return p;
+    if (parts.size() - 1 > kMaxSegments) {
+        p.error = "more than " + std::to_string(kMaxSegments) + " filters after one command";
+        return p;
+    }
     if (p.command.empty()) {
         p.error = "nothing before \"|\": a filter follows a command";
         return p;

@@ -96,6 +96,9 @@ TEST(Filters, HostilePatternsEndAndStop) {
     const qdsh::Pipeline p = qdsh::split_pipeline("x | include a");
     EXPECT_EQ(qdsh::apply_filters("a\na\n", p.segments, [] { return true; }), "");
     EXPECT_NE(qdsh::split_pipeline("x | include (a)\\1").error.find("bad regular expression"), std::string::npos);
+    std::string many = "x";
+    for (int i = 0; i < 33; ++i) many += " | include a";  // each compiled: a bound on the work of one line
+    EXPECT_EQ(qdsh::split_pipeline(many).error, "more than 32 filters after one command");
 }
 
 TEST(Filters, FormatsAndQuotedBarsAreNotFilters) {
