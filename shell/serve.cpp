@@ -17,7 +17,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
-#include <unordered_map>
+#include <unordered_set>
 
 #include <microhttpd.h>
 
@@ -381,7 +381,7 @@ private:
             auto *link = new Link;
             const MHD_ConnectionInfo *info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
             link->fd = info != nullptr ? info->connect_fd : -1;
-            self.links_.emplace(link, link);
+            self.links_.insert(link);
             *context = link;
         } else if (auto *link = static_cast<Link *>(*context)) {
             // Closed: the descriptor is still open here and is not cut after this.
@@ -462,7 +462,7 @@ private:
         if (scrape->done) {
             if (!scrape->body)
                 return answer(connection, MHD_HTTP_SERVICE_UNAVAILABLE,
-                              "collection did not finish within " + std::to_string(options_timeout(self)) + " s\n");
+                              "collection did not finish within " + std::to_string(self.options_.timeout) + " s\n");
             return answer_body(connection, scrape->body, scrape->dialect);
         }
         if (scrape->waiting) return MHD_YES;
@@ -477,8 +477,6 @@ private:
         self.wake_.notify_all();
         return MHD_YES;
     }
-
-    static double options_timeout(const Exporter &self) { return self.options_.timeout; }
 
     void scrape_loop() {
         std::unique_lock<std::mutex> lock(mutex_);
@@ -512,7 +510,7 @@ private:
         std::unique_lock<std::mutex> lock(mutex_);
         while (!wake_.wait_for(lock, std::chrono::milliseconds(200), [&] { return stopping_; })) {
             const Clock::time_point now = Clock::now();
-            for (auto &[key, link] : links_) {
+            for (Link *link : links_) {
                 const bool late = (link->phase == Link::Phase::request && now - link->since > kRequestDeadline) ||
                                   (link->phase == Link::Phase::answering && now - link->since > kAnswerDeadline);
                 if (late && !link->cut && link->fd >= 0) {
@@ -530,7 +528,7 @@ private:
     std::condition_variable wake_;
     bool stopping_ = false;
     std::deque<Scrape *> pending_;
-    std::unordered_map<Link *, Link *> links_;
+    std::unordered_set<Link *> links_;
     std::thread scraper_, reaper_;
 };
 
