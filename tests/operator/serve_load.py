@@ -75,40 +75,33 @@ def status(request, port, source="127.0.0.1", body_bytes=0):
 
 
 def scrape(port, source="127.0.0.1"):
+    """Whether a scrape asking for compression got the metrics uncompressed."""
     began = time.monotonic()
     code, body = status(b"GET /metrics HTTP/1.1\r\nHost: x\r\nAccept-Encoding: gzip, br\r\n\r\n", port, source)
-    return code == 200 and b"qdcli_rx_port_pkts" in body, time.monotonic() - began
+    return code == 200 and body.startswith(b"# HELP"), time.monotonic() - began
 
 
 def run(p, port, config):
     for _ in range(3):
         scrape(port)
     idle = kilobytes(p, "VmHWM")
-    with connect(port) as s:
-        s.sendall(b"GET /metrics HTTP/1.1\r\nHost: x\r\nAccept-Encoding: gzip, br\r\n\r\n")
-        head = answers(s)[0][1].lower()
-    check("content-encoding" not in head, "no compression, whatever the client accepts")
 
-    # 64 slow clients, a byte every 0.5 s each: cut at the 5 s request deadline.
+    # 64 slow clients, a byte every 0.5 s each: a scrape after 1.5 s answers
+    # within 1 s, and all are cut at the 5 s request deadline all the same.
     slow = [connect(port) for _ in range(64)]
-    stop = threading.Event()
-
-    def trickle():
-        for byte in b"GET /metrics HTTP/1.1\r\nX-Slow: " + b"a" * 40:
-            if stop.wait(0.5):
-                return
-            for c in slow:
-                try:
-                    c.send(bytes([byte]))
-                except OSError:
-                    pass
-
-    t = threading.Thread(target=trickle)
-    t.start()
-    time.sleep(1.2)
-    ok, seconds = scrape(port)
-    check(ok and seconds < 1.0, f"with 64 slow clients a scrape answers in {seconds:.2f} s")
-    time.sleep(5.5)
+    seconds = None
+    for tick, byte in enumerate(b"GET /metrics HTTP/1.1\r\nX-Slow: " + b"a" * 40):
+        for c in slow:
+            try:
+                c.send(bytes([byte]))
+            except OSError:
+                pass
+        if tick == 3:
+            ok, seconds = scrape(port)
+            check(ok and seconds < 1.0, f"with 64 slow clients a scrape answers in {seconds:.2f} s")
+        if tick == 13:
+            break
+        time.sleep(0.5)
     cut = 0
     for c in slow:
         c.settimeout(0.5)
@@ -118,9 +111,6 @@ def run(p, port, config):
             cut += 1
         except socket.timeout:
             pass
-    stop.set()
-    t.join()
-    for c in slow:
         c.close()
     check(cut == 64, f"the deadline does not restart with each byte: {cut} of 64 slow clients cut")
 
@@ -171,7 +161,8 @@ def run(p, port, config):
     check(refused is None and ok, "the per-client limit refuses a 129th connection, not others")
 
     for args, words in [(["--listen", f"127.0.0.1:{port}", "--config", config], "in use by another process"),
-                        (["--listen", "127.example:9"], "not a numeric loopback address")]:
+                        (["--listen", "127.example:9"], "not a numeric loopback address"),
+                        (["--listen", "0.0.0.0:9"], "only loopback addresses")]:
         r = subprocess.run([QDSH, "serve", *args], capture_output=True, text=True, timeout=20)
         check(r.returncode == 2 and words in r.stderr, "refused: " + r.stderr.strip())
     check(scrape(port)[0], "still answering after all of it")
