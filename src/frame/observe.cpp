@@ -32,6 +32,8 @@ Callback callback(const qdcli_observer *o, Callback qdcli_observer::*member, std
 
 }  // namespace
 
+bool active() { return current() != nullptr; }
+
 qdcli_subject interface(std::uint32_t if_index, const char *if_name) {
     qdcli_subject s{};
     s.kind = QDCLI_SUBJECT_INTERFACE;

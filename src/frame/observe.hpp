@@ -13,6 +13,9 @@
 
 namespace qdcli::observe {
 
+// Whether the host offers an observer now (for work done only to tell it).
+bool active();
+
 qdcli_subject interface(std::uint32_t if_index, const char *if_name = nullptr);
 qdcli_subject extender(std::uint32_t vaq);
 qdcli_subject asic(std::uint32_t vaq, std::uint32_t asic);

@@ -115,6 +115,8 @@ private:
 // the walk; returns -1 or the result that row left.
 template <class Context, std::size_t N>
 std::int32_t walk(cmd_rsp *rsp, const std::array<Row<Context>, N> &table, Context &context) {
+    // Without an observer nothing is looked up or told.
+    const bool observed = observe::active();
     StreamRows rows;
     for (;;) {
         void *value = nullptr;
@@ -133,8 +135,10 @@ std::int32_t walk(cmd_rsp *rsp, const std::array<Row<Context>, N> &table, Contex
                                     static_cast<unsigned>(reader.length()), static_cast<unsigned>(row->width));
             continue;
         }
-        rows.before(id);
-        tell_value(id, row->width, reader);
+        if (observed) {
+            rows.before(id);
+            tell_value(id, row->width, reader);
+        }
         row->render(context, reader);
         if (context.done) return context.result;
     }
