@@ -224,6 +224,9 @@ public:
         case qdsh::Format::text:
             if (metrics) {
                 std::vector<qdsh::Sample> samples = qdsh::collect_samples(document, ops_.names);
+                for (const std::string &series : qdsh::repeated_series(samples))
+                    qdsh::report_error("metrics: the series " + series + " repeats within \"" + line +
+                                       "\" (only its first value is kept)");
                 // From -c or a script, the metrics of every command make one
                 // exposition, written when the run ends; at the prompt (or
                 // through filters) each command gets its own.
@@ -253,7 +256,8 @@ public:
         std::fwrite(out.data(), 1, out.size(), stdout);
         // The library's messages carry no newline of their own (a switch's
         // prompt follows them): the next output starts on a line of its own.
-        qdsh::end_output_line();
+        // Metrics kept for the end of the run wrote nothing to end.
+        if (!(metrics && out.empty())) qdsh::end_output_line();
         return outcome.ok;
     }
 
