@@ -152,8 +152,11 @@ std::string sample_name(const std::string &family, enum qdcli_metric_type type) 
 }
 
 std::string help_of(const qdcli_attr_info &info) {
-    if (info.metric_type == QDCLI_METRIC_INFO)
-        return "Configuration of the object, as labels (value 1): a change of it starts a new series";
+    if (info.metric_type == QDCLI_METRIC_INFO) {
+        std::string what = info.metric != nullptr ? info.metric : info.name;
+        std::replace(what.begin(), what.end(), '_', ' ');
+        return "Configuration of each " + what + ", as labels (value 1)";
+    }
     const char *help = info.metric_help != nullptr ? info.metric_help : info.help;
     return help != nullptr ? help : info.name;
 }
@@ -223,18 +226,21 @@ void family_header(std::string &out, const std::string &family, enum qdcli_metri
 
 namespace {
 
-// The identity labels of the rows of `table` and of the tables it sits in.
-void table_labels(const qdcli_attr_info *entries, std::size_t count, const char *table, std::vector<std::string> &out) {
-    const char *parent = nullptr;
-    for (std::size_t i = 0; table != nullptr && i < count; ++i) {
+// The identity labels of the rows of `table`, after those of the tables it sits in.
+void table_labels(const qdcli_attr_info *entries, std::size_t count, const char *table, std::vector<std::string> &out,
+                  int depth = 0) {
+    if (table == nullptr || depth > 8) return;
+    for (std::size_t i = 0; i < count; ++i)
+        if (entries[i].table != nullptr && std::strcmp(entries[i].table, table) == 0 && entries[i].parent_table != nullptr) {
+            table_labels(entries, count, entries[i].parent_table, out, depth + 1);
+            break;
+        }
+    for (std::size_t i = 0; i < count; ++i) {
         const qdcli_attr_info &a = entries[i];
-        if (a.table == nullptr || std::strcmp(a.table, table) != 0) continue;
-        if (a.parent_table != nullptr) parent = a.parent_table;
-        if (a.metric_type == QDCLI_METRIC_NONE && a.label != nullptr &&
-            std::find(out.begin(), out.end(), a.label) == out.end())
-            out.insert(out.begin(), a.label);
+        if (a.table != nullptr && std::strcmp(a.table, table) == 0 && a.metric_type == QDCLI_METRIC_NONE &&
+            a.label != nullptr && std::find(out.begin(), out.end(), a.label) == out.end())
+            out.push_back(a.label);
     }
-    if (parent != nullptr && std::strcmp(parent, table) != 0) table_labels(entries, count, parent, out);
 }
 
 }  // namespace
@@ -336,7 +342,9 @@ std::vector<DeltaTracker::Reading> DeltaTracker::update(const std::vector<Sample
     interval_ = started_ ? seconds - last_ : 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const Sample &s = samples[i];
-        if (!s.is_counter()) continue;
+        // Every count that grows, a saturating one included (the exporter
+        // calls that a gauge).
+        if (s.info == nullptr || s.info->role != QDCLI_ROLE_COUNTER) continue;
         const CounterState::Step step = state_.observe(s.key(), s.value, s.info->width_bits);
         if (!step.known) continue;
         Reading &r = out[i];

@@ -92,14 +92,14 @@ def metrics_output_is_valid():
     doc = documents(qdsh("-o", "json", "--compact", "-c", "show queuing interface ethernet1/48").stdout)[0]
     want = doc["interfaces"][0]["rx_queues"][0]["rx_port_pkts"]
     got = [s.value for s in families["qdcli_rx_port_pkts"].samples
-           if s.labels == {"interface": "Ethernet1/48", "qos_group": "0", "direction": "rx"}]
+           if s.labels == {"interface": "Ethernet1/48", "qos_group": "0"}]
     check(got == [want], f"qdcli_rx_port_pkts_total of Ethernet1/48 qos-group 0: {got}, JSON says {want}")
-    check(families["qdcli_rx_port_pkts"].type == "counter" and families["qdcli_q_size"].type == "gauge", "types")
+    check(families["qdcli_rx_port_pkts"].type == "counter" and families["qdcli_q_size_bytes"].type == "gauge", "types")
     om = qdsh("-o", "openmetrics", "-c", "show vaq no-credit-drops", "-c", "show queuing interface e1/1",
               status=1).stdout
     check(om.endswith("# EOF\n") and om.count("# EOF") == 1, "one OpenMetrics exposition for the run")
     drops = {tuple(sorted(s.labels.items())): s.value for f in parse_openmetrics(om) for s in f.samples
-             if s.name == "qdcli_no_credit_drops_total"}
+             if s.name == "qdcli_no_credit_drops"}
     check(drops.get((("asic", "0"), ("extender", "101"), ("ss", "2"))) == 15, f"no-credit drops: {drops}")
 
 
@@ -154,8 +154,9 @@ def serve_answers_scrapes_and_stops():
             check(len(results) == 4 and all(c.startswith("text/plain; version=0.0.4") for c, _ in results),
                   "four concurrent scrapes answered")
             families = {f.name: f for f in parse_prometheus(results[0][1])}
-            check(families["qdcli_scrape_collection_errors"].samples[0].value == 1,
-                  "the failing ASIC of the extender counts as a collection error")
+            errors = [(s.labels["command"], s.value) for s in families["qdcli_collection_errors"].samples]
+            check(errors == [("show vaq no-credit-drops", 1)],
+                  f"the failing ASIC of the extender counts as a collection error of its command: {errors}")
             check("qdcli_scrape_duration_seconds" in families, "scrape duration")
             content_type, body = scrape(port, "application/openmetrics-text; version=1.0.0")
             check(content_type.startswith("application/openmetrics-text"), "OpenMetrics on request")
@@ -198,16 +199,16 @@ def serve_times_out_a_slow_collection():
             stop_serve(p)
 
 
-def readme_lists_the_metric_names():
-    readme = open(os.path.join(os.path.dirname(__file__), "..", "..", "README.md")).read()
-    listed = readme.split("<!-- metric-names begin -->\n", 1)[-1].split("<!-- metric-names end -->", 1)[0]
+def the_metrics_reference_is_current():
+    reference = open(os.path.join(os.path.dirname(__file__), "..", "..", "docs", "METRICS.md")).read()
+    listed = reference.split("<!-- metric-names begin -->\n", 1)[-1].split("<!-- metric-names end -->", 1)[0]
     names = [line.split("`")[1] for line in listed.splitlines()[2:]]
     check(len(names) == len(set(names)) > 50, "every metric family has a name of its own")
     check(listed == qdsh("--metric-names").stdout,
-          "README's metric names differ from qdsh --metric-names (paste its output between the markers)")
+          "docs/METRICS.md differs from qdsh --metric-names (paste its output between the markers)")
 
 
-for test in (readme_lists_the_metric_names, watch_rates_match_the_switch, watch_sees_a_32_bit_wrap, metrics_output_is_valid,
+for test in (the_metrics_reference_is_current, watch_rates_match_the_switch, watch_sees_a_32_bit_wrap, metrics_output_is_valid,
              nonzero_leaves_out_zero_rows, serve_answers_scrapes_and_stops, serve_times_out_a_slow_collection):
     test()
 print(f"{len(failures)} failure(s)")

@@ -1,7 +1,9 @@
 #!/usr/bin/python3
-"""A real Prometheus server scrapes `qdsh serve` on the default simulated
-switch, on loopback, and a queue counter is read back through Prometheus's
-HTTP query API. Both processes are stopped on every path.
+"""A real Prometheus server, with the shipped rules loaded, scrapes `qdsh
+serve` on the default simulated switch, on loopback; a 32-bit queue counter
+starts just below its wrap and is read back through Prometheus's HTTP query
+API once it wrapped: no reset, and its rate is the switch's. Both processes
+are stopped on every path.
 
     prometheus_e2e.py QDSH      (exit 77: no prometheus installed)
 """
@@ -18,7 +20,9 @@ import urllib.parse
 import urllib.request
 
 QDSH = sys.argv[1]
-DEADLINE = time.monotonic() + 25  # the whole test
+DEADLINE = time.monotonic() + 50  # the whole test
+E48 = "/interfaces/Ethernet1~148/queuing/qos_groups/0"
+RULES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "share", "qdcli", "prometheus")
 
 
 def free_port():
@@ -53,7 +57,21 @@ def main():
     exporter = server = None
     with tempfile.TemporaryDirectory() as tmp:
         try:
-            exporter = subprocess.Popen([QDSH, "serve", "--listen", "127.0.0.1:0"], stdout=subprocess.DEVNULL,
+            # The switch as it is, but for one counter 12 seconds before its wrap
+            # (Prometheus is up and scraping by then).
+            state = json.loads(subprocess.run([QDSH, "-c", "sim show"], capture_output=True, text=True,
+                                              timeout=30).stdout)
+            group = state["interfaces"]["Ethernet1/48"]["queuing"]["qos_groups"][0]
+            rate = group["rates"]["counters"]["rx_port_pkts"]
+            group["counters"]["rx_port_pkts"] = 2**32 - 12 * rate
+            scenario = os.path.join(tmp, "near-wrap.json")
+            with open(scenario, "w") as f:
+                json.dump(state, f)
+            serve_config = os.path.join(tmp, "serve.json")
+            with open(serve_config, "w") as f:
+                json.dump({"commands": ["show queuing interface ethernet1/48"]}, f)
+            exporter = subprocess.Popen([QDSH, "--scenario", scenario, "serve", "--listen", "127.0.0.1:0",
+                                         "--config", serve_config], stdout=subprocess.DEVNULL,
                                         stderr=subprocess.PIPE, text=True)
             line = exporter.stderr.readline()
             if not line.startswith("qdsh: serving http://127.0.0.1:"):
@@ -63,30 +81,38 @@ def main():
             web_port = free_port()
             config = os.path.join(tmp, "prometheus.yml")
             with open(config, "w") as f:
-                f.write("global:\n  scrape_interval: 2s\n  scrape_timeout: 2s\n"
-                        "scrape_configs:\n  - job_name: qdsh\n    static_configs:\n"
+                f.write("global:\n  scrape_interval: 1s\n  scrape_timeout: 1s\n  evaluation_interval: 1s\n"
+                        f"rule_files: ['{RULES}/qdcli-rules.yml', '{RULES}/qdcli-alerts.yml']\n"
+                        "scrape_configs:\n  - job_name: qdcli\n    static_configs:\n"
                         f"      - targets: ['127.0.0.1:{exporter_port}']\n")
             server = subprocess.Popen(
                 [prometheus, "--config.file=" + config, "--storage.tsdb.path=" + os.path.join(tmp, "data"),
                  f"--web.listen-address=127.0.0.1:{web_port}", "--log.level=warn"],
                 stdout=subprocess.DEVNULL, stderr=open(os.path.join(tmp, "prometheus.log"), "w"))
-            wanted = 'qdcli_rx_port_pkts_total{interface="Ethernet1/48",qos_group="0",direction="rx"}'
+            wanted = 'qdcli_rx_port_pkts_total{interface="Ethernet1/48",qos_group="0"}'
             while time.monotonic() < DEADLINE:
                 if server.poll() is not None or exporter.poll() is not None:
                     print("a process ended early; prometheus log:")
                     print(open(os.path.join(tmp, "prometheus.log")).read()[-3000:])
                     return 1
                 try:
-                    result = query(web_port, wanted)
-                    up = query(web_port, 'up{job="qdsh"}')
+                    # Past the wrap for five scrapes or more.
+                    past = query(web_port, f"count_over_time(({wanted} > {2**32})[1m:1s])")
+                    up = query(web_port, 'up{job="qdcli"}')
+                    rules = query(web_port, 'instance:qdcli_rx_port_pkts:rate5m')
                 except OSError:
-                    result, up = [], []
-                if result and up and up[0]["value"][1] == "1":
-                    value = float(result[0]["value"][1])
-                    print(f"prometheus answered {wanted} = {value:.0f}")
-                    return 0 if value > 0 else 1
+                    past, up, rules = [], [], []
+                if past and float(past[0]["value"][1]) >= 5 and up and up[0]["value"][1] == "1":
+                    resets = float(query(web_port, f"resets({wanted}[1m])")[0]["value"][1])
+                    measured = float(query(web_port, f"rate({wanted}[10s])")[0]["value"][1])
+                    success = query(web_port, "qdcli_scrape_command_success")
+                    print(f"after the wrap: resets() {resets}, rate() {measured:.0f} (the switch's {rate}), "
+                          f"recording rule {rules and rules[0]['value'][1]}, success {success and success[0]['value'][1]}")
+                    ok = resets == 0 and abs(measured - rate) < 0.2 * rate and rules and \
+                        success and success[0]["value"][1] == "1"
+                    return 0 if ok else 1
                 time.sleep(0.5)
-            print("no answer from prometheus in time; its log:")
+            print("no answer from prometheus in time:", past, up, rules, "; its log:")
             print(open(os.path.join(tmp, "prometheus.log")).read()[-3000:])
             return 1
         finally:

@@ -278,7 +278,7 @@ TEST(Exposition, BothDialects) {
                                                {"qdcli_x", true, "X", {{{{"command", "a\"b\\c\nd"}}, "1"}}}};
     const std::string om = qdsh::write_exposition(s, extra, qdsh::Exposition::openmetrics);
     for (const char *part : {
-             "# HELP qdcli_rx_queue Configuration of the object, as labels (value 1): a change of it starts a new series\n"
+             "# HELP qdcli_rx_queue Configuration of each rx queue, as labels (value 1)\n"
              "# TYPE qdcli_rx_queue info\n"
              "qdcli_rx_queue_info{interface=\"Ethernet1/1\",qos_group=\"0\",drop_type=\"drop\"} 1\n"
              "qdcli_rx_queue_info{interface=\"Ethernet1/1\",qos_group=\"1\",drop_type=\"no-drop\"} 1\n"
