@@ -1,44 +1,50 @@
 // SPDX-License-Identifier: MIT
-// Structured output: one document per command, built as a tree while the
-// command runs and serialised once, as JSON or XML.
+// Structured output: one document per command, built from the library's
+// typed events (qdcli/observer.h) while the command runs, and serialised as
+// JSON or XML.
 //
 // A command's document (nlohmann::ordered_json, members in this order):
 //
 //   {
 //     "command": "show queuing interface ethernet1/1",
 //     "status": "ok" | "failed",
-//     "text_only": false,        // true: the report is text the library
-//                                // printed to standard output; see "lines"
-//     "interfaces": [            // one object per interface reported, in order
+//     "text_only": false,        // true: the report is text the daemon or the
+//                                // library printed without typed values; see "lines"
+//     "interfaces": [            // one object per interface the handlers worked on, in order
 //       { "if_name": "Ethernet1/1",
-//         "mcast_from_xbar_total": 414364,          // values of the report itself
+//         "mcast_from_xbar_total": 414364,          // values of the interface itself
 //         "tx_queues": [ {"tx_qos_group": 0, "sched_type": "wrr", "oper_bandwidth": 50}, ... ],
 //         "rx_queues": [ {"rx_qos_group": 0, "q_size": 243200, ...}, ... ] } ],
-//     "extenders": [ {"vaq": 101, "asic_count": 1,  // tables of a report that is
-//                     "asics": [ {"asic": 0, ...,    // not about one interface
-//                                 "ss": [ {"ss": 0, "no_credit_drops": 3} ]} ]} ],
-//     "lines": [ "..." ],        // text lines outside the typed report (text-only reports)
-//     "errors": [ {"interface": "Ethernet1/3", "extender": 102, "message": "..."} ]
+//     "extenders": [ {"vaq": 101, "asic_count": 2,  // present when the command worked on extenders
+//                     "asics": [ {"asic": 0, ..., "ss": [ {"ss": 0, "no_credit_drops": 3} ]} ]} ],
+//     "mcast_queues": [ ... ],   // tables and values about no interface or extender
+//     "lines": [ "..." ],        // text the command printed outside typed values
+//     "unsupported": [ {"kind": "unsupported", "if_name": "Ethernet2/24", "message": "..."} ],
+//     "errors": [ {"kind": "receive", "vaq": 102, "message": "..."} ]
 //   }
 //
-// Every member name is the attribute's name in the library's catalogue
-// (qdcli/attributes.h). A table is always an array of row objects, even
-// with one row; each row holds its index column (qos-group, queue,
-// glb_idx...). Tables nest where the catalogue says so (extender, ASIC, SS).
-// A value printed once per element (the CoS values of a queue) is always an
-// array. Numbers are JSON integers, 64-bit counters exact; a signed value of
-// -1 ("does not apply") is left out; texts of a fixed vocabulary are trimmed
-// and lower case ("wrr", "inactive", "yes"). "interfaces", "errors" and
-// "lines" are always there (possibly empty); an error entry has "message"
-// and, where it can be told, the "interface" or the "extender" it is about.
+// Every member name of a value is the attribute's name in the library's
+// catalogue (qdcli/attributes.h); every table is an array of row objects,
+// exactly as the library told its rows, each row holding its index column.
+// A value told once per element (the CoS values of a queue) is an array.
+// Numbers are JSON integers, 64-bit counters exact; a signed value of -1
+// ("does not apply") is left out; texts of a fixed vocabulary are trimmed and
+// lower case ("wrr", "inactive", "yes").
 //
-// The tree is built from what the handler hands to the shell's printer
-// (attribute IDs and value bytes, PrinterFlush) and from what it writes to
-// standard output, captured while it runs. Nothing here depends on how the
-// platform operations are implemented.
+// "unsupported" lists the subjects that a command over many subjects met and
+// that are not supported there (an interface the daemon does not support in
+// the walk over every interface, an ASIC without the counters): they do not
+// make the command fail. "errors" lists every failure; "status" is "failed"
+// exactly when it is not empty. An entry has "kind" (unsupported,
+// not_supported, not_allowed, invalid, send, receive, empty, truncated,
+// damaged, platform, memory, internal, or refused for qdsh's own refusals),
+// the subject's keys where it has one (if_name, vaq, asic) and "message".
 #pragma once
 
 #include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -46,61 +52,102 @@
 #include <nlohmann/json.hpp>
 
 #include "qdcli/attributes.h"
+#include "qdcli/observer.h"
 
 namespace qdsh {
-
-class Shell;
 
 using Document = nlohmann::ordered_json;
 
 enum class Format { text, json, xml };
 
-// One piece of what a command printed, in the order printed.
-struct Segment {
-    enum class Kind { standard_output, printer };
-    Kind kind = Kind::standard_output;
-    std::string text;
-    struct Value {
-        std::uint32_t attr = 0;
-        std::vector<std::uint8_t> bytes;
-    };
-    std::vector<Value> values;  // printer flushes only
-};
-
 // The attribute lookup of the loaded library (qdcli_attr_find).
 using AttributeLookup = const qdcli_attr_info *(*)(std::uint32_t);
 
+// A subject as qdsh names it: the keys of the library's subject, the
+// interface's name resolved where the library gave only its index.
+struct SubjectKeys {
+    qdcli_subject_kind kind = QDCLI_SUBJECT_INTERFACE;
+    std::optional<std::uint32_t> if_index;
+    std::string if_name;
+    std::optional<std::uint32_t> vaq;
+    std::optional<std::uint32_t> asic;
+
+    // "Ethernet1/3", "vaq 101", "vaq 101 asic 1"; empty for none.
+    std::string label() const;
+};
+
+// One failure or refusal of a command.
+struct Failure {
+    std::string kind;                   // see above
+    std::optional<SubjectKeys> subject;  // none: about the command as a whole
+    std::string message;                // as printed, trimmed; qdsh's words when nothing was printed
+    bool unsupported = false;           // an "unsupported" entry, not a failure
+};
+
+// Builds one command's document from its events.
+class DocumentBuilder {
+public:
+    DocumentBuilder(std::string_view command, AttributeLookup lookup);
+    DocumentBuilder(const DocumentBuilder &) = delete;
+    DocumentBuilder &operator=(const DocumentBuilder &) = delete;
+
+    void subject_begin(const SubjectKeys &subject);
+    void subject_end();
+    void row_begin(const char *table);
+    void row_end();
+    void value(std::uint32_t attr, const std::uint8_t *bytes, std::uint32_t length);
+    void failure(const Failure &failure);
+
+    // The document, with what the command printed outside typed values
+    // (standard output while it ran) and its verdict.
+    Document finish(std::string_view printed, bool ok);
+
+private:
+    Document &container();  // where values and rows go now
+    Document &subject_object(const SubjectKeys &subject);
+
+    struct OpenSubject {
+        Document *object;
+        std::vector<Document *> outer_rows;  // the rows open when it began
+    };
+
+    AttributeLookup lookup_;
+    Document root_;
+    // Subjects, each kept whole until the document is finished (a deque:
+    // an open subject stays where it is while another one is added).
+    std::deque<Document> interfaces_;
+    std::deque<Document> extenders_;
+    std::map<std::string, std::size_t> interface_index_;  // by name
+    std::map<std::string, std::size_t> extender_index_;   // by number
+    std::vector<OpenSubject> subjects_;  // the open subjects, innermost last
+    std::vector<Document *> rows_;      // the open rows, innermost last
+    Document unsupported_ = Document::array();
+    Document errors_ = Document::array();
+    std::vector<std::string> told_messages_;  // failure texts, left out of "lines"
+    bool typed_ = false;
+};
+
+class Shell;
+
 // What running one command gave.
 struct CommandOutcome {
-    Document document;
-    std::vector<Segment> segments;  // what it printed, for the text rendering
-    bool ok = true;                 // false: refused or failed
+    Document document;  // when asked for
+    std::string text;   // what it printed, when asked for
+    bool ok = true;     // false: refused or failed
     int exit_status() const { return ok ? 0 : 1; }
 };
 
-// Runs one command line on `shell`, capturing everything it prints, and
-// builds its document. Errors qdsh reports itself still go to standard
-// error and also become entries of the document. Safe to call with a
-// command that runs further commands; not re-entrant across threads.
-CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup lookup);
+struct RunOptions {
+    bool document = true;       // build the command's document (standard output is then captured)
+    bool capture_text = false;  // keep what it prints in `text` instead of writing it out
+};
 
-// Builds the document of a command from what it printed. `shell_errors`
-// are the errors qdsh itself reported; `handler_ok` whether the shell took
-// the command as succeeded. `ok` is set to the command's verdict.
-// `named_interface`: the interface the command line names, if one (a
-// message naming none is about it). `walk`:
-// for a command that reports every interface, their names in the order the
-// walk visits them (a message that names no interface is about the next one
-// of the walk after the last one reported); empty otherwise.
-Document build_document(std::string_view command, const std::vector<Segment> &segments,
-                        const std::vector<std::string> &shell_errors, bool handler_ok, AttributeLookup lookup,
-                        bool &ok, const std::string &named_interface = {},
-                        const std::vector<std::string> &walk = {});
-
-// Whether a line of text is one of the library's failure or refusal
-// messages ("Unsupported interface", "Cmd recv failed for vaq 102 ...",
-// "Truncated queuing reply: ...", "Command not supported on this platform").
-bool is_failure_message(std::string_view line);
+// Runs one command line on `shell`. Its failures go to standard error as
+// "qdsh: SUBJECT: MESSAGE" as they happen; what it prints goes to standard
+// output as it is printed unless a document or the text is asked for. Safe
+// to call from a command that runs further commands (their events belong to
+// the outer one); not re-entrant across threads.
+CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup lookup, RunOptions options = {});
 
 // Text for XML element content or attribute values: & < > " escaped; the
 // control characters XML 1.0 does not allow become '?'.

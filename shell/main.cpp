@@ -184,23 +184,26 @@ public:
         if (first == std::string::npos || line[first] == '#') return true;
         // Filters and "| json" / "| xml" at the end of the line.
         const qdsh::Pipeline pipe = qdsh::split_pipeline(line);
-        if (!pipe.ok()) {
-            qdsh::report_error(pipe.error);
-            return false;
-        }
-        if (pipe.help) {
-            std::fputs(qdsh::filter_help().c_str(), stdout);
-            std::fflush(stdout);
-            return true;
-        }
         qdsh::Format format = format_;
         bool metrics = ops_.metrics.has_value();
-        if (!pipe.segments.empty()) line = pipe.command;
         for (const qdsh::PipeSegment &segment : pipe.segments) {
             if (segment.kind == qdsh::PipeSegment::Kind::json) format = qdsh::Format::json;
             if (segment.kind == qdsh::PipeSegment::Kind::xml) format = qdsh::Format::xml;
             if (format != format_) metrics = false;
         }
+        if (!pipe.ok()) return refuse(line, format, pipe.error);
+        if (pipe.help) {
+            std::fputs(qdsh::filter_help().c_str(), stdout);
+            std::fflush(stdout);
+            return true;
+        }
+        if (!pipe.segments.empty()) line = pipe.command;
+        const bool structured = format != qdsh::Format::text || metrics;
+        // A filter selects lines of text: a document or an exposition has none to select.
+        if (structured && pipe.has_text_filters())
+            return refuse(line, format,
+                          "| include, | exclude, | begin and | count select lines of text: they do not combine with "
+                          "json, xml or metrics output");
         if (const std::vector<std::string> words = qdsh::split_words(line); !words.empty() && words[0] == "watch") {
             if (pipe.has_text_filters()) {
                 qdsh::report_error("watch: its output cannot go through filters; watch --nonzero leaves out the rows whose counters are all zero");
@@ -211,53 +214,45 @@ public:
                 return shell_.show_help(std::string_view(line).substr(0, last));
             return watch(std::vector<std::string>(words.begin() + 1, words.end()), format);
         }
-        if ((format != qdsh::Format::text || metrics) && lookup_ == nullptr) {
+        if (structured && lookup_ == nullptr) {
             qdsh::report_error("the handler library has no attribute catalogue (qdcli_attr_find): no structured output");
             return false;
+        }
+        if (!structured) {
+            // Text goes out as the handlers print it; through filters, once
+            // the command has ended.
+            const qdsh::CommandOutcome outcome =
+                qdsh::run_command(shell_, line, lookup_, {.document = false, .capture_text = pipe.has_text_filters()});
+            if (pipe.has_text_filters()) {
+                const std::string out = qdsh::apply_filters(outcome.text, pipe.segments);
+                std::fwrite(out.data(), 1, out.size(), stdout);
+            }
+            // The library's messages carry no newline of their own (a switch's
+            // prompt follows them): the next output starts on a line of its own.
+            qdsh::end_output_line();
+            return outcome.ok;
         }
         const qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_);
         if (shell_.exit_requested() && outcome.ok) return true;  // "exit" has no document
         qdsh::Document document = outcome.document;
         if (ops_.nonzero) qdsh::drop_zero_rows(document, ops_.names);
-        std::string out;
-        switch (format) {
-        case qdsh::Format::text:
-            if (metrics) {
-                std::vector<qdsh::Sample> samples = qdsh::collect_samples(document, ops_.names);
-                for (const std::string &series : qdsh::repeated_series(samples))
-                    qdsh::report_error("metrics: the series " + series + " repeats within \"" + line +
-                                       "\" (only its first value is kept)");
-                // From -c or a script, the metrics of every command make one
-                // exposition, written when the run ends; at the prompt (or
-                // through filters) each command gets its own.
-                if (wrap_xml_ && !pipe.has_text_filters()) {
-                    pending_samples_.insert(pending_samples_.end(), samples.begin(), samples.end());
-                    metrics_pending_ = true;
-                    break;
-                }
-                out = qdsh::write_exposition(samples, {}, *ops_.metrics);
-                break;
-            }
-            for (const qdsh::Segment &segment : outcome.segments) out += segment.text;
-            break;
-        case qdsh::Format::json: out = qdsh::to_json(document, pretty_); break;
-        case qdsh::Format::xml:
-            if (wrap_xml_ && format_ == qdsh::Format::xml) {
-                if (!xml_open_) out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n";
-                xml_open_ = true;
+        if (metrics) {
+            std::vector<qdsh::Sample> samples = qdsh::collect_samples(document, ops_.names);
+            for (const std::string &series : qdsh::repeated_series(samples))
+                qdsh::report_error("metrics: the series " + series + " repeats within \"" + line +
+                                   "\" (only its first value is kept)");
+            // From -c or a script, the metrics of every command make one
+            // exposition, written when the run ends; at the prompt each
+            // command gets its own.
+            if (wrap_xml_) {
+                pending_samples_.insert(pending_samples_.end(), samples.begin(), samples.end());
+                metrics_pending_ = true;
             } else {
-                out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+                write(qdsh::write_exposition(samples, {}, *ops_.metrics));
             }
-            out += qdsh::to_xml(document, pretty_);
-            if (!pretty_) out += "\n";
-            break;
+        } else {
+            write_document(document, format);
         }
-        if (pipe.has_text_filters()) out = qdsh::apply_filters(out, pipe.segments);
-        std::fwrite(out.data(), 1, out.size(), stdout);
-        // The library's messages carry no newline of their own (a switch's
-        // prompt follows them): the next output starts on a line of its own.
-        // Metrics kept for the end of the run wrote nothing to end.
-        if (!(metrics && out.empty())) qdsh::end_output_line();
         return outcome.ok;
     }
 
@@ -291,6 +286,39 @@ public:
         }
         const std::unique_ptr<qdsh::WatchClock> clock = ops_.simulated_clock ? qdsh::simulated_clock() : qdsh::real_clock();
         return qdsh::run_watch(shell_, lookup_, ops_.names, options, output, *clock);
+    }
+
+    // A line refused before it ran: the error, and in structured output a
+    // failed document that says why.
+    bool refuse(const std::string &line, qdsh::Format format, const std::string &message) {
+        qdsh::report_error(message);
+        if (format == qdsh::Format::text) return false;
+        qdsh::DocumentBuilder builder(line, lookup_);
+        builder.failure({"refused", std::nullopt, message, false});
+        write_document(builder.finish("", false), format);
+        return false;
+    }
+
+    void write(const std::string &out) {
+        std::fwrite(out.data(), 1, out.size(), stdout);
+        qdsh::end_output_line();
+    }
+
+    void write_document(const qdsh::Document &document, qdsh::Format format) {
+        std::string out;
+        if (format == qdsh::Format::json) {
+            out = qdsh::to_json(document, pretty_);
+        } else {
+            if (wrap_xml_ && format_ == qdsh::Format::xml) {
+                if (!xml_open_) out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n";
+                xml_open_ = true;
+            } else {
+                out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+            }
+            out += qdsh::to_xml(document, pretty_);
+            if (!pretty_) out += "\n";
+        }
+        write(out);
     }
 
     // Closes the <qdsh> element; with no command run, it is empty.

@@ -116,6 +116,11 @@ void walk(const Document &node, const Document::json_pointer &pointer, NameLooku
         s.labels = labels;
         add_constants(info->metric_labels, s.labels);
         s.value = v.get<std::uint64_t>();
+        s.width_bits = info->width_bits;
+        // A value read from fields of two widths tells which one it came from.
+        const auto bits = node.find(it.key() + "_bits");
+        if (bits != node.end() && bits->is_number_unsigned() && bits->get<std::uint64_t>() <= 64)
+            s.width_bits = bits->get<unsigned>();
         s.row = pointer.to_string();
         out.push_back(std::move(s));
     }
@@ -316,7 +321,7 @@ std::vector<std::string> repeated_series(const std::vector<Sample> &samples) {
 
 void carry_counters(std::vector<Sample> &samples, CounterState &state) {
     for (Sample &s : samples)
-        if (s.is_counter()) s.value = state.observe(s.key(), s.value, s.info->width_bits).count;
+        if (s.is_counter()) s.value = state.observe(s.key(), s.value, s.width_bits).count;
     // A series missing from a few collections (a command that failed for a
     // while) keeps its count; one gone for longer is forgotten.
     state.end_round(16);
@@ -345,7 +350,7 @@ std::vector<DeltaTracker::Reading> DeltaTracker::update(const std::vector<Sample
         // Every count that grows, a saturating one included (the exporter
         // calls that a gauge).
         if (s.info == nullptr || s.info->role != QDCLI_ROLE_COUNTER) continue;
-        const CounterState::Step step = state_.observe(s.key(), s.value, s.info->width_bits);
+        const CounterState::Step step = state_.observe(s.key(), s.value, s.width_bits);
         if (!step.known) continue;
         Reading &r = out[i];
         r.known = true;

@@ -28,6 +28,7 @@ struct Sample {
     const qdcli_attr_info *info = nullptr;  // its catalogue entry (for _info: the row's first configuration value)
     Labels labels;                          // identity (interface, qos_group, queue, extender...), constants, configuration
     std::uint64_t value = 0;                // raw; 1 for _info
+    unsigned width_bits = 0;                // where it wraps: the catalogue's, or the row's "NAME_bits"
     std::string row;                        // JSON pointer of the object that holds it
     std::string family() const;             // "qdcli_" and the catalogue's metric name
     std::string key() const;                // family and labels: the same series in every sample

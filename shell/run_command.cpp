@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: MIT
-// Runs one command with everything it prints captured, and builds its
-// document.
+// Runs one command: the library's typed events (qdcli/observer.h) build its
+// document and tell its failures; what it prints goes out as it is printed,
+// or is captured when a document or the text is asked for.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <regex>
+#include <memory>
+#include <optional>
 
 #include "document.hpp"
-#include "grammar.hpp"
-#include "qdcli/wire.h"
 #include "qdsim/sim.h"
 #include "shell.hpp"
 
 namespace qdsh {
 namespace {
 
-// Redirects standard output to an anonymous file while a command runs and
-// takes the printer's flushes as they come, keeping the order of both.
+// Redirects standard output to an anonymous file while a command runs.
 class Capture {
 public:
     Capture() {
@@ -24,50 +24,27 @@ public:
         file_ = std::tmpfile();
         if (file_ == nullptr) return;
         saved_ = dup(STDOUT_FILENO);
-        if (saved_ < 0 || dup2(fileno(file_), STDOUT_FILENO) < 0) {
-            restore();
-            return;
-        }
-        qdsim::set_flush_sink([this](const qdsim::PrinterFlush &flush) {
-            take_standard_output();
-            Segment s;
-            s.kind = Segment::Kind::printer;
-            s.text = flush.text;
-            for (const qdsim::Attribute &a : flush.values) s.values.push_back({a.id, a.value});
-            segments_.push_back(std::move(s));
-        });
+        if (saved_ < 0 || dup2(fileno(file_), STDOUT_FILENO) < 0) restore();
     }
     Capture(const Capture &) = delete;
     Capture &operator=(const Capture &) = delete;
     ~Capture() { restore(); }
 
-    std::vector<Segment> finish() {
-        take_standard_output();
+    std::string finish() {
+        std::string text;
+        if (file_ != nullptr) {
+            std::fflush(stdout);
+            char buffer[4096];
+            off_t at = 0;
+            for (ssize_t n; (n = pread(fileno(file_), buffer, sizeof buffer, at)) > 0; at += n)
+                text.append(buffer, static_cast<std::size_t>(n));
+        }
         restore();
-        return std::move(segments_);
+        return text;
     }
 
 private:
-    void take_standard_output() {
-        if (file_ == nullptr) return;
-        std::fflush(stdout);
-        std::string text;
-        char buffer[4096];
-        for (;;) {
-            const ssize_t n = pread(fileno(file_), buffer, sizeof buffer, offset_);
-            if (n <= 0) break;
-            text.append(buffer, static_cast<std::size_t>(n));
-            offset_ += n;
-        }
-        if (text.empty()) return;
-        if (!segments_.empty() && segments_.back().kind == Segment::Kind::standard_output)
-            segments_.back().text += text;
-        else
-            segments_.push_back({Segment::Kind::standard_output, std::move(text), {}});
-    }
-
     void restore() {
-        qdsim::set_flush_sink(nullptr);
         if (saved_ >= 0) {
             std::fflush(stdout);
             dup2(saved_, STDOUT_FILENO);
@@ -82,54 +59,181 @@ private:
 
     std::FILE *file_ = nullptr;
     int saved_ = -1;
-    off_t offset_ = 0;
-    std::vector<Segment> segments_;
 };
 
-int g_capture_depth = 0;
-
-// The interface's own spelling ("Ethernet2/24" for "eth2/24").
-std::string canonical_interface(const std::string &spelling) {
-    if (const auto index = qdsim::find_interface(spelling))
-        for (const qdsim::InterfaceInfo &i : qdsim::interfaces())
-            if (i.if_index == *index) return i.name;
-    return spelling;
+const char *kind_name(qdcli_failure_kind kind) {
+    switch (kind) {
+    case QDCLI_FAILURE_UNSUPPORTED: return "unsupported";
+    case QDCLI_FAILURE_NOT_SUPPORTED: return "not_supported";
+    case QDCLI_FAILURE_NOT_ALLOWED: return "not_allowed";
+    case QDCLI_FAILURE_INVALID: return "invalid";
+    case QDCLI_FAILURE_SEND: return "send";
+    case QDCLI_FAILURE_RECEIVE: return "receive";
+    case QDCLI_FAILURE_EMPTY: return "empty";
+    case QDCLI_FAILURE_TRUNCATED: return "truncated";
+    case QDCLI_FAILURE_DAMAGED: return "damaged";
+    case QDCLI_FAILURE_PLATFORM: return "platform";
+    case QDCLI_FAILURE_MEMORY: return "memory";
+    case QDCLI_FAILURE_INTERNAL: return "internal";
+    }
+    return "failed";
 }
+
+// What qdsh says of a refusal the library told without printing it.
+const char *unprinted_message(qdcli_failure_kind kind) {
+    return kind == QDCLI_FAILURE_UNSUPPORTED ? "interface not supported by the queuing daemon" : kind_name(kind);
+}
+
+std::string trimmed(std::string_view s) {
+    const std::size_t a = s.find_first_not_of(" \t\r\n");
+    if (a == std::string_view::npos) return {};
+    return std::string(s.substr(a, s.find_last_not_of(" \t\r\n") - a + 1));
+}
+
+// The command being run: where its events go.
+struct Running {
+    DocumentBuilder *builder = nullptr;  // null: no document
+    RunInfo info;
+    std::vector<SubjectKeys> subjects;  // the open subjects, innermost last
+    bool failed = false;                // a failure (not an unsupported entry) was told
+};
+Running *g_running = nullptr;
+int g_depth = 0;
+
+SubjectKeys keys_of(const qdcli_subject &s) {
+    SubjectKeys k;
+    k.kind = s.kind;
+    if (s.fields & QDCLI_SUBJECT_HAS_IF_INDEX) k.if_index = s.if_index;
+    if ((s.fields & QDCLI_SUBJECT_HAS_IF_NAME) && s.if_name != nullptr) k.if_name = s.if_name;
+    if (s.fields & QDCLI_SUBJECT_HAS_VAQ) k.vaq = s.vaq;
+    if (s.fields & QDCLI_SUBJECT_HAS_ASIC) k.asic = s.asic;
+    // A refusal before the report named the interface: its name from the switch.
+    if (k.kind == QDCLI_SUBJECT_INTERFACE && k.if_name.empty() && k.if_index) {
+        char name[32] = "";
+        snprintf_if_index(name, sizeof name, *k.if_index);
+        name[sizeof name - 1] = '\0';
+        k.if_name = name;
+    }
+    return k;
+}
+
+// Whether a refusal of `kind` about `subject` is an unsupported entry: "not
+// supported here", about a subject the command did not name.
+bool is_unsupported_entry(qdcli_failure_kind kind, const std::optional<SubjectKeys> &subject) {
+    if (kind != QDCLI_FAILURE_UNSUPPORTED && kind != QDCLI_FAILURE_NOT_SUPPORTED) return false;
+    if (!subject) return false;
+    if (subject->kind != QDCLI_SUBJECT_INTERFACE) return true;  // the commands over extenders name none
+    const std::vector<std::uint32_t> &named = g_running->info.named_interfaces;
+    return !subject->if_index || std::find(named.begin(), named.end(), *subject->if_index) == named.end();
+}
+
+void tell(Failure f) {
+    const std::string label = f.subject ? f.subject->label() : std::string();
+    write_error((label.empty() ? "" : label + ": ") + f.message + (f.unsupported ? " (left out)" : ""));
+    if (!f.unsupported) {
+        g_running->failed = true;
+        ++g_running->info.failures_told;
+    }
+    if (g_running->builder != nullptr) g_running->builder->failure(f);
+}
+
+void on_subject_begin(void *, const qdcli_subject *s) {
+    if (g_running == nullptr || s == nullptr) return;
+    g_running->subjects.push_back(keys_of(*s));
+    if (g_running->builder != nullptr) g_running->builder->subject_begin(g_running->subjects.back());
+}
+
+void on_subject_end(void *, const qdcli_subject *) {
+    if (g_running == nullptr || g_running->subjects.empty()) return;
+    g_running->subjects.pop_back();
+    if (g_running->builder != nullptr) g_running->builder->subject_end();
+}
+
+void on_row_begin(void *, const char *table) {
+    if (g_running != nullptr && g_running->builder != nullptr) g_running->builder->row_begin(table);
+}
+
+void on_row_end(void *, const char *) {
+    if (g_running != nullptr && g_running->builder != nullptr) g_running->builder->row_end();
+}
+
+void on_value(void *, std::uint32_t attr, const void *value, std::uint32_t length) {
+    if (g_running == nullptr || g_running->builder == nullptr || (value == nullptr && length != 0)) return;
+    g_running->builder->value(attr, static_cast<const std::uint8_t *>(value), length);
+}
+
+void on_failure(void *, const qdcli_failure *f) {
+    if (g_running == nullptr || f == nullptr) return;
+    Failure out;
+    out.kind = kind_name(f->kind);
+    if (f->subject != nullptr)
+        out.subject = keys_of(*f->subject);
+    else if (!g_running->subjects.empty())
+        out.subject = g_running->subjects.back();
+    out.message = f->message != nullptr ? trimmed(f->message) : unprinted_message(f->kind);
+    if (out.message.empty()) out.message = unprinted_message(f->kind);
+    out.unsupported = is_unsupported_entry(f->kind, out.subject);
+    tell(std::move(out));
+}
+
+const qdcli_observer kObserver = {QDCLI_OBSERVER_VERSION, sizeof(qdcli_observer), nullptr, on_subject_begin,
+                                  on_subject_end,         on_row_begin,             on_row_end, on_value,
+                                  on_failure};
+
+// Installs `running` for the length of one command, with qdsh's own errors
+// told as refusals.
+class Observing {
+public:
+    explicit Observing(Running &running) {
+        g_running = &running;
+        qdsim::set_observer(&kObserver);
+        set_error_listener([](const std::string &message) {
+            if (g_running == nullptr) return;
+            g_running->failed = true;
+            if (g_running->builder != nullptr)
+                g_running->builder->failure({"refused", std::nullopt, message, false});
+        });
+    }
+    ~Observing() {
+        set_error_listener(nullptr);
+        qdsim::set_observer(nullptr);
+        g_running = nullptr;
+    }
+    Observing(const Observing &) = delete;
+    Observing &operator=(const Observing &) = delete;
+};
 
 }  // namespace
 
-CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup lookup) {
+CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup lookup, RunOptions options) {
     CommandOutcome outcome;
-    std::vector<std::string> shell_errors;
-    if (g_capture_depth > 0) {
-        // A command run by a handler: its output belongs to the outer one.
+    if (g_depth > 0) {
+        // A command run by a handler: its output and events belong to the outer one.
         outcome.ok = shell.run(line);
         return outcome;
     }
-    ++g_capture_depth;
-    set_error_listener([&shell_errors](const std::string &message) { shell_errors.push_back(message); });
+    ++g_depth;
+    std::unique_ptr<DocumentBuilder> builder;
+    if (options.document) builder = std::make_unique<DocumentBuilder>(line, lookup);
+    Running running;
+    running.builder = builder.get();
     bool handler_ok = true;
+    std::string printed;
     {
-        Capture capture;
-        handler_ok = shell.run(line);
-        outcome.segments = capture.finish();
+        Observing observing(running);
+        // With a document, the printer's text is not wanted: its values come
+        // as events. Standard output is kept for the lines of text reports.
+        if (options.document) qdsim::set_flush_sink([](const qdsim::PrinterFlush &) {});
+        std::optional<Capture> capture;
+        if (options.document || options.capture_text) capture.emplace();
+        handler_ok = shell.run(line, &running.info);
+        if (capture) printed = capture->finish();
+        if (options.document) qdsim::set_flush_sink(nullptr);
     }
-    set_error_listener(nullptr);
-    --g_capture_depth;
-    // The walk over every interface reports them in the platform's order.
-    std::vector<std::string> walk;
-    const MatchResult matched = match_line(line);
-    if (matched.ok && matched.match.command->handler == "qd_cli_show_queuing_interface" && matched.match.params.empty())
-        for (const qdsim::InterfaceInfo &i : qdsim::interfaces())
-            if (!i.sub_intf && (i.type == IF_TYPE_ETH || i.type == IF_TYPE_ETH_ALT || i.type == IF_TYPE_HIF))
-                walk.push_back(i.name);
-    std::string named;
-    std::smatch m;
-    const std::string text(line);
-    static const std::regex spelled(R"(\b(ethernet|eth|e)[0-9]+(/[0-9]+)+)", std::regex::icase);
-    if (std::regex_search(text, m, spelled)) named = canonical_interface(m.str(0));
-    outcome.document =
-        build_document(line, outcome.segments, shell_errors, handler_ok, lookup, outcome.ok, named, walk);
+    --g_depth;
+    outcome.ok = handler_ok && !running.failed;
+    if (builder) outcome.document = builder->finish(printed, outcome.ok);
+    if (options.capture_text) outcome.text = std::move(printed);
     return outcome;
 }
 

@@ -31,8 +31,8 @@ struct Shape {
 };
 
 bool printed(const qdcli_attr_info &a) {
-    // Request and stream attributes never reach the printer.
-    return a.type != QDCLI_ATTR_MARKER && std::strncmp(a.name, "sw_", 3) != 0 && std::strcmp(a.name, "if_index") != 0;
+    // The request's interface attribute and the stream's markers are never told.
+    return a.type != QDCLI_ATTR_MARKER && std::strcmp(a.name, "if_index") != 0;
 }
 
 Shape shape_of(const qdcli_attr_info *catalogue, std::size_t count) {
@@ -40,7 +40,6 @@ Shape shape_of(const qdcli_attr_info *catalogue, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         const qdcli_attr_info &a = catalogue[i];
         if (!printed(a)) continue;
-        if (std::strcmp(a.name, "ext_if_name") == 0) continue;  // becomes if_name
         if (a.table == nullptr) {
             s.scalars.push_back(&a);
             continue;
@@ -73,6 +72,12 @@ std::string wrap_note(const qdcli_attr_info &a) {
     else if (a.role == QDCLI_ROLE_COUNTER)
         d += ". Counter of " + std::to_string(a.width_bits) + " bits";
     return d;
+}
+
+// Whether a column is its table's index, which every row carries (unless the
+// index is a list: the control input buffer has no qos-group).
+bool is_row_key(const qdcli_attr_info &a) {
+    return a.row_key != nullptr && std::strcmp(a.name, a.row_key) == 0 && !(a.flags & QDCLI_ATTR_FLAG_LIST);
 }
 
 // ---- JSON Schema ----
@@ -114,6 +119,11 @@ json json_table(const Shape &s, const std::string &name) {
     for (const qdcli_attr_info *a : t.columns) props[a->name] = json_type(*a);
     for (const std::string &child : t.children) props[child] = json{{"$ref", "#/$defs/table_" + child}};
     row["properties"] = props;
+    // Every row carries its index column, unless the index is a list (the
+    // qos-groups of an input buffer: the control buffer has none).
+    for (const qdcli_attr_info *a : t.columns)
+        if (is_row_key(*a)) row["required"] = json::array({a->name});
+    row["minProperties"] = 1;
     row["additionalProperties"] = false;
     return json{{"type", "array"}, {"description", "Table " + name + ", one object per row"}, {"items", row}};
 }
@@ -137,7 +147,7 @@ const char *xsd_type(const qdcli_attr_info &a) {
 
 std::string indent(int depth) { return std::string(static_cast<std::size_t>(depth) * 2, ' '); }
 
-void xsd_value(std::string &out, const qdcli_attr_info &a, int d) {
+void xsd_value(std::string &out, const qdcli_attr_info &a, int d, bool required = false) {
     const std::string doc = indent(d + 1) + "<xs:annotation><xs:documentation>" + xml_escape(wrap_note(a)) +
                             "</xs:documentation></xs:annotation>\n";
     if (a.flags & QDCLI_ATTR_FLAG_LIST) {
@@ -147,7 +157,8 @@ void xsd_value(std::string &out, const qdcli_attr_info &a, int d) {
         out += indent(d) + "</xs:element>\n";
         return;
     }
-    out += indent(d) + "<xs:element name=\"" + a.name + "\" type=\"" + xsd_type(a) + "\" minOccurs=\"0\">\n" + doc;
+    out += indent(d) + "<xs:element name=\"" + a.name + "\" type=\"" + xsd_type(a) + "\" minOccurs=\"" +
+           (required ? "1" : "0") + "\">\n" + doc;
     out += indent(d) + "</xs:element>\n";
 }
 
@@ -157,12 +168,32 @@ void xsd_table(std::string &out, const Shape &s, const std::string &name, int d)
     out += indent(d + 1) + "<xs:complexType><xs:sequence>\n";
     out += indent(d + 2) + "<xs:element name=\"row\" minOccurs=\"0\" maxOccurs=\"unbounded\">\n";
     out += indent(d + 3) + "<xs:complexType><xs:all>\n";
-    for (const qdcli_attr_info *a : t.columns) xsd_value(out, *a, d + 4);
+    for (const qdcli_attr_info *a : t.columns) xsd_value(out, *a, d + 4, is_row_key(*a));
     for (const std::string &child : t.children) xsd_table(out, s, child, d + 4);
     out += indent(d + 3) + "</xs:all></xs:complexType>\n";
     out += indent(d + 2) + "</xs:element>\n";
     out += indent(d + 1) + "</xs:sequence></xs:complexType>\n";
     out += indent(d) + "</xs:element>\n";
+}
+
+json failure_kinds() {
+    return json::array({"unsupported", "not_supported", "not_allowed", "invalid", "send", "receive", "empty",
+                        "truncated", "damaged", "platform", "memory", "internal", "refused"});
+}
+
+void xsd_failures(std::string &out, const char *list, const char *item) {
+    out += std::string("      <xs:element name=\"") + list + "\">\n        <xs:complexType><xs:sequence>\n";
+    out += std::string("          <xs:element name=\"") + item + "\" minOccurs=\"0\" maxOccurs=\"unbounded\">\n";
+    out += "            <xs:complexType><xs:sequence>\n";
+    out += "              <xs:element name=\"kind\"><xs:simpleType><xs:restriction base=\"xs:string\">";
+    for (const auto &k : failure_kinds()) out += "<xs:enumeration value=\"" + k.get<std::string>() + "\"/>";
+    out += "</xs:restriction></xs:simpleType></xs:element>\n";
+    out += "              <xs:element name=\"if_name\" type=\"xs:string\" minOccurs=\"0\"/>\n";
+    out += "              <xs:element name=\"vaq\" type=\"xs:unsignedInt\" minOccurs=\"0\"/>\n";
+    out += "              <xs:element name=\"asic\" type=\"xs:unsignedInt\" minOccurs=\"0\"/>\n";
+    out += "              <xs:element name=\"message\" type=\"xs:string\"/>\n";
+    out += "            </xs:sequence></xs:complexType>\n          </xs:element>\n";
+    out += "        </xs:sequence></xs:complexType>\n      </xs:element>\n";
 }
 
 }  // namespace
@@ -184,12 +215,14 @@ std::string json_schema(const qdcli_attr_info *catalogue, std::size_t count) {
                              {"additionalProperties", false}};
     defs["error"] = json{
         {"type", "object"},
-        {"description", "A failure or refusal: the message as printed, and what it is about where that can be told"},
+        {"description", "A failure or refusal: its kind, the subject it is about where it has one, the message as printed"},
         {"properties",
-         json{{"interface", json{{"type", "string"}}},
-              {"extender", json{{"type", "integer"}, {"minimum", 0}}},
-              {"message", json{{"type", "string"}}}}},
-        {"required", json::array({"message"})},
+         json{{"kind", json{{"enum", failure_kinds()}}},
+              {"if_name", json{{"type", "string"}, {"minLength", 1}}},
+              {"vaq", json{{"type", "integer"}, {"minimum", 0}}},
+              {"asic", json{{"type", "integer"}, {"minimum", 0}}},
+              {"message", json{{"type", "string"}, {"minLength", 1}}}}},
+        {"required", json::array({"kind", "message"})},
         {"additionalProperties", false}};
 
     json props = json::object();
@@ -200,8 +233,14 @@ std::string json_schema(const qdcli_attr_info *catalogue, std::size_t count) {
                               {"description", "The report is text printed to standard output: see lines"}};
     props["interfaces"] = json{{"type", "array"}, {"items", json{{"$ref", "#/$defs/interface"}}}};
     for (const std::string &name : s.roots) props[name] = json{{"$ref", "#/$defs/table_" + name}};
+    // Values told about no interface or extender.
+    for (const qdcli_attr_info *a : s.scalars)
+        if (std::strcmp(a->name, "if_name") != 0) props[a->name] = json_type(*a);
     props["lines"] = json{{"type", "array"}, {"items", json{{"type", "string"}}},
                           {"description", "Lines of text outside the typed report"}};
+    props["unsupported"] = json{{"type", "array"},
+                                {"description", "Subjects not supported here, left out of a command over many"},
+                                {"items", json{{"$ref", "#/$defs/error"}}}};
     props["errors"] = json{{"type", "array"}, {"items", json{{"$ref", "#/$defs/error"}}}};
 
     json schema = json::object();
@@ -210,8 +249,12 @@ std::string json_schema(const qdcli_attr_info *catalogue, std::size_t count) {
     schema["title"] = "qdsh structured output: the document of one command";
     schema["type"] = "object";
     schema["properties"] = props;
-    schema["required"] = json::array({"command", "status", "text_only", "interfaces", "lines", "errors"});
+    schema["required"] = json::array({"command", "status", "text_only", "interfaces", "lines", "unsupported", "errors"});
     schema["additionalProperties"] = false;
+    // "failed" exactly when there are errors.
+    schema["if"] = json{{"properties", json{{"status", json{{"const", "ok"}}}}}};
+    schema["then"] = json{{"properties", json{{"errors", json{{"maxItems", 0}}}}}};
+    schema["else"] = json{{"properties", json{{"errors", json{{"minItems", 1}}}}}};
     schema["$defs"] = defs;
     return schema.dump(2) + "\n";
 }
@@ -245,14 +288,10 @@ std::string xml_schema(const qdcli_attr_info *catalogue, std::size_t count) {
     out += "      <xs:element name=\"lines\">\n        <xs:complexType><xs:sequence>\n";
     out += "          <xs:element name=\"line\" type=\"xs:string\" minOccurs=\"0\" maxOccurs=\"unbounded\"/>\n";
     out += "        </xs:sequence></xs:complexType>\n      </xs:element>\n";
-    out += "      <xs:element name=\"errors\">\n        <xs:complexType><xs:sequence>\n";
-    out += "          <xs:element name=\"error\" minOccurs=\"0\" maxOccurs=\"unbounded\">\n";
-    out += "            <xs:complexType><xs:sequence>\n";
-    out += "              <xs:element name=\"interface\" type=\"xs:string\" minOccurs=\"0\"/>\n";
-    out += "              <xs:element name=\"extender\" type=\"xs:unsignedInt\" minOccurs=\"0\"/>\n";
-    out += "              <xs:element name=\"message\" type=\"xs:string\"/>\n";
-    out += "            </xs:sequence></xs:complexType>\n          </xs:element>\n";
-    out += "        </xs:sequence></xs:complexType>\n      </xs:element>\n";
+    for (const qdcli_attr_info *a : s.scalars)
+        if (std::strcmp(a->name, "if_name") != 0) xsd_value(out, *a, 3);
+    xsd_failures(out, "unsupported", "entry");
+    xsd_failures(out, "errors", "error");
     out += "    </xs:all></xs:complexType>\n  </xs:element>\n</xs:schema>\n";
     return out;
 }

@@ -133,6 +133,10 @@ void set_error_listener(std::function<void(const std::string &)> listener) { g_e
 
 void report_error(const std::string &message) {
     if (g_error_listener) g_error_listener(message);
+    write_error(message);
+}
+
+void write_error(const std::string &message) {
     std::fflush(stdout);
     // Written whole, whatever it holds: a NUL from piped input does not cut
     // it short, and the control bytes of a line echoed back cannot drive the
@@ -152,7 +156,17 @@ void report_error(const std::string &message) {
     std::fflush(stderr);
 }
 
-bool Shell::run(std::string_view line) {
+bool Shell::run(std::string_view line, RunInfo *info) {
+    // A command run by a handler (vsh_system2) runs inside another: each
+    // tells its own caller.
+    RunInfo *const outer = info_;
+    info_ = info;
+    const bool ok = run_line(line);
+    info_ = outer;
+    return ok;
+}
+
+bool Shell::run_line(std::string_view line) {
     std::size_t first = 0;
     while (first < line.size() && std::isspace(static_cast<unsigned char>(line[first]))) ++first;
     if (first == line.size() || line[first] == '#') return true;  // blank line or comment
@@ -313,6 +327,7 @@ bool Shell::call_handler(const Match &match) {
                 return false;
             }
             const std::uint32_t index = r.interfaces[0].if_index;
+            if (info_ != nullptr) info_->named_interfaces.push_back(index);
             if (c.call == Call::pinfo_if_name) {
                 inv->if_index = index;
                 inv->if_name = canonical_name(index);
@@ -328,6 +343,7 @@ bool Shell::call_handler(const Match &match) {
                 return false;
             }
             for (const ResolvedInterface &i : r.interfaces) {
+                if (info_ != nullptr) info_->named_interfaces.push_back(i.if_index);
                 qdsim::Attribute a;
                 a.id = ATTR_IF_INDEX;
                 a.value.resize(sizeof i.if_index);
@@ -380,7 +396,9 @@ bool Shell::call_handler(const Match &match) {
     qdsim::close_command(handle);
 
     const bool ok = c.success == Success::stream_end ? (status == -1 || status == 0) : status == 0;
-    if (!ok) report_error(in_quotes(c.pattern) + " failed with status " + status_text(status));
+    // A failure the library told has been reported with its own words.
+    if (!ok && (info_ == nullptr || info_->failures_told == 0))
+        report_error(in_quotes(c.pattern) + " failed with status " + status_text(status));
     return ok;
 }
 

@@ -3,6 +3,8 @@
 // the simulated switch.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -13,13 +15,20 @@
 
 namespace qdsh {
 
+// What the caller of Shell::run learns of the command while it runs.
+struct RunInfo {
+    std::vector<std::uint32_t> named_interfaces;  // interfaces the command line named, as resolved
+    std::size_t failures_told = 0;  // failures the library told (the caller counts them)
+};
+
 class Shell {
 public:
     explicit Shell(const Library &library) : library_(library) {}
 
     // Runs one command line ("?" help included). Returns false when the line
-    // was refused or the command failed; the reason is on standard error.
-    bool run(std::string_view line);
+    // was refused or the command failed; the reason is on standard error:
+    // qdsh's own words, unless the library told its failure (`info`).
+    bool run(std::string_view line, RunInfo *info = nullptr);
 
     bool exit_requested() const { return exit_requested_; }
 
@@ -30,6 +39,7 @@ public:
     std::vector<std::string> complete(std::string_view line, std::size_t start) const;
 
 private:
+    bool run_line(std::string_view line);
     bool call_handler(const Match &match);
     bool run_builtin(const Match &match);
     bool queue_limit(const Match &match);
@@ -43,11 +53,14 @@ private:
 
     const Library &library_;
     bool exit_requested_ = false;
+    RunInfo *info_ = nullptr;  // of the command running
 };
 
 // Prints "qdsh: MESSAGE" on standard error (and hands MESSAGE to the error
 // listener, when one is set).
 void report_error(const std::string &message);
+// Prints "qdsh: MESSAGE" on standard error, control bytes escaped.
+void write_error(const std::string &message);
 void set_error_listener(std::function<void(const std::string &)> listener);
 
 }  // namespace qdsh

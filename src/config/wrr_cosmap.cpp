@@ -11,6 +11,7 @@
 #include "frame/exchange.hpp"
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
+#include "frame/observe.hpp"
 #include "frame/platform_query.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
@@ -31,6 +32,13 @@ constexpr std::size_t kCosMapOffset = 4;
 constexpr std::size_t kCosMapReplySize = kCosMapOffset + kCosValues;
 
 const char kNotSupported[] = "Command not supported on this platform";
+
+// Told to the observer beside the printed map: a row per queue with the CoS
+// values mapped to it.
+constexpr std::uint32_t kAttrMcastQueue = 0x14ff0105;
+constexpr std::uint32_t kAttrMcastCos = 0x14ff0106;
+
+void refuse_on_platform() { observe::fail_on_stdout(QDCLI_FAILURE_NOT_SUPPORTED, 0, "%s\n", kNotSupported); }
 
 // Bits 0-7: the set of CoS values; bits 8-15: the queue number. Queue
 // numbers are OR-ed together (never replaced); a CoS value is taken modulo
@@ -79,16 +87,21 @@ CosMap decode_cosmap(const PayloadReader &payload) {
 void print_cosmap(const CosMap &map) {
     std::puts("MCAST Queue ID\t\t Cos Map");
     for (unsigned queue = 0; queue < kMcastQueues; ++queue) {
+        const observe::Row row("mcast_queues");
+        observe::u32(kAttrMcastQueue, queue);
         std::printf("%d\t\t\t", static_cast<int>(queue));
-        for (unsigned cos = 0; cos < kCosValues; ++cos)
-            if (map.queue_of_cos[cos] == queue) std::printf("%d ", static_cast<int>(cos));
+        for (unsigned cos = 0; cos < kCosValues; ++cos) {
+            if (map.queue_of_cos[cos] != queue) continue;
+            observe::u32(kAttrMcastCos, cos);
+            std::printf("%d ", static_cast<int>(cos));
+        }
         std::putchar('\n');
     }
 }
 
 std::int32_t show_cosmap(const cmd_paraminfo &pinfo) {
     if (qd_cli_platform_type_get() <= 1) {
-        std::puts(kNotSupported);
+        refuse_on_platform();
         return 0;
     }
     ReceivedMessage reply(pinfo.mts_handle);
@@ -100,8 +113,8 @@ std::int32_t show_cosmap(const cmd_paraminfo &pinfo) {
         // A reply too short to hold the map is told like an empty one (status
         // 0), with what arrived and what the map needs; nothing is printed
         // of the map.
-        std::printf("mts payload is too short: %zu bytes received, %zu needed\n", payload.length(),
-                    kCosMapReplySize);
+        observe::fail_on_stdout(QDCLI_FAILURE_TRUNCATED, 0, "mts payload is too short: %zu bytes received, %zu needed\n",
+                                payload.length(), kCosMapReplySize);
         reply.release();
         return 0;
     }
@@ -131,7 +144,7 @@ QDCLI_EXPORT int32_t qd_cli_conf_wrrqueue_cosmap(cmd_paraminfo *pinfo) {
         [&]() -> std::int32_t {
             if (pinfo == nullptr) return 1;
             if (qd_cli_platform_type_get() >= 2) {
-                std::puts(qdcli::kNotSupported);
+                qdcli::refuse_on_platform();
                 return 0;
             }
             if (pinfo->no_form != 0) {

@@ -126,7 +126,7 @@ std::int32_t debug_show_all(const cmd_paraminfo &pinfo) {
     qd_debug_req request{};
     const DebugView view = pinfo.cmd_id < kDebugViews ? kDebugTable[pinfo.cmd_id] : kRefused;
     if (view.selector == 0) {
-        std::fputs("error: Unexpected number of parameters", stdout);
+        observe::fail_on_stdout(QDCLI_FAILURE_INVALID, 1, "%s", "error: Unexpected number of parameters");
         return 1;
     }
     request.selector_word = std::uint32_t{view.selector} << 24;

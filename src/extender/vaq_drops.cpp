@@ -4,9 +4,11 @@
 // SS, asked from the module's statistics agent with sub-command 27 and
 // printed through the shell's printer, flushed once at the end.
 #include <cstdint>
+#include <cstdio>
 
 #include "frame/exchange.hpp"
 #include "frame/guard.hpp"
+#include "frame/observe.hpp"
 #include "frame/printer.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
@@ -55,44 +57,51 @@ std::size_t bytes_needed(const PayloadReader &payload, std::uint32_t asics) {
 void print_asic(qdcli::Printer &out, const PayloadReader &payload, std::uint32_t vaq, std::uint32_t asic) {
     out.formatted(kMessageSize, "\nStats for Asic %d", static_cast<int>(asic));
     const std::uint32_t ss_count = payload.u8(kSsCountAt + asic);
+    const qdcli_subject subject = qdcli::observe::asic(vaq, asic);
     if (ss_count == 0) {
-        out.line("\nCommand not supported on vaq %s for asic_id %s", u32(kAttrVaq, vaq), u32(kAttrAsic, asic));
+        out.line_untold("\nCommand not supported on vaq %s for asic_id %s", u32(kAttrVaq, vaq), u32(kAttrAsic, asic));
+        char message[kMessageSize];
+        std::snprintf(message, sizeof message, "\nCommand not supported on vaq %u for asic_id %u", vaq, asic);
+        qdcli::observe::failure(QDCLI_FAILURE_NOT_SUPPORTED, message, 0, &subject);
         return;
     }
     if (ss_count > kMaxSs) {
-        out.formatted(kMessageSize, "\nInvalid reply from vaq %d for asic_id %d: %u SS, at most %u",
-                      static_cast<int>(vaq), static_cast<int>(asic), ss_count, kMaxSs);
+        out.fail(QDCLI_FAILURE_DAMAGED, 0, kMessageSize, "\nInvalid reply from vaq %d for asic_id %d: %u SS, at most %u",
+                 static_cast<int>(vaq), static_cast<int>(asic), ss_count, kMaxSs);
         return;
     }
+    const qdcli::observe::Row row("asics");
     out.line("\nNo. of SS present in vaq %s for asic %s is = %s", u32(kAttrVaq, vaq), u32(kAttrAsic, asic),
              u32(kAttrSsCount, ss_count));
-    for (std::uint32_t ss = 0; ss < ss_count; ++ss)
+    for (std::uint32_t ss = 0; ss < ss_count; ++ss) {
+        const qdcli::observe::Row ss_row("ss");
         out.line("\nNo-credit drop count on 'no-drop class' for SS %s is = %s", u32(kAttrSs, ss),
                  u32(kAttrDrops, payload.u8(drops_at(asic, ss))));
+    }
 }
 
 // One extender's reply. Nothing of it is printed until the reply is known
 // to hold every byte the report reads.
 void print_reply(qdcli::Printer &out, const PayloadReader &payload, std::uint32_t vaq) {
     if (!payload.covers(kAsicCountAt, 1)) {
-        out.formatted(kMessageSize, "\nTruncated reply from vaq %d: %u bytes, %u needed", static_cast<int>(vaq),
-                      static_cast<unsigned>(payload.length()), static_cast<unsigned>(kAsicCountAt + 1));
+        out.fail(QDCLI_FAILURE_TRUNCATED, 0, kMessageSize, "\nTruncated reply from vaq %d: %u bytes, %u needed",
+                 static_cast<int>(vaq), static_cast<unsigned>(payload.length()), static_cast<unsigned>(kAsicCountAt + 1));
         return;
     }
     const std::uint32_t asics = payload.u8(kAsicCountAt);
     if (asics == 0) {
-        out.formatted(kMessageSize, "\nCommand not supported on vaq %d", static_cast<int>(vaq));
+        out.fail(QDCLI_FAILURE_NOT_SUPPORTED, 0, kMessageSize, "\nCommand not supported on vaq %d", static_cast<int>(vaq));
         return;
     }
     if (asics > kMaxAsics) {
-        out.formatted(kMessageSize, "\nInvalid reply from vaq %d: %u asics, at most %u", static_cast<int>(vaq), asics,
-                      kMaxAsics);
+        out.fail(QDCLI_FAILURE_DAMAGED, 0, kMessageSize, "\nInvalid reply from vaq %d: %u asics, at most %u",
+                 static_cast<int>(vaq), asics, kMaxAsics);
         return;
     }
     const std::size_t needed = bytes_needed(payload, asics);
     if (!payload.covers(0, needed)) {
-        out.formatted(kMessageSize, "\nTruncated reply from vaq %d: %u bytes, %u needed", static_cast<int>(vaq),
-                      static_cast<unsigned>(payload.length()), static_cast<unsigned>(needed));
+        out.fail(QDCLI_FAILURE_TRUNCATED, 0, kMessageSize, "\nTruncated reply from vaq %d: %u bytes, %u needed",
+                 static_cast<int>(vaq), static_cast<unsigned>(payload.length()), static_cast<unsigned>(needed));
         return;
     }
     out.line("\nNo. of Asics present in vaq %s is = %s", u32(kAttrAsicsVaq, vaq), u32(kAttrAsics, asics));
@@ -108,17 +117,19 @@ void report_vaq(qdcli::Printer &out, std::uint32_t mts_handle, const lc_stats_re
     satmgr_module_info info{};
     if (satmgr_get_module_info(slot, &info) != 0) return;
 
+    const qdcli::observe::Subject subject(qdcli::observe::extender(vaq));
     qdcli::ReceivedMessage reply(mts_handle);
     const qdcli::ExchangeResult result = qdcli::lc_stats_exchange(mts_handle, info.node, request, reply);
     switch (result.outcome) {
     case qdcli::Outcome::send_failed:
     case qdcli::Outcome::recv_failed:
-        out.formatted(kMessageSize, "\n Cmd recv failed for vaq %d with error code %s\n", static_cast<int>(vaq),
-                      qdcli::error_text(result.error));
+        out.fail(result.outcome == qdcli::Outcome::send_failed ? QDCLI_FAILURE_SEND : QDCLI_FAILURE_RECEIVE,
+                 result.error, kMessageSize, "\n Cmd recv failed for vaq %d with error code %s\n",
+                 static_cast<int>(vaq), qdcli::error_text(result.error));
         return;
     case qdcli::Outcome::empty_payload:
         reply.release();
-        out.literal("mts payload is empty");
+        out.fail_literal(QDCLI_FAILURE_EMPTY, 0, "mts payload is empty");
         return;
     case qdcli::Outcome::ok:
         break;

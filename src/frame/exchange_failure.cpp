@@ -3,20 +3,26 @@
 
 #include <cstdio>
 
+#include "frame/observe.hpp"
+
 namespace qdcli {
 
 namespace {
 constexpr const char *kEmptyPayload = "mts payload is empty";
+
+qdcli_failure_kind transport_kind(Outcome outcome) {
+    return outcome == Outcome::send_failed ? QDCLI_FAILURE_SEND : QDCLI_FAILURE_RECEIVE;
 }
+}  // namespace
 
 std::optional<std::int32_t> told_on_stdout(const ExchangeResult &result) {
     switch (result.outcome) {
     case Outcome::send_failed:
     case Outcome::recv_failed:
-        std::puts(error_text(result.error));
+        observe::fail_on_stdout(transport_kind(result.outcome), result.error, "%s\n", error_text(result.error));
         return result.error;
     case Outcome::empty_payload:
-        std::fputs(kEmptyPayload, stdout);
+        observe::fail_on_stdout(QDCLI_FAILURE_EMPTY, 0, "%s", kEmptyPayload);
         return 0;
     case Outcome::ok:
         break;
@@ -26,7 +32,8 @@ std::optional<std::int32_t> told_on_stdout(const ExchangeResult &result) {
 
 std::optional<std::int32_t> told_by_interface_clear(const ExchangeResult &result) {
     if (result.outcome == Outcome::send_failed) {
-        std::printf("Error in MTS end to QD, %s\n", error_text(result.error));
+        observe::fail_on_stdout(QDCLI_FAILURE_SEND, result.error, "Error in MTS end to QD, %s\n",
+                                error_text(result.error));
         return result.error;
     }
     return told_on_stdout(result);
@@ -36,11 +43,11 @@ std::optional<std::int32_t> told_on_printer(Printer &out, const ExchangeResult &
     switch (result.outcome) {
     case Outcome::send_failed:
     case Outcome::recv_failed:
-        out.formatted(buffer_size, "%s\n", error_text(result.error));
+        out.fail(transport_kind(result.outcome), result.error, buffer_size, "%s\n", error_text(result.error));
         out.flush();
         return result.error;
     case Outcome::empty_payload:
-        out.literal(kEmptyPayload);
+        out.fail_literal(QDCLI_FAILURE_EMPTY, 0, kEmptyPayload);
         out.flush();
         return 0;
     case Outcome::ok:

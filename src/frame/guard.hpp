@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <new>
 
+#include "frame/observe.hpp"
+
 namespace qdcli {
 
 template <class F>
@@ -15,8 +17,10 @@ auto guarded(F &&body, decltype(body()) on_failure) noexcept -> decltype(body())
         return body();
     } catch (const std::bad_alloc &) {
         std::fputs("Failed to allocate memory!\n", stderr);
+        observe::failure(QDCLI_FAILURE_MEMORY, "Failed to allocate memory!\n");
     } catch (...) {
         std::fputs("internal error in command handler\n", stderr);
+        observe::failure(QDCLI_FAILURE_INTERNAL, "internal error in command handler\n");
     }
     return on_failure;
 }
@@ -27,6 +31,7 @@ void guarded_void(F &&body) noexcept {
         body();
     } catch (...) {
         std::fputs("internal error in command handler\n", stderr);
+        observe::failure(QDCLI_FAILURE_INTERNAL, "internal error in command handler\n");
     }
 }
 

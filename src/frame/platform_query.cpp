@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "frame/observe.hpp"
 #include "qdcli/wire.h"
 
 namespace {
@@ -59,12 +60,16 @@ void interface_name(std::uint32_t if_index, char *buffer, std::size_t size) {
 CheckedInterface check_interface(std::uint32_t if_index) {
     CheckedInterface checked;
     if (if_index == 0) {
+        const qdcli_subject subject = observe::interface(if_index);
         std::puts("Invalid interface");
+        observe::failure(QDCLI_FAILURE_INVALID, "Invalid interface\n", 0, &subject);
         return checked;
     }
     if_index_get_type(if_index, &checked.type);
     if (checked.type == IF_TYPE_ETH && if_index_is_sub_intf(if_index) != 0) {
+        const qdcli_subject subject = observe::interface(if_index);
         std::puts("Command not allowed on sub-interface! ");
+        observe::failure(QDCLI_FAILURE_NOT_ALLOWED, "Command not allowed on sub-interface! \n", 0, &subject);
         return checked;
     }
     interface_name(if_index, checked.name, sizeof checked.name);

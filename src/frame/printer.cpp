@@ -5,25 +5,34 @@
 #include <cstdio>
 #include <string>
 
+#include "frame/observe.hpp"
+
 namespace qdcli {
 
-void Printer::bind(Bound &bound, const PrtValue &value) {
+void Printer::bind(Bound &bound, const PrtValue &value, bool tell) {
+    const void *bytes = nullptr;
+    std::uint32_t length = 0;
     switch (value.kind) {
     case PrtValue::Kind::u32:
     case PrtValue::Kind::i32:
         bound.u32 = static_cast<std::uint32_t>(value.number);
-        cmd_prt_arg_make(&bound.arg, value.attr, &bound.u32, 4);
+        bytes = &bound.u32;
+        length = 4;
         break;
     case PrtValue::Kind::u64:
         bound.u64 = value.number;
-        cmd_prt_arg_make(&bound.arg, value.attr, &bound.u64, 8);
+        bytes = &bound.u64;
+        length = 8;
         break;
     case PrtValue::Kind::text: {
         const char *text = value.text ? value.text : "";
-        cmd_prt_arg_make(&bound.arg, value.attr, text, static_cast<std::uint32_t>(std::strlen(text) + 1));
+        bytes = text;
+        length = static_cast<std::uint32_t>(std::strlen(text) + 1);
         break;
     }
     }
+    cmd_prt_arg_make(&bound.arg, value.attr, bytes, length);
+    if (tell) observe::value(value.attr, bytes, length);
 }
 
 void Printer::literal(std::string_view text) {
@@ -47,15 +56,40 @@ void Printer::literal(std::string_view text) {
     cmd_prt(handle_, out);
 }
 
+namespace {
+
+// Formats into a buffer of `buffer_size` bytes (at most 256), cut like snprintf.
+struct Formatted {
+    char text[256] = "";
+    Formatted(std::size_t buffer_size, const char *format, va_list args) {
+        if (buffer_size > sizeof text) buffer_size = sizeof text;
+        if (buffer_size > 0) std::vsnprintf(text, buffer_size, format, args);
+    }
+};
+
+}  // namespace
+
 void Printer::formatted(std::size_t buffer_size, const char *format, ...) {
-    char buffer[256];
     if (buffer_size == 0) return;
-    if (buffer_size > sizeof buffer) buffer_size = sizeof buffer;
     va_list args;
     va_start(args, format);
-    std::vsnprintf(buffer, buffer_size, format, args);
+    const Formatted f(buffer_size, format, args);
     va_end(args);
-    literal(buffer);
+    literal(f.text);
+}
+
+void Printer::fail_literal(qdcli_failure_kind kind, std::int32_t code, const char *text) {
+    literal(text);
+    observe::failure(kind, text, code);
+}
+
+void Printer::fail(qdcli_failure_kind kind, std::int32_t code, std::size_t buffer_size, const char *format, ...) {
+    if (buffer_size == 0) return;
+    va_list args;
+    va_start(args, format);
+    const Formatted f(buffer_size, format, args);
+    va_end(args);
+    fail_literal(kind, code, f.text);
 }
 
 }  // namespace qdcli

@@ -6,6 +6,9 @@
 // The values and their argument records live for the one cmd_prt call.
 // Text that is not a fixed format (a formatted message, a name) goes through
 // literal(), which prints it as it stands: a '%' in it is never a conversion.
+// Every typed value is also told to the host's observer, if it has one, right
+// before the line is printed (frame/observe.hpp); line_untold() is for a line
+// whose values the report tells the observer itself, in another shape.
 #pragma once
 
 #include <array>
@@ -16,6 +19,7 @@
 #include <string_view>
 #include <utility>
 
+#include "qdcli/observer.h"
 #include "qdcli/platform.h"
 
 namespace qdcli {
@@ -47,7 +51,12 @@ public:
     // A fixed format with one typed value per %s conversion.
     template <class... V>
     void line(const char *format, const V &...values) {
-        emit(format, std::index_sequence_for<V...>{}, values...);
+        emit(true, format, std::index_sequence_for<V...>{}, values...);
+    }
+
+    template <class... V>
+    void line_untold(const char *format, const V &...values) {
+        emit(false, format, std::index_sequence_for<V...>{}, values...);
     }
 
     // Prints `text` exactly as it stands.
@@ -59,6 +68,12 @@ public:
 
     void flush() { cmd_prt_send(handle_); }
 
+    // A failure or refusal: printed as literal() or formatted() print it,
+    // and told to the host's observer with the text printed.
+    void fail_literal(qdcli_failure_kind kind, std::int32_t code, const char *text);
+    void fail(qdcli_failure_kind kind, std::int32_t code, std::size_t buffer_size, const char *format, ...)
+        __attribute__((format(printf, 5, 6)));
+
 private:
     struct Bound {
         cmd_prt_arg arg{};
@@ -66,15 +81,16 @@ private:
         std::uint64_t u64 = 0;
     };
 
-    static void bind(Bound &bound, const PrtValue &value);
+    static void bind(Bound &bound, const PrtValue &value, bool tell);
 
     template <class... V, std::size_t... I>
-    void emit(const char *format, std::index_sequence<I...>, const V &...values) {
+    void emit(bool tell, const char *format, std::index_sequence<I...>, const V &...values) {
         if constexpr (sizeof...(V) == 0) {
+            (void)tell;
             cmd_prt(handle_, format);
         } else {
             std::array<Bound, sizeof...(V)> bound{};
-            (bind(bound[I], values), ...);
+            (bind(bound[I], values, tell), ...);
             cmd_prt(handle_, format, static_cast<const cmd_prt_arg *>(&bound[I].arg)...);
         }
     }

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <utility>
 
+#include "frame/observe.hpp"
+
 namespace qdcli::hif {
 namespace {
 
@@ -165,11 +167,31 @@ void typed_line(Printer &printer, const char *format, const PrtValue *values, st
     printer.line(format, values[I]...);
 }
 
+// The value of a field as the observer gets it: what the report prints, with
+// the lengths of the printer's typed arguments (a counter of the text report
+// is whole, 8 bytes).
+void tell_field(const Field &field, bool whole_counters) {
+    switch (field.kind) {
+    case Field::Kind::word: observe::u32(field.attr, static_cast<std::uint32_t>(field.number)); break;
+    case Field::Kind::counter:
+        if (whole_counters)
+            observe::u64(field.attr, field.number);
+        else
+            observe::u32(field.attr, static_cast<std::uint32_t>(field.number));
+        break;
+    case Field::Kind::wide: observe::u64(field.attr, field.number); break;
+    case Field::Kind::text: observe::text(field.attr, field.text); break;
+    }
+}
+
 }  // namespace
+
+void HifOutput::tell(const Field &field) { tell_field(field, false); }
 
 // ---- standard output ----
 
 void TextOutput::put(const char *format, std::initializer_list<Field> fields) {
+    for (const Field &field : fields) tell_field(field, true);
     PieceText text;
     render_text(format, std::span<const Field>(fields.begin(), fields.size()), text);
     std::fputs(text.c_str(), stdout);
@@ -179,6 +201,13 @@ void TextOutput::formatted(const char *format, ...) {
     va_list args;
     va_start(args, format);
     std::vprintf(format, args);
+    va_end(args);
+}
+
+void TextOutput::fail(qdcli_failure_kind kind, std::int32_t code, const char *format, ...) {
+    va_list args;
+    va_start(args, format);
+    observe::fail_on_stdout_v(kind, code, format, args);
     va_end(args);
 }
 
@@ -210,6 +239,15 @@ void TypedOutput::formatted(const char *format, ...) {
     std::vsnprintf(line, sizeof line, format, args);
     va_end(args);
     printer_.literal(line);
+}
+
+void TypedOutput::fail(qdcli_failure_kind kind, std::int32_t code, const char *format, ...) {
+    char line[kTypedLineBuffer];
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(line, sizeof line, format, args);
+    va_end(args);
+    printer_.fail_literal(kind, code, line);
 }
 
 void TypedOutput::overflow_column(const Field &word) {

@@ -17,6 +17,7 @@
 #include <initializer_list>
 
 #include "frame/printer.hpp"
+#include "qdcli/observer.h"
 
 namespace qdcli::hif {
 
@@ -54,6 +55,15 @@ public:
     // most 79 characters kept) and prints the result as it stands.
     virtual void formatted(const char *format, ...) __attribute__((format(printf, 2, 3))) = 0;
 
+    // A failure or refusal, formatted as formatted() formats it, printed and
+    // told to the host's observer with the text printed.
+    virtual void fail(qdcli_failure_kind kind, std::int32_t code, const char *format, ...)
+        __attribute__((format(printf, 4, 5))) = 0;
+
+    // Tells the host's observer a value that the line does not carry as a
+    // field (the control queues' names, the kind of a statistics row).
+    static void tell(const Field &field);
+
     // The overflow word of the five-column port statistics ("  %8s").
     // The typed report pads the word into its argument before printing it
     // with the same padding again.
@@ -68,6 +78,8 @@ class TextOutput final : public HifOutput {
 public:
     void put(const char *format, std::initializer_list<Field> fields = {}) override;
     void formatted(const char *format, ...) override __attribute__((format(printf, 2, 3)));
+    void fail(qdcli_failure_kind kind, std::int32_t code, const char *format, ...) override
+        __attribute__((format(printf, 4, 5)));
     void overflow_column(const Field &word) override;
     void deliver() override {}
 };
@@ -77,6 +89,8 @@ public:
     explicit TypedOutput(cmd_paraminfo *pinfo) : printer_(pinfo) {}
     void put(const char *format, std::initializer_list<Field> fields = {}) override;
     void formatted(const char *format, ...) override __attribute__((format(printf, 2, 3)));
+    void fail(qdcli_failure_kind kind, std::int32_t code, const char *format, ...) override
+        __attribute__((format(printf, 4, 5)));
     void overflow_column(const Field &word) override;
     void deliver() override { printer_.flush(); }
 

@@ -7,6 +7,7 @@
 
 #include "frame/exchange.hpp"
 #include "frame/message.hpp"
+#include "frame/observe.hpp"
 #include "qdcli/wire.h"
 
 namespace qdcli::hif {
@@ -23,7 +24,8 @@ constexpr std::uint32_t HIF_ATTR_IB_XON = 0x14ff0079u;
 constexpr std::uint32_t HIF_ATTR_IB_XOFF = 0x14ff007au;
 constexpr std::uint32_t HIF_ATTR_IB_BUFFER_SIZE = 0x14ff007bu;
 constexpr std::uint32_t HIF_ATTR_IB_UNSUPPORTED = 0x14ff007cu;
-constexpr std::uint32_t HIF_ATTR_IF_NAME = 0x30ff003au;
+// Told to the observer, not printed: the control queues' names and the kind
+// of a statistics row are text of the report's own lines.
 constexpr std::uint32_t HIF_ATTR_QUEUE_NAME = 0x30ff0088u;
 constexpr std::uint32_t HIF_ATTR_STATS_FLAGS = 0x30ff0089u;
 constexpr std::uint32_t HIF_ATTR_ROW_FLAGS = 0x30ff00a9u;
@@ -172,8 +174,9 @@ void input_buffers(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
     for (std::uint32_t i = 0; i < info.ib_count; ++i) {
         const InputBuffer &buffer = info.input_buffers[i];
         if (buffer.frh == 1) continue;
+        if (buffer.ctrl != 0 && info.stats_format != 0 && !detailed) continue;
+        const observe::Row row("input_buffers");
         if (buffer.ctrl != 0 && info.stats_format != 0) {
-            if (!detailed) continue;
             out.put("\n  Qos-group: ctrl\n");
         } else {
             out.put("\n  Qos-group: ");
@@ -207,8 +210,11 @@ void queueing(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
     for (std::uint32_t j = 0; j < info.queue_count; ++j) {
         const Queue &queue = info.queues[j];
         if (!detailed && (queue.flags & QUEUE_FLAG_CTRL)) continue;
+        const observe::Row row("queues");
         if (queue.queue_id == QUEUE_ID_CTRL_HI || queue.queue_id == QUEUE_ID_CTRL_LO) {
-            out.put("  %s", {label(HIF_ATTR_QUEUE_NAME, queue.queue_id == QUEUE_ID_CTRL_HI ? "ctrl-hi  " : "ctrl-lo  ")});
+            out.tell(word(HIF_ATTR_QUEUE_ID, queue.queue_id));
+            out.tell(label(HIF_ATTR_QUEUE_NAME, queue.queue_id == QUEUE_ID_CTRL_HI ? "ctrl-hi" : "ctrl-lo"));
+            out.formatted("  %s", queue.queue_id == QUEUE_ID_CTRL_HI ? "ctrl-hi  " : "ctrl-lo  ");
             out.put("n/a");
             for (std::size_t n = 0; n < QUEUE_NAME_BLANKS; ++n) out.put(" ");
         } else {
@@ -231,18 +237,25 @@ void limit(std::uint32_t value, std::uint32_t attr, HifOutput &out) {
 }
 
 void flags_column(const QueueStats &stats, HifOutput &out) {
-    out.put(" %s\n", {label(HIF_ATTR_STATS_FLAGS, (stats.flags & QUEUE_FLAG_CTRL) ? " ctrl" : " data")});
+    out.tell(label(HIF_ATTR_STATS_FLAGS, (stats.flags & QUEUE_FLAG_CTRL) ? "ctrl" : "data"));
+    out.formatted(" %s\n", (stats.flags & QUEUE_FLAG_CTRL) ? " ctrl" : " data");
 }
 
 // Calls `row` for the statistics record of every listed queue that the
 // report shows: a control queue (by its statistics record's flag) only when
-// detailed.
+// detailed. Each call is one row of `table` for the observer, unless the
+// table is null (the caller tells its own rows).
 template <class Row>
-void statistics_rows(const HifQueuingInfo &info, bool detailed, Row &&row) {
+void statistics_rows(const HifQueuingInfo &info, bool detailed, const char *table, Row &&row) {
     for (std::uint32_t j = 0; j < info.queue_count; ++j) {
         const QueueStats &stats = info.stats_of(info.queues[j]);
         if (!detailed && (stats.flags & QUEUE_FLAG_CTRL)) continue;
-        row(stats);
+        if (table == nullptr) {
+            row(stats);
+        } else {
+            const observe::Row observed(table);
+            row(stats);
+        }
     }
 }
 
@@ -254,7 +267,7 @@ void statistics_single(const HifQueuingInfo &info, bool detailed, HifOutput &out
     out.put(detailed ? " flags\n" : "      \n");
     out.put("  ------+---------------");
     out.put(detailed ? "+-----\n" : "      \n");
-    statistics_rows(info, detailed, [&](const QueueStats &s) {
+    statistics_rows(info, detailed, "queue_stats", [&](const QueueStats &s) {
         out.put("  %d      %-15llu", {word(HIF_ATTR_STATS_QUEUE, s.queue_num), counter(HIF_ATTR_STATS_RX, s.rx_count)});
         if (detailed)
             flags_column(s, out);
@@ -280,22 +293,28 @@ void statistics_rows_format(const HifQueuingInfo &info, bool detailed, HifOutput
         out.put("  No |Transmitted     |           |            |          |Tail Drop  |\n");
     }
     out.put(separator);
-    statistics_rows(info, detailed, [&](const QueueStats &s) {
+    statistics_rows(info, detailed, nullptr, [&](const QueueStats &s) {
+        observe::row_begin("rx_queue_stats");
         out.put("%3urx|%16llu", {word(HIF_ATTR_RX_ROW_QUEUE, s.queue_num), counter(HIF_ATTR_RX_ROW_RECEIVED, s.rx_count)});
         out.put("|%11llu", {counter(HIF_ATTR_RX_ROW_TAIL_DROP, s.tail_drop_rx)});
         out.put("|%12llu", {counter(HIF_ATTR_RX_ROW_NO_BUFFER, s.no_buffer_rx)});
         out.put("|%10llu", {counter(HIF_ATTR_RX_ROW_MAC_ERROR, s.mac_error_rx)});
         out.put("|     -     |");
-        if (detailed)
-            out.put(" %s|\n", {label(HIF_ATTR_ROW_FLAGS, (s.flags & QUEUE_FLAG_CTRL) ? "ctrl" : "data")});
-        else
+        if (detailed) {
+            out.tell(label(HIF_ATTR_ROW_FLAGS, (s.flags & QUEUE_FLAG_CTRL) ? "ctrl" : "data"));
+            out.put((s.flags & QUEUE_FLAG_CTRL) ? " ctrl|\n" : " data|\n");
+        } else {
             out.put("\n");
+        }
+        observe::row_end("rx_queue_stats");
+        observe::row_begin("tx_queue_stats");
         out.put("%3utx|%16llu",
                 {word(HIF_ATTR_TX_ROW_QUEUE, s.queue_num), counter(HIF_ATTR_TX_ROW_TRANSMITTED, s.tx_count)});
         out.put("|%11llu", {counter(HIF_ATTR_TX_ROW_TAIL_DROP, s.tail_drop_tx)});
         out.put("|%12llu", {counter(HIF_ATTR_TX_ROW_NO_BUFFER, s.no_buffer_tx)});
         out.put("|%10llu", {counter(HIF_ATTR_TX_ROW_MAC_ERROR, s.mac_error_tx)});
         out.put("|%11llu|", {counter(HIF_ATTR_TX_ROW_MCAST_TAIL_DROP, s.mcast_tail_drop)});
+        observe::row_end("tx_queue_stats");
         out.put(detailed ? "     |\n" : "\n");
         out.put(separator);
     });
@@ -309,7 +328,7 @@ void statistics_rx_tx(const HifQueuingInfo &info, bool detailed, HifOutput &out)
     out.put(detailed ? " flags\n" : "      \n");
     out.put("  ------+---------------+---------------");
     out.put(detailed ? "+-----\n" : "      \n");
-    statistics_rows(info, detailed, [&](const QueueStats &s) {
+    statistics_rows(info, detailed, "queue_stats", [&](const QueueStats &s) {
         out.put("  %d      %-15llu", {word(HIF_ATTR_STATS_QUEUE, s.queue_num), counter(HIF_ATTR_STATS_RX, s.rx_count)});
         out.put(" %-15llu", {counter(HIF_ATTR_STATS_TX, s.tx_count)});
         if (detailed)
@@ -363,6 +382,7 @@ void flow_control(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
     out.put("  cos     qos-group   rx pause  tx pause  masked rx pause\n");
     out.put("  -------+-----------+---------+---------+---------------\n");
     for (unsigned k = 0; k < 8; ++k) {
+        const observe::Row row("pause");
         const Field rx_text = label(HIF_ATTR_PAUSE_RX, xoff_or_xon(rx, k));
         const Field tx_text = label(HIF_ATTR_PAUSE_TX, xoff_or_xon(tx, k));
         const Field masked_text = label(HIF_ATTR_PAUSE_MASKED_RX, xoff_or_xon(masked, k));
@@ -391,18 +411,20 @@ void flow_control(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
 void refuse(const HifDecodeResult &damage, std::size_t payload_length, const char *if_name, HifOutput &out) {
     switch (damage.damage) {
     case HifDamage::truncated:
-        out.formatted("Reply for %s truncated: %zu of %zu bytes\n", if_name, payload_length, REPLY_SIZE);
+        out.fail(QDCLI_FAILURE_TRUNCATED, 0, "Reply for %s truncated: %zu of %zu bytes\n", if_name, payload_length,
+                 REPLY_SIZE);
         break;
     case HifDamage::too_many_buffers:
-        out.formatted("Reply for %s damaged: %u input buffers, room for %zu\n", if_name, damage.value,
-                      kInputBufferSlots);
+        out.fail(QDCLI_FAILURE_DAMAGED, 0, "Reply for %s damaged: %u input buffers, room for %zu\n", if_name,
+                 damage.value, kInputBufferSlots);
         break;
     case HifDamage::too_many_queues:
-        out.formatted("Reply for %s damaged: %u queues, room for %zu\n", if_name, damage.value, kQueueSlots);
+        out.fail(QDCLI_FAILURE_DAMAGED, 0, "Reply for %s damaged: %u queues, room for %zu\n", if_name, damage.value,
+                 kQueueSlots);
         break;
     case HifDamage::queue_id_range:
-        out.formatted("Reply for %s damaged: queue id %u, room for 0 to %zu\n", if_name, damage.value,
-                      kQueueStatsSlots - 1);
+        out.fail(QDCLI_FAILURE_DAMAGED, 0, "Reply for %s damaged: queue id %u, room for 0 to %zu\n", if_name,
+                 damage.value, kQueueStatsSlots - 1);
         break;
     case HifDamage::none:
         return;
@@ -415,13 +437,7 @@ void refuse(const HifDecodeResult &damage, std::size_t payload_length, const cha
 void print_hif_queuing(const HifQueuingInfo &info, const ReportContext &context, const char *if_name,
                        HifOutput &out) {
     const bool detailed = context.detailed;
-    // The name goes to the printer as a value where the heading fits the
-    // typed report's 80-byte line (any name the platform makes); a longer
-    // one is cut with the line, as text.
-    if (std::strlen(if_name) + std::strlen(" queuing information:\n") < 80)
-        out.put("%s queuing information:\n", {label(HIF_ATTR_IF_NAME, if_name)});
-    else
-        out.formatted("%s queuing information:\n", if_name);
+    out.formatted("%s queuing information:\n", if_name);
     input_buffers(info, detailed, out);
     queueing(info, detailed, out);
     if (info.buffer_threshold != kNoValue)
@@ -439,6 +455,7 @@ void print_hif_queuing(const HifQueuingInfo &info, const ReportContext &context,
 
 std::int32_t show_hif_queuing(cmd_paraminfo *pinfo, std::uint32_t if_index, const char *if_name, HifOutput &out) {
     if (if_name == nullptr) if_name = "";
+    const observe::Subject subject(observe::interface(if_index, if_name));
 
     // The slot stays 0 when the platform does not know the interface.
     std::uint8_t slot = 0;
@@ -453,15 +470,17 @@ std::int32_t show_hif_queuing(cmd_paraminfo *pinfo, std::uint32_t if_index, cons
     const ExchangeResult exchange = lc_stats_exchange(pinfo->mts_handle, lc_stats_node(slot), request, reply);
     switch (exchange.outcome) {
     case Outcome::send_failed:
-        out.formatted("Cmd send failed for %s with error code %s\n", if_name, error_text(exchange.error));
+        out.fail(QDCLI_FAILURE_SEND, exchange.error, "Cmd send failed for %s with error code %s\n", if_name,
+                 error_text(exchange.error));
         out.deliver();
         return 0;
     case Outcome::recv_failed:
-        out.formatted("Cmd recv failed for %s with error code %s\n", if_name, error_text(exchange.error));
+        out.fail(QDCLI_FAILURE_RECEIVE, exchange.error, "Cmd recv failed for %s with error code %s\n", if_name,
+                 error_text(exchange.error));
         out.deliver();
         return 0;
     case Outcome::empty_payload:
-        out.put("mts payload is empty");
+        out.fail(QDCLI_FAILURE_EMPTY, 0, "%s", "mts payload is empty");
         out.deliver();
         return 0;  // the reply is released by its owner
     case Outcome::ok:
@@ -480,8 +499,8 @@ std::int32_t show_hif_queuing(cmd_paraminfo *pinfo, std::uint32_t if_index, cons
         return 0;
     }
     if (const std::uint32_t status = lc_reply_status(payload); status != 0) {
-        out.formatted("Cmd not supported for %s, error code %s\n", if_name,
-                      error_text(static_cast<std::int32_t>(status)));
+        out.fail(QDCLI_FAILURE_NOT_SUPPORTED, static_cast<std::int32_t>(status),
+                 "Cmd not supported for %s, error code %s\n", if_name, error_text(static_cast<std::int32_t>(status)));
         out.deliver();
         return 0;
     }

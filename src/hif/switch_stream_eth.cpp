@@ -5,6 +5,7 @@
 // host-interface renderer.
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 
 #include "frame/guard.hpp"
 #include "frame/platform_query.hpp"
@@ -23,6 +24,15 @@ constexpr std::int32_t kPlatformPerAsicMcast = 3;
 
 struct EthContext : WalkState {
     cmd_rsp *rsp = nullptr;
+    // The interface being rendered, for the host's observer.
+    bool in_subject = false;
+    qdcli_subject subject{};
+    char name[32] = "";
+
+    void end_subject() {
+        if (in_subject) qdcli::observe::subject_end(subject);
+        in_subject = false;
+    }
 };
 
 const char *active_text(std::uint32_t v) { return v != 0 ? "Active" : "Inactive"; }
@@ -31,6 +41,7 @@ void interface_row(EthContext &c, const PayloadReader &v) {
     const std::uint32_t if_index = word_of(v);
     std::uint8_t type = 0;
     if_index_get_type(if_index, &type);
+    c.end_subject();
     char name[32];
     qdcli::interface_name(if_index, name, sizeof name);
     if (type == IF_TYPE_HIF) {
@@ -38,6 +49,10 @@ void interface_row(EthContext &c, const PayloadReader &v) {
         c.done = true;
         return;
     }
+    std::memcpy(c.name, name, sizeof name);
+    c.subject = qdcli::observe::interface(if_index, c.name);
+    c.in_subject = true;
+    qdcli::observe::subject_begin(c.subject);
     std::printf("%s queuing information:\n", name);
 }
 
@@ -122,7 +137,9 @@ extern "C" std::int32_t qd_cli_show_queuing_intf_switch(cmd_rsp *rsp) {
         [&] {
             EthContext context;
             context.rsp = rsp;
-            return walk(rsp, kEthRows, context);
+            const std::int32_t result = walk(rsp, kEthRows, context);
+            context.end_subject();
+            return result;
         },
         -1);
 }

@@ -321,6 +321,7 @@ extern "C" std::int32_t qd_cli_show_queuing_intf_switch_hif(cmd_rsp *rsp, const 
             context.name = if_name != nullptr ? if_name : "";
             context.if_index = if_index;
             context.blank = &blank;
+            const qdcli::observe::Subject subject(qdcli::observe::interface(if_index, context.name));
             return walk(rsp, kHifRows, context);
         },
         -1);

@@ -20,8 +20,11 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "frame/observe.hpp"
 #include "frame/reader.hpp"
+#include "qdcli/attributes.h"
 #include "qdcli/platform.h"
+#include "qdcli/wire.h"
 
 namespace qdcli::stream {
 
@@ -61,10 +64,58 @@ const Row<Context> *find_row(const std::array<Row<Context>, N> &table, std::uint
     return nullptr;
 }
 
+// Tells the host's observer the value a row reads: numbers widened to 32
+// bits, 64-bit counters whole. An interface index is not told as a value: it
+// starts the next subject, which carries it.
+inline void tell_value(std::uint32_t id, std::uint8_t width, const PayloadReader &v) {
+    if ((id >> 24) == ATTR_TYPE_IF_INDEX) return;
+    switch (width) {
+    case u8: observe::u32(id, v.u8(0)); break;
+    case u16: observe::u32(id, v.host16(0)); break;
+    case u32: observe::u32(id, v.host32(0)); break;
+    case u64: observe::u64(id, v.host64_low_first(0)); break;
+    default: break;
+    }
+}
+
+// The observer's rows of a walk, by the catalogue: an attribute of a table
+// starts a row of it when it is the table's index (unless it continues the
+// index's list) or when another table's row is open; any other attribute
+// ends the open row.
+class StreamRows {
+public:
+    StreamRows() = default;
+    StreamRows(const StreamRows &) = delete;
+    StreamRows &operator=(const StreamRows &) = delete;
+    ~StreamRows() { close(); }
+
+    void before(std::uint32_t id) {
+        const qdcli_attr_info *info = qdcli_attr_find(id);
+        const char *table = info != nullptr && (id >> 24) != ATTR_TYPE_IF_INDEX ? info->table : nullptr;
+        const bool starts = table != nullptr && (info->flags & QDCLI_ATTR_FLAG_ROW_START) != 0 &&
+                            !((info->flags & QDCLI_ATTR_FLAG_LIST) != 0 && id == last_);
+        if (table == nullptr || starts || table != open_) close();
+        if (table != nullptr && open_ == nullptr) {
+            open_ = table;
+            observe::row_begin(open_);
+        }
+        last_ = id;
+    }
+    void close() {
+        if (open_ != nullptr) observe::row_end(open_);
+        open_ = nullptr;
+    }
+
+private:
+    const char *open_ = nullptr;
+    std::uint32_t last_ = 0;
+};
+
 // Fetches attributes until the end of the stream (-1) or until a row ends
 // the walk; returns -1 or the result that row left.
 template <class Context, std::size_t N>
 std::int32_t walk(cmd_rsp *rsp, const std::array<Row<Context>, N> &table, Context &context) {
+    StreamRows rows;
     for (;;) {
         void *value = nullptr;
         std::uint32_t length = 0;
@@ -78,10 +129,12 @@ std::int32_t walk(cmd_rsp *rsp, const std::array<Row<Context>, N> &table, Contex
         }
         const PayloadReader reader(value, length);
         if (!reader.covers(0, row->width)) {
-            std::printf("\n Malformed attr 0x%x: %u bytes, %u expected\n", id, static_cast<unsigned>(reader.length()),
-                        static_cast<unsigned>(row->width));
+            observe::fail_on_stdout(QDCLI_FAILURE_DAMAGED, 0, "\n Malformed attr 0x%x: %u bytes, %u expected\n", id,
+                                    static_cast<unsigned>(reader.length()), static_cast<unsigned>(row->width));
             continue;
         }
+        rows.before(id);
+        tell_value(id, row->width, reader);
         row->render(context, reader);
         if (context.done) return context.result;
     }

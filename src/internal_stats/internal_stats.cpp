@@ -13,6 +13,7 @@
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
+#include "frame/observe.hpp"
 #include "frame/printer.hpp"
 #include "internal_stats/port_records.hpp"
 #include "qdcli/handlers.h"
@@ -70,15 +71,16 @@ struct WorkingTables {
     }
 };
 
-// Formats a message into the command's message buffer (longer text is cut),
-// prints it as it stands and flushes it.
-__attribute__((format(printf, 2, 3))) void tell(Printer &out, const char *format, ...) {
+// Formats a failure into the command's message buffer (longer text is cut),
+// prints it as it stands, tells it and flushes it.
+__attribute__((format(printf, 4, 5))) void tell(Printer &out, qdcli_failure_kind kind, std::int32_t code,
+                                                const char *format, ...) {
     char buffer[kMessageBuffer];
     va_list args;
     va_start(args, format);
     std::vsnprintf(buffer, sizeof buffer, format, args);
     va_end(args);
-    out.literal(buffer);
+    out.fail_literal(kind, code, buffer);
     out.flush();
 }
 
@@ -90,6 +92,7 @@ std::int32_t show_internal_stats(cmd_paraminfo *pinfo, std::uint32_t if_index, c
     if (pinfo == nullptr) return 0;
     if (if_name == nullptr) if_name = "";
     Printer out(pinfo);
+    const observe::Subject subject(observe::interface(if_index, if_name));
     const std::uint32_t mts_handle = pinfo->mts_handle;
 
     // 1. The slot and the NIF port behind the interface, from the daemon.
@@ -100,13 +103,13 @@ std::int32_t show_internal_stats(cmd_paraminfo *pinfo, std::uint32_t if_index, c
         if (const auto status = told_on_printer(out, exchange, kMessageBuffer)) return *status;
         const PayloadReader payload = reply.payload();
         if (!payload.covers(0, kNifReplySize)) {
-            tell(out, "Truncated NIF port reply: %zu of %zu bytes\n", payload.length(), kNifReplySize);
+            tell(out, QDCLI_FAILURE_TRUNCATED, 0, "Truncated NIF port reply: %zu of %zu bytes\n", payload.length(), kNifReplySize);
             return 0;
         }
         nif = decode_nif_port(payload);
     }  // the daemon's reply is released here, before the line card is asked
     if (nif.if_index == 0) {
-        tell(out, "%s: failed to find nif port for ifidx 0x%x", "qd_cli_show_internal_stats", if_index);
+        tell(out, QDCLI_FAILURE_PLATFORM, 0, "%s: failed to find nif port for ifidx 0x%x", "qd_cli_show_internal_stats", if_index);
         return 0;
     }
 
@@ -116,36 +119,41 @@ std::int32_t show_internal_stats(cmd_paraminfo *pinfo, std::uint32_t if_index, c
         lc_stats_exchange(mts_handle, lc_stats_node(nif.slot), internal_ports_request(nif), reply);
     switch (exchange.outcome) {
     case Outcome::send_failed:
-        tell(out, "Cmd send failed for %s with error code %s\n", if_name, error_text(exchange.error));
+        tell(out, QDCLI_FAILURE_SEND, exchange.error, "Cmd send failed for %s with error code %s\n", if_name,
+             error_text(exchange.error));
         return 0;
     case Outcome::recv_failed:
-        tell(out, "Cmd recv failed for %s with error code %s\n", if_name, error_text(exchange.error));
+        tell(out, QDCLI_FAILURE_RECEIVE, exchange.error, "Cmd recv failed for %s with error code %s\n", if_name,
+             error_text(exchange.error));
         return 0;
     case Outcome::empty_payload:
-        tell(out, "mts payload is empty");
+        tell(out, QDCLI_FAILURE_EMPTY, 0, "mts payload is empty");
         return 0;
     case Outcome::ok:
         break;
     }
     const PayloadReader payload = reply.payload();
     if (!payload.covers(0, LC_STATS_HDR_SIZE)) {
-        tell(out, "Truncated internal statistics reply: %zu of %zu bytes\n", payload.length(),
-             std::size_t{LC_STATS_HDR_SIZE});
+        tell(out, QDCLI_FAILURE_TRUNCATED, 0, "Truncated internal statistics reply: %zu of %zu bytes\n",
+             payload.length(), std::size_t{LC_STATS_HDR_SIZE});
         return 0;
     }
     if (const std::uint32_t status = lc_reply_status(payload); status != 0) {
-        tell(out, "Cmd not supported for %s, error code %s\n", if_name, error_text(static_cast<std::int32_t>(status)));
+        tell(out, QDCLI_FAILURE_NOT_SUPPORTED, static_cast<std::int32_t>(status),
+             "Cmd not supported for %s, error code %s\n", if_name, error_text(static_cast<std::int32_t>(status)));
         return 0;
     }
     const std::uint32_t count = payload.u8(2);
     if (count == 0) {
-        tell(out, "No internal statistic information to display!\n");
+        out.literal("No internal statistic information to display!\n");
+        out.flush();
         return 0;
     }
     // A reply announcing more records than it carries is refused whole.
     const std::size_t needed = LC_STATS_HDR_SIZE + std::size_t{LC_PORT_REC_SIZE} * count;
     if (!payload.covers(0, needed)) {
-        tell(out, "Truncated internal statistics reply: %zu of %zu bytes\n", payload.length(), needed);
+        tell(out, QDCLI_FAILURE_TRUNCATED, 0, "Truncated internal statistics reply: %zu of %zu bytes\n",
+             payload.length(), needed);
         return 0;
     }
     const std::uint8_t *records = payload.from(LC_STATS_HDR_SIZE).data();
@@ -158,7 +166,7 @@ std::int32_t show_internal_stats(cmd_paraminfo *pinfo, std::uint32_t if_index, c
     try {
         t.allocate(rows, count);
     } catch (const std::bad_alloc &) {
-        tell(out, "Failed to allocate memory!");
+        tell(out, QDCLI_FAILURE_MEMORY, 0, "Failed to allocate memory!");
         return 0;
     }
     qd_process_internal_stats(records, count, enif, ihif, inif, rows, t.n2h_ctrl.data(), t.n2h_data.data(),

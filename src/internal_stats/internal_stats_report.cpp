@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "frame/guard.hpp"
+#include "frame/observe.hpp"
 #include "frame/printer.hpp"
 #include "internal_stats/port_records.hpp"
 #include "qdcli/handlers.h"
@@ -122,6 +123,7 @@ constexpr const char *kMapHeading = " glb_type  glb_idx   asic_no   port_type po
 // How one counter table prints: its row-index attribute and format, and
 // the attribute of its first column (the others follow in order).
 struct TableLayout {
+    const char *table;  // the table's name, for the observer's rows
     const std::uint64_t *cells;
     unsigned width;
     std::uint32_t row_attr;
@@ -131,6 +133,7 @@ struct TableLayout {
 
 void print_rows(Printer &out, std::uint32_t rows, const TableLayout &t) {
     for (std::uint32_t g = 0; g < rows; ++g) {
+        const observe::Row row(t.table);
         out.line(t.row_format, u32(t.row_attr, g));
         for (unsigned c = 0; c < t.width; ++c)
             out.line(" %-14s", u64(t.first_counter_attr + c, t.cells[std::size_t{g} * t.width + c]));
@@ -165,6 +168,10 @@ void print_direction(Printer &out, const char *title) {
     out.line(kDirectionRule);
 }
 
+// Told to the observer, not printed as a value: the port class of a row of
+// the port map ("eNIF", "iHIF", "iNIF"), printed as the row's first text.
+constexpr std::uint32_t kAttrGlbType = 0x30ff0104;
+
 const char *kind_label(std::uint16_t kind) {
     switch (kind) {
     case static_cast<std::uint16_t>(PortClass::enif): return " eNIF     ";
@@ -187,6 +194,8 @@ void print_port_map(Printer &out, const Tables &t) {
         if (label == nullptr) continue;
         char type_text[5];
         std::snprintf(type_text, sizeof type_text, "%s", e.port_type == PORT_TYPE_NIF ? "NIF" : "HIF");
+        const observe::Row row("port_map");
+        observe::text(kAttrGlbType, label);
         out.literal(label);
         out.line(" %-9s", u32(0x14ff006f, e.glb_idx));
         out.line(" %-9s", u32(0x14ff0070, e.asic_no));
@@ -202,18 +211,18 @@ void print_report(Printer &out, const Tables &t) {
     out.line("\n");
     print_direction(out, " N2H direction \n");
     print_pkts_table(out, " ctrl pkts     \n", kN2hHeading, t.rows,
-                     {t.n2h_ctrl, n2h_width, 0x14ff0054, " %-7s", 0x14ff0055});
+                     {"n2h_ctrl", t.n2h_ctrl, n2h_width, 0x14ff0054, " %-7s", 0x14ff0055});
     print_pkts_table(out, " data pkts     \n", kN2hHeading, t.rows,
-                     {t.n2h_data, n2h_width, 0x14ff0058, " %-7s", 0x14ff0059});
+                     {"n2h_data", t.n2h_data, n2h_width, 0x14ff0058, " %-7s", 0x14ff0059});
     print_drop_table(out, kN2hDropRule, kN2hDropHeading, t.rows,
-                     {t.n2h_drop, n2h_drop_width, 0x14ff005c, " %-3s", 0x14ff005d});
+                     {"n2h_drop", t.n2h_drop, n2h_drop_width, 0x14ff005c, " %-3s", 0x14ff005d});
     print_direction(out, " H2N direction \n");
     print_pkts_table(out, " ctrl pkts     \n", kH2nHeading, t.rows,
-                     {t.h2n_ctrl, h2n_width, 0x14ff0062, " %-7s", 0x14ff0063});
+                     {"h2n_ctrl", t.h2n_ctrl, h2n_width, 0x14ff0062, " %-7s", 0x14ff0063});
     print_pkts_table(out, " data pkts     \n", kH2nHeading, t.rows,
-                     {t.h2n_data, h2n_width, 0x14ff0066, " %-7s", 0x14ff0067});
+                     {"h2n_data", t.h2n_data, h2n_width, 0x14ff0066, " %-7s", 0x14ff0067});
     print_drop_table(out, kH2nDropRule, kH2nDropHeading, t.rows,
-                     {t.h2n_drop, h2n_drop_width, 0x14ff006a, " %-3s", 0x14ff006b});
+                     {"h2n_drop", t.h2n_drop, h2n_drop_width, 0x14ff006a, " %-3s", 0x14ff006b});
     print_port_map(out, t);
     out.flush();
 }

@@ -18,6 +18,7 @@
 #include <cstring>
 
 #include "frame/guard.hpp"
+#include "frame/observe.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 
@@ -30,6 +31,16 @@ constexpr int kPortsPerModule = 112;
 constexpr char kCountsDashes[] = "----------------------------";                          // 28
 constexpr char kEventsDashes[] = "----------------------------------------------------";  // 52
 static_assert(sizeof kCountsDashes - 1 == 28 && sizeof kEventsDashes - 1 == 52);
+
+// Told to the observer beside the printed lines: a row per port with pause
+// events (module and port counted from 1, as printed) and its count, a row
+// per event with its port and its time stamp (escaped as printed).
+constexpr std::uint32_t kAttrModule = 0x14ff0108;
+constexpr std::uint32_t kAttrPort = 0x14ff0109;
+constexpr std::uint32_t kAttrPauseEvents = 0x14ff010a;
+constexpr std::uint32_t kAttrEventModule = 0x14ff010c;
+constexpr std::uint32_t kAttrEventPort = 0x14ff010d;
+constexpr std::uint32_t kAttrStamp = 0x30ff010b;
 
 // One pause_event_rec in the segment, host order.
 constexpr std::size_t kStampOffset = 4;
@@ -85,6 +96,10 @@ void print_event(const std::uint8_t *record) {
     const std::uint8_t module = record[kModuleOffset];
 
     // Module and port are stored counted from 0 and shown counted from 1.
+    const observe::Row row("pause_events");
+    observe::u32(kAttrEventModule, module + 1u);
+    observe::u32(kAttrEventPort, port + 1u);
+    observe::text(kAttrStamp, stamp);
     std::printf(" %d/%d             %-26s \n", module + 1, static_cast<int>(port + 1u), stamp);
 }
 
@@ -118,7 +133,7 @@ extern "C" std::int32_t qd_cli_show_logging_onboard_flow_control_td(void) {
             std::memset(&table, 0, sizeof table);
             table.subcmd = ONBOARD_LOG_PAUSE_COUNTS;
             if (sse_call2(SSE_OP_ONBOARD_LOG, &table, sizeof table) == -1) {
-                std::fputs("There was a problem processing the request.", stdout);
+                observe::fail_on_stdout(QDCLI_FAILURE_PLATFORM, -1, "%s", "There was a problem processing the request.");
                 return -1;
             }
 
@@ -135,6 +150,10 @@ extern "C" std::int32_t qd_cli_show_logging_onboard_flow_control_td(void) {
                     if (count == 0) continue;
                     // Shown signed, as the service's counts always were:
                     // 2^31 and above print negative.
+                    const observe::Row row("pause_counts");
+                    observe::u32(kAttrModule, static_cast<std::uint32_t>(module));
+                    observe::u32(kAttrPort, static_cast<std::uint32_t>(port));
+                    observe::u32(kAttrPauseEvents, count);
                     std::printf(" %d/%d            %d \n", module, port, static_cast<int>(count));
                     any = true;
                 }
@@ -154,7 +173,7 @@ extern "C" std::int32_t qd_cli_show_logging_onboard_flow_control_pe(void) {
                     std::fputs("No Pause Events have occurred.", stdout);
                     return 0;
                 }
-                std::fputs("The command failed.", stdout);
+                observe::fail_on_stdout(QDCLI_FAILURE_PLATFORM, -1, "%s", "The command failed.");
                 return -1;
             }
 
@@ -167,12 +186,12 @@ extern "C" std::int32_t qd_cli_show_logging_onboard_flow_control_pe(void) {
             const key_t key = ftok(PAUSE_LOG_FTOK_PATH, PAUSE_LOG_FTOK_ID);
             const int segment = key == static_cast<key_t>(-1) ? -1 : shmget(key, requested_size, 0666);
             if (segment < 0) {
-                std::fputs("Error Locating shared memory space!", stdout);
+                observe::fail_on_stdout(QDCLI_FAILURE_PLATFORM, -1, "%s", "Error Locating shared memory space!");
                 return -1;
             }
             void *base = shmat(segment, nullptr, 0);
             if (base == reinterpret_cast<void *>(-1)) {
-                std::fputs("Error attaching to the shared memory space!", stdout);
+                observe::fail_on_stdout(QDCLI_FAILURE_PLATFORM, -1, "%s", "Error attaching to the shared memory space!");
                 return -1;
             }
 
@@ -186,7 +205,7 @@ extern "C" std::int32_t qd_cli_show_logging_onboard_flow_control_pe(void) {
             const auto *bytes = static_cast<const std::uint8_t *>(base);
             for (std::size_t i = 0; i < records; ++i) print_event(bytes + i * PAUSE_EVENT_REC_SIZE);
 
-            if (shmdt(base) != 0) std::fputs("detach fails!", stdout);
+            if (shmdt(base) != 0) observe::fail_on_stdout(QDCLI_FAILURE_PLATFORM, 0, "%s", "detach fails!");
             return 0;
         },
         -1);

@@ -15,6 +15,7 @@
 
 #include "frame/enumeration.hpp"
 #include "frame/guard.hpp"
+#include "frame/observe.hpp"
 #include "frame/platform_query.hpp"
 #include "frame/reader.hpp"
 #include "qdcli/handlers.h"
@@ -35,7 +36,7 @@ extern "C" int32_t qd_cli_show_queuing_interface(cmd_paraminfo *pinfo) {
                 const std::int32_t attr = cmd_req_attr_getnext(handle, &value, &length);
                 if (attr < 0) break;
                 if (static_cast<std::uint32_t>(attr) != ATTR_IF_INDEX) {
-                    std::puts("Invalid input ");
+                    qdcli::observe::fail_on_stdout(QDCLI_FAILURE_INVALID, 0, "%s\n", "Invalid input ");
                     continue;
                 }
                 const std::uint32_t if_index = qdcli::PayloadReader(value, length).host32(0);

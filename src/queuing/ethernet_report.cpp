@@ -7,6 +7,7 @@
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
+#include "frame/observe.hpp"
 #include "frame/platform_query.hpp"
 #include "frame/printer.hpp"
 #include "qdcli/handlers.h"
@@ -42,6 +43,7 @@ constexpr std::uint32_t kMcastToXbar = 0x14ff0049;
 constexpr std::uint32_t kUcastFromXbar = 0x14ff004a;
 constexpr std::uint32_t kTxPortPkts = 0x14ff004b;
 constexpr std::uint32_t kIngressDiscards = 0x14ff004c;
+constexpr std::uint32_t kIngressDiscardsBits = 0x14ff0101;  // told, not printed
 constexpr std::uint32_t kPauseRx = 0x30ff004d;
 constexpr std::uint32_t kPauseTx = 0x30ff004e;
 constexpr std::uint32_t kMcastFromXbarTotal = 0x14ff004f;
@@ -59,6 +61,7 @@ void print_transmit_section(Printer &out, const char *if_name, const QueuingRepl
     out.line("    qos-group  sched-type  oper-bandwidth\n");
     for (unsigned i = 0; i < reply.header().group_count; ++i) {
         const QosGroup g = reply.group(i);
+        const observe::Row row("tx_queues");
         out.line("        %s       %s     %5s\n", u32(attr::kTxQosGroup, g.qos_group),
                  text(attr::kSchedType, g.strict_priority ? "priority" : "WRR     "),
                  u32(attr::kOperBandwidth, g.oper_bandwidth));
@@ -76,6 +79,7 @@ void print_receive_section(Printer &out, const QueuingReply &reply, bool per_asi
     out.line("\n  RX Queuing\n");
     for (unsigned i = 0; i < reply.header().group_count; ++i) {
         const QosGroup g = reply.group(i);
+        const observe::Row row("rx_queues");
         out.line("    qos-group %s\n", u32(attr::kRxQosGroup, g.qos_group));
         out.line("    q-size: %s, q-size-40g: %s, HW MTU: %s (%s configured)\n", u32(attr::kQSize, g.q_size),
                  u32(attr::kQSize40g, g.q_size_40g), u32(attr::kMtuHw, g.mtu_hw),
@@ -89,6 +93,7 @@ void print_receive_section(Printer &out, const QueuingReply &reply, bool per_asi
         out.line("        Ucast pkts received from the cross-bar\t: %s\n",
                  u32(attr::kUcastFromXbar, g.ucast_from_xbar));
         out.line("        Pkts sent to the port\t\t\t: %s\n", u32(attr::kTxPortPkts, g.tx_port_pkts));
+        observe::u32(attr::kIngressDiscardsBits, g.ingress_discards_bits);
         out.line("        Pkts discarded on ingress\t\t: %s\n", u32(attr::kIngressDiscards, g.ingress_discards));
         out.line("        Per-priority-pause status\t\t: Rx (%s), Tx (%s)\n\n",
                  text(attr::kPauseRx, pause_text(g.pfc_rx_active)), text(attr::kPauseTx, pause_text(g.pfc_tx_active)));
@@ -98,8 +103,8 @@ void print_receive_section(Printer &out, const QueuingReply &reply, bool per_asi
         if (!reply.has_mcast_total()) {
             // Only when the first platform-type answer was 3 and the second
             // is not: the total was not required and did not arrive.
-            out.formatted(kMessageBuffer, "Truncated queuing reply: %zu of %zu bytes\n", reply.length(),
-                          kMcastTotalOffset + 4);
+            out.fail(QDCLI_FAILURE_TRUNCATED, 0, kMessageBuffer, "Truncated queuing reply: %zu of %zu bytes\n",
+                     reply.length(), kMcastTotalOffset + 4);
             return;
         }
         out.line("  Total Multicast crossbar statistics:\n");
@@ -126,6 +131,7 @@ std::int32_t show_queuing_if(cmd_paraminfo *pinfo, std::uint32_t if_index, const
     const std::uint32_t cmd_id = pinfo->cmd_id;
     const bool single_interface = cmd_id == CMD_ID_SHOW_QUEUING_IF;
     Printer out(pinfo);
+    const observe::Subject subject(observe::interface(if_index, if_name));
 
     ReceivedMessage reply(pinfo->mts_handle);
     const ExchangeResult exchange =
@@ -135,8 +141,10 @@ std::int32_t show_queuing_if(cmd_paraminfo *pinfo, std::uint32_t if_index, const
     const PayloadReader payload = reply.payload();
     if (queuing_reply_unsupported(payload)) {
         if (cmd_id == CMD_ID_UNSUPPORTED_MSG) {
-            out.literal("Unsupported interface\n");
+            out.fail_literal(QDCLI_FAILURE_UNSUPPORTED, 1, "Unsupported interface\n");
             out.flush();
+        } else {
+            observe::failure(QDCLI_FAILURE_UNSUPPORTED, nullptr, 1);
         }
         return 1;
     }
@@ -149,8 +157,8 @@ std::int32_t show_queuing_if(cmd_paraminfo *pinfo, std::uint32_t if_index, const
     const QueuingReply decoded = decode_queuing_reply(payload, !tx_per_asic_mcast);
     if (!decoded.complete()) {
         // Nothing of a damaged reply is printed.
-        out.formatted(kMessageBuffer, "Truncated queuing reply: %zu of %zu bytes\n", decoded.length(),
-                      decoded.needed());
+        out.fail(QDCLI_FAILURE_TRUNCATED, 0, kMessageBuffer, "Truncated queuing reply: %zu of %zu bytes\n",
+                 decoded.length(), decoded.needed());
         out.flush();
         return 0;
     }

@@ -42,6 +42,7 @@ struct QosGroup {
     std::uint32_t mcast_to_xbar = 0;
     // The 16-bit discard count when it is non-zero, else the 32-bit one.
     std::uint32_t ingress_discards = 0;
+    unsigned ingress_discards_bits = 32;  // the width of the field it came from
 };
 
 struct Header {

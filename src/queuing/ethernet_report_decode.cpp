@@ -109,6 +109,7 @@ QosGroup QueuingReply::group(unsigned i) const {
     g.mcast_to_xbar = r.be32(kMcastToXbar);
     const std::uint32_t discards16 = r.be16(kIngressDiscards16);
     g.ingress_discards = discards16 != 0 ? discards16 : r.be32(kIngressDiscards32);
+    g.ingress_discards_bits = discards16 != 0 ? 16 : 32;
     return g;
 }
 

@@ -22,6 +22,7 @@
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
+#include "frame/observe.hpp"
 #include "frame/platform_query.hpp"
 #include "frame/printer.hpp"
 #include "qdcli/handlers.h"
@@ -43,6 +44,10 @@ constexpr std::uint32_t kAttrPassQueue = 0x14ff00afu;
 constexpr std::uint32_t kAttrPassCount[kIngressChannels] = {0x14ff00b0u, 0x14ff00b1u, 0x14ff00b2u};
 constexpr std::uint32_t kAttrDropQueue = 0x14ff00b3u;
 constexpr std::uint32_t kAttrDropCount[kIngressChannels] = {0x14ff00b4u, 0x14ff00b5u, 0x14ff00b6u};
+// Told to the observer, not printed: a line of the map carries two rows, the
+// queue a CoS goes to and the scheduling of the queue numbered like the CoS.
+constexpr std::uint32_t kAttrQueue = 0x14ff0102u;
+constexpr std::uint32_t kAttrSched = 0x30ff0103u;
 
 // Transport failures are formatted into a buffer of this size (longer
 // error texts are cut).
@@ -55,10 +60,26 @@ constexpr const char *kChannelRule =
     "=========================================================================\n";
 
 void print_counter_rows(Printer &out, std::uint32_t queue_attr, const std::uint32_t (&count_attr)[kIngressChannels],
-                        const std::uint64_t (&counts)[kIngressChannels][kIngressQueues]) {
-    for (std::uint32_t q = 0; q < kIngressQueues; ++q)
+                        const std::uint64_t (&counts)[kIngressChannels][kIngressQueues], const char *table) {
+    for (std::uint32_t q = 0; q < kIngressQueues; ++q) {
+        const observe::Row row(table);
         out.line("[%s] %20s    %20s    %20s\n", u32(queue_attr, q), u64(count_attr[0], counts[0][q]),
                  u64(count_attr[1], counts[1][q]), u64(count_attr[2], counts[2][q]));
+    }
+}
+
+// The two rows of a line of the map, for the observer.
+void tell_map_line(std::uint32_t n, const ExtendedQueuing &report, const char *drop_mode) {
+    {
+        const observe::Row row("cos_map");
+        observe::u32(kAttrCos, n);
+        observe::u32(kAttrCosQueue, report.cos_to_queue[n]);
+    }
+    const observe::Row row("ingress_queues");
+    observe::u32(kAttrQueue, n);
+    observe::text(kAttrSched, report.sp_level[n] == 0 ? "dwrr" : "sp");
+    if (report.sp_level[n] != 0) observe::u32(kAttrSpLevel, report.sp_level[n]);
+    observe::text(kAttrDropMode, drop_mode);
 }
 
 void print_report(Printer &out, const char *if_name, const ExtendedQueuing &report) {
@@ -68,26 +89,28 @@ void print_report(Printer &out, const char *if_name, const ExtendedQueuing &repo
     out.line("======================================================\n");
     for (std::uint32_t n = 0; n < kIngressQueues; ++n) {
         const char *drop_mode = (report.drop_mode_bits >> n) & 1u ? "YES" : "NO";
+        tell_map_line(n, report, drop_mode);
         if (report.sp_level[n] == 0)
-            out.line("COS[%s] ===> Q[%s]  |  Q[%s]      DWRR           %s\n", u32(kAttrCos, n),
+            out.line_untold("COS[%s] ===> Q[%s]  |  Q[%s]      DWRR           %s\n", u32(kAttrCos, n),
                      u32(kAttrCosQueue, report.cos_to_queue[n]), u32(kAttrCos, n), text(kAttrDropMode, drop_mode));
         else
-            out.line("COS[%s] ===> Q[%s]  |  Q[%s]      SP[%s]          %s\n", u32(kAttrCos, n),
+            out.line_untold("COS[%s] ===> Q[%s]  |  Q[%s]      SP[%s]          %s\n", u32(kAttrCos, n),
                      u32(kAttrCosQueue, report.cos_to_queue[n]), u32(kAttrCos, n),
                      u32(kAttrSpLevel, report.sp_level[n]), text(kAttrDropMode, drop_mode));
     }
     out.line("\nIngress Queue Packet Pass Count:\n");
     out.line(kChannelHeading);
     out.line(kChannelRule);
-    print_counter_rows(out, kAttrPassQueue, kAttrPassCount, report.pass_count);
+    print_counter_rows(out, kAttrPassQueue, kAttrPassCount, report.pass_count, "pass_counts");
     out.line("\nIngress Queue Packet Drop Count:\n");
     out.line(kChannelHeading);
     out.line(kChannelRule);
-    print_counter_rows(out, kAttrDropQueue, kAttrDropCount, report.drop_count);
+    print_counter_rows(out, kAttrDropQueue, kAttrDropCount, report.drop_count, "drop_counts");
 }
 
 std::int32_t show_if_extend(cmd_paraminfo *pinfo, std::uint32_t if_index, const char *if_name) {
     Printer out(pinfo);
+    const observe::Subject subject(observe::interface(if_index, if_name));
     ReceivedMessage reply(pinfo->mts_handle);
     const ExchangeResult sent =
         qd_exchange(pinfo->mts_handle, QD_CLI_CMD_SHOW_IF_EXTEND, if_index, 0, Reply::read, reply);
@@ -96,14 +119,14 @@ std::int32_t show_if_extend(cmd_paraminfo *pinfo, std::uint32_t if_index, const 
     const PayloadReader payload = reply.payload();
     if (payload.covers(ExtendedQueuingLayout::status, 4) &&
         payload.host32(ExtendedQueuingLayout::status) == QD_STATUS_UNSUPPORTED) {
-        out.literal("Unsupported interface\n");
+        out.fail_literal(QDCLI_FAILURE_UNSUPPORTED, 1, "Unsupported interface\n");
         out.flush();
         return 1;
     }
     const std::optional<ExtendedQueuing> report = decode_extended_queuing(payload);
     if (!report) {
-        out.formatted(kMessageBufferSize, "Truncated extended queuing reply: %zu of %zu bytes\n", payload.length(),
-                      ExtendedQueuingLayout::size);
+        out.fail(QDCLI_FAILURE_TRUNCATED, 0, kMessageBufferSize, "Truncated extended queuing reply: %zu of %zu bytes\n",
+                 payload.length(), ExtendedQueuingLayout::size);
         out.flush();
         return 0;
     }

@@ -309,6 +309,14 @@ TEST(Exposition, BothDialects) {
     qdsh::carry_counters(after, state);
     EXPECT_EQ(after[3].info->name, std::string("ingress_discards"));
     EXPECT_EQ(after[3].value, 4294967300u);
+    // A row that says its counter is 16 bits wide wraps there.
+    const auto narrow = [&](int v) {
+        return qdsh::collect_samples(Document::parse(R"({"rx_queues": [{"rx_qos_group": 0, "ingress_discards_bits": 16,
+                                                         "ingress_discards": )" + std::to_string(v) + "}]}"), find);
+    };
+    qdsh::carry_counters(before = narrow(65530), state);
+    qdsh::carry_counters(after = narrow(4), state);
+    EXPECT_EQ(after[0].value, 65540u);
 }
 
 TEST(NonZero, RowsWithOnlyZeroCountersGo) {

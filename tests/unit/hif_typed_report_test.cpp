@@ -87,7 +87,7 @@ TEST_F(HifTypedReport, SameReportAsTextButForTheListedDifferences) {
 // qos-groups, 0x30 for texts).
 TEST_F(HifTypedReport, EachFormatUsesItsAttributeIdsInReportOrder) {
     auto id = [](std::uint32_t n) {
-        const bool text = n == 0x3a || n == 0x77 || n == 0x80 || n == 0x88 || n == 0x89 || n == 0x9c || n == 0x9e || n == 0xa0 || n >= 0xa6;
+        const bool text = n == 0x77 || n == 0x80 || n == 0x9c || n == 0x9e || n == 0xa0 || n >= 0xa6;
         return (n == 0x7e || n == 0xa5 ? 0x11ff0000u : text ? 0x30ff0000u : 0x14ff0000u) | n;
     };
     auto ids = [&](std::initializer_list<std::pair<std::uint32_t, std::uint32_t>> ranges) {
@@ -100,9 +100,9 @@ TEST_F(HifTypedReport, EachFormatUsesItsAttributeIdsInReportOrder) {
         std::uint8_t format;
         std::vector<std::uint32_t> expected;
     } cases[] = {
-        {0, ids({{0x3a, 0x3a}, {0x73, 0x85}, {0x88, 0x8b}, {0x9d, 0xa8}})},
-        {4, ids({{0x3a, 0x3a}, {0x73, 0x84}, {0x86, 0x88}, {0x8d, 0x97}, {0xa0, 0xa9}})},
-        {7, ids({{0x3a, 0x3a}, {0x73, 0x85}, {0x88, 0x8c}, {0x98, 0x9c}, {0xa0, 0xa8}})},
+        {0, ids({{0x73, 0x85}, {0x8a, 0x8b}, {0x9d, 0xa8}})},
+        {4, ids({{0x73, 0x84}, {0x86, 0x87}, {0x8d, 0x97}, {0xa0, 0xa8}})},
+        {7, ids({{0x73, 0x85}, {0x8a, 0x8c}, {0x98, 0x9c}, {0xa0, 0xa8}})},
     };
     for (const auto &c : cases) {
         // Qos-group 1 of an input buffer and of a queue without hardware

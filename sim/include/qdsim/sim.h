@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "qdcli/observer.h"
 #include "qdcli/platform.h"
 
 namespace qdsim {
@@ -82,6 +83,12 @@ struct PrinterFlush {
     std::vector<Attribute> values;
 };
 void set_flush_sink(std::function<void(const PrinterFlush &)> sink);
+
+// The observer that the platform's qdcli_observer_get() hands the handler
+// library (qdcli/observer.h): the handlers tell it their subjects, rows,
+// values and failures while they print. Null (the default): no events. The
+// record must live until it is replaced.
+void set_observer(const qdcli_observer *observer);
 
 // Runs a shell command line on behalf of vsh_system2; the shell installs it.
 // Returns the command's status.
