@@ -140,6 +140,7 @@ struct CommandOutcome {
 struct RunOptions {
     bool document = true;       // build the command's document (standard output is then captured)
     bool capture_text = false;  // keep what it prints in `text` instead of writing it out
+    bool report = true;         // its failures to standard error (the exporter keeps them in its metrics)
 };
 
 // Runs one command line on `shell`. Its failures go to standard error as

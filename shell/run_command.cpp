@@ -92,6 +92,8 @@ std::string trimmed(std::string_view s) {
 
 // The command being run: where its events go.
 struct Running {
+    std::string command;                 // the line, for a failure about no subject
+    bool report = true;                  // failures to standard error
     DocumentBuilder *builder = nullptr;  // null: no document
     RunInfo info;
     std::vector<SubjectKeys> subjects;  // the open subjects, innermost last
@@ -128,8 +130,9 @@ bool is_unsupported_entry(qdcli_failure_kind kind, const std::optional<SubjectKe
 }
 
 void tell(Failure f) {
-    const std::string label = f.subject ? f.subject->label() : std::string();
-    write_error((label.empty() ? "" : label + ": ") + f.message + (f.unsupported ? " (left out)" : ""));
+    std::string label = f.subject ? f.subject->label() : std::string();
+    if (label.empty()) label = g_running->command;
+    if (g_running->report) write_error(label + ": " + f.message + (f.unsupported ? " (left out)" : ""));
     if (!f.unsupported) {
         g_running->failed = true;
         ++g_running->info.failures_told;
@@ -187,9 +190,9 @@ public:
     explicit Observing(Running &running) {
         g_running = &running;
         qdsim::set_observer(&kObserver);
+        // The shell's own refusals make the command fail by its result.
         set_error_listener([](const std::string &message) {
             if (g_running == nullptr) return;
-            g_running->failed = true;
             if (g_running->builder != nullptr)
                 g_running->builder->failure({"refused", std::nullopt, message, false});
         });
@@ -216,6 +219,8 @@ CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup 
     std::unique_ptr<DocumentBuilder> builder;
     if (options.document) builder = std::make_unique<DocumentBuilder>(line, lookup);
     Running running;
+    running.command = trimmed(line);
+    running.report = options.report;
     running.builder = builder.get();
     bool handler_ok = true;
     std::string printed;

@@ -551,7 +551,7 @@ void Shell::warn_platform_type_kept() const {
     const std::int32_t told = qdsim::platform_type_told();
     const std::int32_t now = qdsim::platform_type();
     if (told == 0 || told == now) return;
-    report_error("note: the switch is now platform type " + std::to_string(now) + ", but " + library_.path() +
+    write_error("note: the switch is now platform type " + std::to_string(now) + ", but " + library_.path() +
                  " keeps platform type " + std::to_string(told) +
                  ", which it was told first, until qdsh restarts (qdsh --scenario FILE starts with another type)");
 }

@@ -224,7 +224,7 @@ constexpr qdcli_attr_info kCatalogue[] = {
     {0x02ff00fa, "sw_masked_rx_pause", QDCLI_ATTR_U8, 8, QDCLI_ROLE_LABEL, nullptr, "sw_pause", "sw_pause_cos", "Switch-wide stream: masked rx pause", nullptr, 0, nullptr, QDCLI_METRIC_NONE, nullptr, 0, nullptr, nullptr, nullptr},
     // Told to a host's observer beside the printed text (qdcli/observer.h),
     // never a printer argument.
-    {0x14ff0101, "ingress_discards_bits", QDCLI_ATTR_U32, 32, QDCLI_ROLE_GAUGE, "bits", "rx_queues", "rx_qos_group", "Width of the field ingress_discards came from: 16 or 32 (it wraps there)", nullptr, 0, nullptr, QDCLI_METRIC_NONE, nullptr, 0, nullptr, nullptr, nullptr},
+    {0x14ff0101, "ingress_discards_bits", QDCLI_ATTR_U32, 32, QDCLI_ROLE_NONE, nullptr, "rx_queues", "rx_qos_group", "Width in bits of the field ingress_discards came from: 16 or 32 (where it wraps)", nullptr, 0, nullptr, QDCLI_METRIC_NONE, nullptr, 0, nullptr, nullptr, nullptr},
     {0x14ff0102, "ext_queue", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "ingress_queues", "ext_queue", "Ingress queue of a scheduling row of the extended report", nullptr, F_ROW, nullptr, QDCLI_METRIC_NONE, nullptr, 0, "queue", nullptr, nullptr},
     {0x30ff0103, "ext_sched", QDCLI_ATTR_TEXT, 0, QDCLI_ROLE_LABEL, nullptr, "ingress_queues", "ext_queue", "Scheduling of the ingress queue: dwrr or sp", nullptr, F_STATE, "ingress_queue", QDCLI_METRIC_INFO, nullptr, 0, "scheduling", nullptr, nullptr},
     {0x30ff0104, "port_glb_type", QDCLI_ATTR_TEXT, 0, QDCLI_ROLE_IDENTIFIER, nullptr, "port_map", "port_glb_idx", "Port class of a port-map row: enif, ihif or inif", nullptr, F_STATE, nullptr, QDCLI_METRIC_NONE, nullptr, 0, "port_class", nullptr, nullptr},

@@ -3,7 +3,7 @@
 // committed corpus input of a handler's fuzz target, everything the handler
 // wrote on standard output and every printer call it made (format, attribute
 // IDs, lengths and value bytes, in order, with the flushes between them).
-// The record is compared with the one committed under contract/; any change
+// The record is compared with the one committed under tests/contract/; any change
 // of a byte or of a call fails the test.
 //
 //   qdcli_contract TARGET RECORD [DIRECTORY...]           compare

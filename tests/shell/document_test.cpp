@@ -1,25 +1,25 @@
 // SPDX-License-Identifier: MIT
-// The document tree built from what a handler printed: printer flushes given
-// as attribute IDs and literal value bytes (host order, as the printer gets
-// them), and standard output text.
+// The document tree built from the library's events: subjects, rows and
+// values as literal bytes (host order, as the observer gets them), failures.
 #include <gtest/gtest.h>
+
+#include <functional>
 
 #include "document.hpp"
 
 namespace {
 
 using qdsh::Document;
-using qdsh::Segment;
+using qdsh::DocumentBuilder;
+using qdsh::SubjectKeys;
 
 // The catalogue entries the cases use, as the library declares them.
 const qdcli_attr_info kEntries[] = {
-    {0x30ff003au, "if_name", QDCLI_ATTR_TEXT, 0, QDCLI_ROLE_IDENTIFIER, nullptr, nullptr, nullptr, "name", nullptr, 0},
     {0x14ff003bu, "tx_qos_group", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "tx_queues", "tx_qos_group", "g", nullptr, QDCLI_ATTR_FLAG_ROW_START},
     {0x30ff003cu, "sched_type", QDCLI_ATTR_TEXT, 0, QDCLI_ROLE_LABEL, nullptr, "tx_queues", "tx_qos_group", "s", nullptr, QDCLI_ATTR_FLAG_STATE},
     {0x15ff003eu, "mcast_tail_drops", QDCLI_ATTR_U64, 64, QDCLI_ROLE_COUNTER, "packets", nullptr, nullptr, "m", nullptr, 0},
     {0x14ff0075u, "ib_qos_group", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "input_buffers", "ib_qos_group", "q", nullptr, QDCLI_ATTR_FLAG_ROW_START | QDCLI_ATTR_FLAG_LIST},
-    {0x14ff0076u, "ib_frh", QDCLI_ATTR_U32, 32, QDCLI_ROLE_GAUGE, nullptr, "input_buffers", "ib_qos_group", "f", nullptr, 0},
-    {0x14ff0001u, "vaq", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "extenders", "vaq", "v", nullptr, QDCLI_ATTR_FLAG_ROW_START},
+    {0x14ff0002u, "asic_count", QDCLI_ATTR_U32, 32, QDCLI_ROLE_GAUGE, nullptr, "extenders", "vaq", "c", nullptr, 0},
     {0x14ff0004u, "asic", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "asics", "asic", "a", "extenders", 0},
     {0x11ff007eu, "queue_qos_group", QDCLI_ATTR_I32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, nullptr, nullptr, "q", nullptr, 0},
 };
@@ -30,73 +30,100 @@ const qdcli_attr_info *lookup(std::uint32_t id) {
     return nullptr;
 }
 
-Segment flush(std::string text, std::vector<Segment::Value> values) {
-    return {Segment::Kind::printer, std::move(text), std::move(values)};
+void value(DocumentBuilder &b, std::uint32_t id, std::vector<std::uint8_t> bytes) {
+    b.value(id, bytes.data(), static_cast<std::uint32_t>(bytes.size()));
 }
-Segment::Value text(std::uint32_t id, const char *s) {
-    std::vector<std::uint8_t> b(s, s + std::char_traits<char>::length(s) + 1);
-    return {id, b};
+void text(DocumentBuilder &b, std::uint32_t id, const char *s) {
+    b.value(id, reinterpret_cast<const std::uint8_t *>(s), static_cast<std::uint32_t>(std::char_traits<char>::length(s) + 1));
 }
+SubjectKeys interface(const char *name) { return {QDCLI_SUBJECT_INTERFACE, 1, name, {}, {}}; }
+SubjectKeys extender(std::uint32_t vaq) { return {QDCLI_SUBJECT_EXTENDER, {}, {}, vaq, {}}; }
 
 struct Case {
     const char *name;
-    std::vector<Segment> segments;
+    std::function<void(DocumentBuilder &)> events;
     bool handler_ok;
-    const char *expected;  // the compact JSON of interfaces, tables and errors
+    const char *expected;  // the compact JSON of everything but command, status, text_only, lines
 };
 
-TEST(Document, TablesRowsErrorsAndTypes) {
+TEST(Document, SubjectsRowsFailuresAndTypes) {
     const std::vector<Case> cases = {
-        {"rows keyed by their index, trimmed lower-case states, 64-bit exact",
-         {flush("", {text(0x30ff003a, "Ethernet1/1"), {0x14ff003b, {0, 0, 0, 0}}, text(0x30ff003c, "WRR     "),
-                     {0x14ff003b, {1, 0, 0, 0}}, text(0x30ff003c, "priority"),
-                     {0x15ff003e, {0x05, 0, 0, 0, 0x01, 0, 0, 0}}})},
+        {"rows as told, trimmed lower-case states, 64-bit exact; an interface told again is the same one",
+         [](DocumentBuilder &b) {
+             b.subject_begin(interface("Ethernet1/1"));
+             b.row_begin("tx_queues");
+             value(b, 0x14ff003b, {0, 0, 0, 0});
+             text(b, 0x30ff003c, "WRR     ");
+             b.row_end();
+             b.row_begin("tx_queues");
+             value(b, 0x14ff003b, {1, 0, 0, 0});
+             text(b, 0x30ff003c, "priority");
+             b.row_end();
+             b.subject_begin(interface("Ethernet1/1"));
+             value(b, 0x15ff003e, {0x05, 0, 0, 0, 0x01, 0, 0, 0});
+             b.subject_end();
+             b.subject_end();
+         },
          true,
          R"({"interfaces":[{"if_name":"Ethernet1/1","tx_queues":[{"tx_qos_group":0,"sched_type":"wrr"},)"
-         R"({"tx_qos_group":1,"sched_type":"priority"}],"mcast_tail_drops":4294967301}],"errors":[]})"},
-        {"a list index stays one row while printed in a run; one row is still an array; no interface: "
-         "the tables are the document's",
-         {flush("", {{0x14ff0075, {0, 0, 0, 0}}, {0x14ff0075, {1, 0, 0, 0}}, {0x14ff0076, {7, 0, 0, 0}},
-                     {0x14ff0075, {2, 0, 0, 0}}, {0x14ff0076, {8, 0, 0, 0}}})},
+         R"({"tx_qos_group":1,"sched_type":"priority"}],"mcast_tail_drops":4294967301}],"unsupported":[],"errors":[]})"},
+        {"a list is an array; rows outside any subject are the document's; -1 and unknown IDs",
+         [](DocumentBuilder &b) {
+             b.row_begin("input_buffers");
+             value(b, 0x14ff0075, {0, 0, 0, 0});
+             value(b, 0x14ff0075, {1, 0, 0, 0});
+             value(b, 0x11ff007e, {0xff, 0xff, 0xff, 0xff});
+             b.row_end();
+             value(b, 0x14ff9999, {3, 0, 0, 0});
+         },
          true,
-         R"({"interfaces":[],"input_buffers":[{"ib_qos_group":[0,1],"ib_frh":7},{"ib_qos_group":[2],"ib_frh":8}],"errors":[]})"},
-        {"nested tables; a failing extender is an error beside the data",
-         {flush("\nCmd recv failed for vaq 102 with error code timeout\n",
-                {{0x14ff0001, {101, 0, 0, 0}}, {0x14ff0004, {0, 0, 0, 0}}, {0x14ff0004, {1, 0, 0, 0}}})},
+         R"({"interfaces":[],"input_buffers":[{"ib_qos_group":[0,1]}],"attr_0x14ff9999":3,"unsupported":[],"errors":[]})"},
+        {"nested rows of an extender; an unsupported ASIC is listed apart, a failing extender is an error",
+         [](DocumentBuilder &b) {
+             b.subject_begin(extender(101));
+             value(b, 0x14ff0002, {2, 0, 0, 0});
+             b.row_begin("asics");
+             value(b, 0x14ff0004, {0, 0, 0, 0});
+             b.row_end();
+             b.failure({"not_supported", SubjectKeys{QDCLI_SUBJECT_ASIC, {}, {}, 101, 1}, "no counters", true});
+             b.subject_end();
+             b.subject_begin(extender(102));
+             b.failure({"receive", extender(102), "timeout", false});
+             b.subject_end();
+         },
+         false,
+         R"({"interfaces":[],"extenders":[{"vaq":101,"asic_count":2,"asics":[{"asic":0}]},{"vaq":102}],)"
+         R"("unsupported":[{"kind":"not_supported","vaq":101,"asic":1,"message":"no counters"}],)"
+         R"("errors":[{"kind":"receive","vaq":102,"message":"timeout"}]})"},
+        {"a refusal about the command as a whole",
+         [](DocumentBuilder &b) { b.failure({"not_supported", std::nullopt, "Command not supported on this platform", false}); },
          true,
-         R"({"interfaces":[],"extenders":[{"vaq":101,"asics":[{"asic":0},{"asic":1}]}],)"
-         R"("errors":[{"extender":102,"message":"Cmd recv failed for vaq 102 with error code timeout"}]})"},
-        {"-1 does not apply; an unknown attribute keeps its ID",
-         {flush("", {{0x11ff007e, {0xff, 0xff, 0xff, 0xff}}, {0x14ff9999, {3, 0, 0, 0}}})},
-         true, R"({"interfaces":[{"attr_0x14ff9999":3}],"errors":[]})"},
-        {"a failed exchange's own text is an error about the named interface",
-         {flush("no reply could be received\n", {})},
-         false, R"({"interfaces":[],"errors":[{"interface":"Ethernet1/3","message":"no reply could be received"}]})"},
-        {"a refusal on standard output",
-         {{Segment::Kind::standard_output, "Command not supported on this platform\n", {}}},
-         true, R"({"interfaces":[],"errors":[{"interface":"Ethernet1/3","message":"Command not supported on this platform"}]})"},
+         R"({"interfaces":[],"unsupported":[],"errors":[{"kind":"not_supported","message":"Command not supported on this platform"}]})"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
-        bool ok = true;
-        const Document d = qdsh::build_document("show it", c.segments, {}, c.handler_ok, lookup, ok, "Ethernet1/3");
+        DocumentBuilder builder("show it", lookup);
+        c.events(builder);
+        const Document d = builder.finish("", c.handler_ok);
         Document got = Document::object();
         for (const auto &[k, v] : d.items())
             if (k != "command" && k != "status" && k != "text_only" && k != "lines") got[k] = v;
         EXPECT_EQ(got.dump(), c.expected);
-        EXPECT_EQ(ok, d["errors"].empty());
-        EXPECT_EQ(d["status"], ok ? "ok" : "failed");
+        EXPECT_EQ(d["status"], c.handler_ok && d["errors"].empty() ? "ok" : "failed");
     }
 }
 
-TEST(Document, TextReportsAndSuffixes) {
-    bool ok = false;
-    const Document d = qdsh::build_document(
-        "show wrr-queue cos-map", {{Segment::Kind::standard_output, "MCAST Queue ID\t\t Cos Map\n0\t\t\t0 1 \n", {}}}, {},
-        true, lookup, ok);
-    EXPECT_TRUE(ok);
+TEST(Document, TextReportsKeepTheirLinesButNotTheirFailures) {
+    DocumentBuilder text_report("debug qd show summary", lookup);
+    const Document d = text_report.finish("Summary\n\n  ports: 3\n", true);
     EXPECT_EQ(d["text_only"], true);
-    EXPECT_EQ(d["lines"].dump(), R"(["MCAST Queue ID\t\t Cos Map","0\t\t\t0 1 "])");
+    EXPECT_EQ(d["lines"].dump(), R"(["Summary","","  ports: 3"])");
+
+    DocumentBuilder refused("show wrr-queue cos-map", lookup);
+    refused.failure({"not_supported", std::nullopt, "Command not supported on this platform", false});
+    const Document r = refused.finish("Command not supported on this platform\n", true);
+    EXPECT_EQ(r["lines"].dump(), "[]");
+    EXPECT_EQ(r["status"], "failed");
 
     EXPECT_EQ(qdsh::to_xml(Document{{"command", "a<b & 100%"}, {"errors", Document::array()}}, false),
               "<document><command>a&lt;b &amp; 100%</command><errors/></document>");
