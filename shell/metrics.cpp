@@ -227,10 +227,6 @@ void family_header(std::string &out, const std::string &family, enum qdcli_metri
     if (om && unit != nullptr) out += "# UNIT " + named + " " + unit + "\n";
 }
 
-}  // namespace
-
-namespace {
-
 // The identity labels of the rows of `table`, after those of the tables it sits in.
 void table_labels(const qdcli_attr_info *entries, std::size_t count, const char *table, std::vector<std::string> &out,
                   int depth = 0) {
