@@ -177,6 +177,10 @@ int main(int argc, char **argv) {
     benchmark::RegisterBenchmark("vaq_drops/100_extenders", report, std::string("drops100"),
                                  std::string("show vaq no-credit-drops"))
         ->Unit(benchmark::kMillisecond);
+    // One value of a large model: sim show looks the pointer up instead of
+    // writing the whole state and reading it back.
+    benchmark::RegisterBenchmark("sim_show_platform/12288", report, std::string("12288"), std::string("sim show /platform"))
+        ->Unit(benchmark::kMillisecond);
     for (const char *name : {"default", "3072", "12288"})
         benchmark::RegisterBenchmark((std::string("qdsh_startup/") + name).c_str(), startup, std::string(name))
             ->Unit(benchmark::kMillisecond)

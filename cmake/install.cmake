@@ -71,6 +71,9 @@ if(TARGET qdsim)
     COMPONENT simulator)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/scenarios/ DESTINATION ${CMAKE_INSTALL_DATADIR}/qdcli/scenarios
     COMPONENT simulator)
+  # The scenario format, where the scenarios' README links to it (../sim/README.md).
+  install(FILES ${PROJECT_SOURCE_DIR}/sim/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/qdcli/sim
+    COMPONENT simulator)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/qdsim.pc.in ${PROJECT_BINARY_DIR}/qdsim.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/qdsim.pc DESTINATION ${QDCLI_PC_DIR} COMPONENT simulator)
 endif()

@@ -16,9 +16,10 @@ lib=(cmake g++ make)
 run=("${lib[@]}" pkg-config nlohmann-json3-dev libedit-dev libcpp-httplib-dev)
 # The tests: GoogleTest, the docs and man page, the validators of structured
 # output, the Prometheus server and parser of the exporter's tests, python3
-# for the test scripts and the mutation check.
+# for the test scripts and the mutation check, tmux for the terminal tests
+# and jq for the README's examples.
 test=("${run[@]}" libgtest-dev libgmock-dev doxygen groff-base man-db python3 python3-jsonschema libxml2-utils
-  prometheus python3-prometheus-client)
+  prometheus python3-prometheus-client tmux jq)
 # Benchmarks, and the plot of docs/PERFORMANCE.md (scripts/perf.sh).
 bench=("${run[@]}" libbenchmark-dev python3 gnuplot-nox)
 
@@ -44,10 +45,22 @@ missing=()
 for p in "${wanted[@]}"; do
   [[ " ${installed[*]} " == *" $p "* ]] || missing+=("$p")
 done
+# With QDCLI_DEPS_LOG set, apt's output goes to that file and one line
+# says what is installed (the whole log is shown only when apt fails).
 if ((${#missing[@]})); then
-  echo "installing: ${missing[*]}"
   sudo_cmd=""
   [ "$(id -u)" -ne 0 ] && sudo_cmd="sudo"
-  $sudo_cmd apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive $sudo_cmd apt-get install -y -qq --no-install-recommends "${missing[@]}"
+  log=${QDCLI_DEPS_LOG:-/dev/stdout}
+  if [ -n "${QDCLI_DEPS_LOG:-}" ]; then
+    echo "installing ${#missing[@]} packages (apt's output in $QDCLI_DEPS_LOG): ${missing[*]}"
+    : >"$log"
+  else
+    echo "installing: ${missing[*]}"
+  fi
+  if ! { $sudo_cmd apt-get update -qq &&
+    DEBIAN_FRONTEND=noninteractive $sudo_cmd apt-get install -y -qq --no-install-recommends "${missing[@]}"; } >>"$log" 2>&1; then
+    [ -z "${QDCLI_DEPS_LOG:-}" ] || cat "$QDCLI_DEPS_LOG" >&2
+    echo "deps.sh: installing ${missing[*]} failed" >&2
+    exit 1
+  fi
 fi

@@ -5,12 +5,14 @@
 # the embedded default switch.
 # Arguments are passed to qdsh (e.g. -c "show queuing").
 #
-# The build shows its progress on one line; its full output is kept in
-# build/qdsh-build.log and printed only when the build fails.
+# One line per step: the packages installed (apt's output is kept in
+# build/qdsh-setup.log), configuring, the build's progress (its full output
+# is kept in build/qdsh-build.log and printed only when the build fails).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/deps.sh run >&2
+mkdir -p build
+QDCLI_DEPS_LOG=build/qdsh-setup.log scripts/deps.sh run | sed 's/^/qdsh: /' >&2
 if command -v ccache >/dev/null && [ -z "${CMAKE_CXX_COMPILER_LAUNCHER:-}" ]; then
   export CMAKE_CXX_COMPILER_LAUNCHER=ccache
 fi

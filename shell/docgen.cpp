@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 // qdsh_docgen: writes the qdsh man page and bash completion from the command
-// table of the grammar and the option text of `qdsh --help`, and checks the
+// table of the grammar and the option table of cli.hpp, and checks the
 // command table of a README against the grammar.
 //
-//   qdsh_docgen man VERSION QDSH OUTPUT     man page (roff)
-//   qdsh_docgen bash VERSION QDSH OUTPUT    bash completion script
+//   qdsh_docgen man VERSION OUTPUT          man page (roff)
+//   qdsh_docgen bash VERSION OUTPUT         bash completion script
 //   qdsh_docgen check-readme README         exit 1 when the README's command
 //                                           table and the grammar differ
 #include <algorithm>
+#include <cctype>
+#include <optional>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
@@ -16,83 +18,15 @@
 #include <string>
 #include <vector>
 
+#include "cli.hpp"
 #include "grammar.hpp"
 
 namespace {
-
-struct Option {
-    std::string names;  // "-c, --command COMMAND"
-    std::string text;
-};
-
-struct Usage {
-    std::string description;
-    std::vector<Option> options;
-    std::string exit_status;
-};
-
-bool read_command_output(const std::string &program, std::string &out) {
-    const std::string command = "'" + program + "' --help";
-    std::FILE *pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return false;
-    char buffer[4096];
-    std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) out.append(buffer, n);
-    return pclose(pipe) == 0;
-}
 
 std::string trim(const std::string &s) {
     const std::size_t b = s.find_first_not_of(" \t");
     if (b == std::string::npos) return {};
     return s.substr(b, s.find_last_not_of(" \t") - b + 1);
-}
-
-// Reads the sections of the --help text: the paragraph after the usage line,
-// the option list ("  -x, --name ARG   text", continued by deeper-indented
-// lines) and the paragraph that starts with "Exit status:".
-Usage parse_usage(const std::string &text) {
-    Usage u;
-    std::istringstream in(text);
-    std::string line;
-    enum { start, description, options, other } state = start;
-    bool in_exit = false;
-    while (std::getline(in, line)) {
-        if (line.starts_with("Usage:")) {
-            state = description;
-            continue;
-        }
-        if (line == "Options:") {
-            state = options;
-            continue;
-        }
-        if (line.starts_with("Exit status:")) {
-            state = other;
-            in_exit = true;
-        }
-        if (trim(line).empty()) {
-            if (state == options || in_exit) {
-                state = other;
-                in_exit = false;
-            }
-            continue;
-        }
-        if (in_exit) {
-            u.exit_status += (u.exit_status.empty() ? "" : " ") + trim(line.substr(line.starts_with("Exit status:") ? 12 : 0));
-        } else if (state == description) {
-            u.description += (u.description.empty() ? "" : " ") + trim(line);
-        } else if (state == options) {
-            if (line.starts_with("  -")) {
-                const std::size_t gap = line.find("  ", 2);
-                Option o;
-                o.names = trim(line.substr(0, gap));
-                if (gap != std::string::npos) o.text = trim(line.substr(gap));
-                u.options.push_back(o);
-            } else if (!u.options.empty()) {
-                u.options.back().text += " " + trim(line);
-            }
-        }
-    }
-    return u;
 }
 
 // Text for roff: backslashes and hyphens escaped, no line starting a request.
@@ -110,36 +44,59 @@ std::string roff(const std::string &s) {
     return out;
 }
 
-// The long and short option names of an option line ("-c, --command COMMAND").
-std::vector<std::string> option_names(const Option &o) {
-    std::vector<std::string> names;
-    std::istringstream in(o.names);
-    std::string word;
-    while (in >> word) {
-        if (word.back() == ',') word.pop_back();
-        if (word.starts_with("-")) names.push_back(word.substr(0, word.find('=')));
+// A form of the command line for the SYNOPSIS: literal words and options
+// bold, placeholders (upper case) italic, brackets and bars plain.
+std::string synopsis_words(std::string_view words) {
+    std::string out;
+    std::size_t i = 0;
+    while (i < words.size()) {
+        const std::size_t end = words.find_first_of(" []|", i);
+        if (end == i) {
+            out += words[i++];
+            continue;
+        }
+        const std::string_view token = words.substr(i, end == std::string_view::npos ? std::string_view::npos : end - i);
+        i += token.size();
+        std::string_view dots;
+        std::string_view core = token;
+        if (core.ends_with("...")) {
+            dots = "...";
+            core.remove_suffix(3);
+        }
+        const bool placeholder = std::any_of(core.begin(), core.end(), [](char c) { return std::isupper(static_cast<unsigned char>(c)); }) &&
+                                 std::none_of(core.begin(), core.end(), [](char c) { return std::islower(static_cast<unsigned char>(c)); });
+        out += (placeholder ? "\\fI" : "\\fB") + roff(std::string(core)) + "\\fR" + std::string(dots);
     }
-    return names;
+    return out;
 }
 
-bool option_takes_value(const Option &o) {
-    std::istringstream in(o.names);
-    std::string word, last;
-    while (in >> word) last = word;
-    return !last.starts_with("-");
+void write_options(std::ostream &out, qdsh::cli::Scope scope) {
+    for (const qdsh::cli::Option &o : qdsh::cli::options())
+        if (o.scope == scope) out << ".TP\n.B " << roff(o.names()) << "\n" << roff(std::string(o.help)) << "\n";
 }
 
-void write_man(std::ostream &out, const std::string &version, const Usage &u) {
-    out << ".\\\" Written by qdsh_docgen from the qdsh command table; do not edit.\n"
+void write_man(std::ostream &out, const std::string &version) {
+    using qdsh::cli::Scope;
+    out << ".\\\" Written by qdsh_docgen from the qdsh command and option tables; do not edit.\n"
         << ".TH QDSH 1 \"\" \"qdsh " << roff(version) << "\" \"User Commands\"\n"
         << ".SH NAME\nqdsh \\- command shell for the queuing daemon's command handlers\n"
-        << ".SH SYNOPSIS\n.B qdsh\n[\\fIOPTIONS\\fR]\n"
-        << ".SH DESCRIPTION\n" << roff(u.description) << "\n.PP\n"
-        << "Words may be shortened while they stay unique (\\fBsh wrr cos\\fR). "
-           "\\fB?\\fR lists what may follow the words typed so far; Tab completes "
-           "command words and interface names. A line starting with \\fB#\\fR is a comment.\n"
-        << ".SH OPTIONS\n";
-    for (const Option &o : u.options) out << ".TP\n.B " << roff(o.names) << "\n" << roff(o.text) << "\n";
+        << ".SH SYNOPSIS\n";
+    bool first = true;
+    for (const qdsh::cli::Form &f : qdsh::cli::forms()) {
+        out << (first ? "" : ".br\n") << ".B qdsh\n" << synopsis_words(f.words) << "\n";
+        first = false;
+    }
+    out << ".SH DESCRIPTION\n" << roff(std::string(qdsh::cli::kDescription)) << "\n.PP\n"
+        << roff(std::string(qdsh::cli::kPromptHelp)) << "\n.PP\nThe forms of the command line:\n";
+    for (const qdsh::cli::Form &f : qdsh::cli::forms())
+        out << ".TP\n\\fBqdsh\\fR " << synopsis_words(f.words) << "\n" << roff(std::string(f.help)) << "\n";
+    out << ".SH OPTIONS\n";
+    write_options(out, Scope::main);
+    out << ".SS Options of watch\nThey follow the word \\fBwatch\\fR, on the command line or at the prompt. "
+           "On a terminal watch takes the screen and refreshes it in place; \\fBq\\fR or Ctrl\\-C ends it.\n";
+    write_options(out, Scope::watch);
+    out << ".SS Options of serve\n";
+    write_options(out, Scope::serve);
     out << ".SH COMMANDS\n";
     std::vector<std::string> params;
     for (const qdsh::Command &c : qdsh::commands()) {
@@ -154,15 +111,18 @@ void write_man(std::ostream &out, const std::string &version, const Usage &u) {
     out << ".SH PARAMETERS\n";
     for (const std::string &p : params)
         out << ".TP\n.I " << roff(p) << "\n" << roff(std::string(qdsh::param_help(p))) << "\n";
-    if (!u.exit_status.empty()) out << ".SH EXIT STATUS\n" << roff(u.exit_status) << "\n";
+    out << ".SH EXIT STATUS\n";
+    for (const qdsh::cli::ExitStatus &e : qdsh::cli::exit_statuses())
+        out << ".TP\n.B " << e.code << "\n" << roff(std::string(e.meaning)) << "\n";
     out << ".SH ENVIRONMENT\n"
         << ".TP\n.B QDSH_LIBQDCLI\nThe handler library to load when \\fB\\-\\-lib\\fR is not given.\n"
         << ".TP\n.B PAGER\nThe pager for long output on a terminal (default \\fBless \\-FRX\\fR when "
-           "less is installed); empty or \\fBcat\\fR turns paging off.\n"
+           "less is installed); empty or \\fBcat\\fR turns paging off. Watch is never paged.\n"
         << ".SH FILES\n.TP\n.I ~/.qdsh_history\nHistory of the interactive prompt.\n"
         << ".SH EXAMPLES\n.nf\n"
         << "qdsh \\-c \"show wrr\\-queue cos\\-map\" \\-c \"sim interfaces\"\n"
         << "qdsh \\-\\-output json \\-c \"show queuing interface ethernet1/1\"\n"
+        << "qdsh watch \\-n 5 \\-\\-nonzero show queuing interface eth1/1\\-48\n"
         << "echo \"show vaq no\\-credit\\-drops\" | qdsh\n.fi\n";
 }
 
@@ -177,17 +137,30 @@ std::string bash_quote(std::string_view s) {
     return out + "'";
 }
 
-void write_bash(std::ostream &out, const std::string &version, const Usage &u) {
-    std::string all_options, value_options;
-    for (const Option &o : u.options)
-        for (const std::string &n : option_names(o)) {
-            all_options += (all_options.empty() ? "" : " ") + n;
-            if (option_takes_value(o)) value_options += (value_options.empty() ? "" : "|") + n;
-        }
-    out << "# bash completion of qdsh " << version << ", written by qdsh_docgen from its command table.\n"
-        << "# Completes the options, and the command words of a quoted -c argument.\n"
-        << "_qdsh_options=" << bash_quote(all_options) << "\n"
-        << "_qdsh_commands=(\n";
+// The names of the options of `scope`, blank-separated; with `kind`, only
+// those whose value is of that kind.
+std::string option_names(qdsh::cli::Scope scope, std::optional<qdsh::cli::Value> kind = std::nullopt,
+                         std::string_view separator = " ") {
+    std::string out;
+    for (const qdsh::cli::Option &o : qdsh::cli::options()) {
+        if (o.scope != scope || (kind && o.value != *kind)) continue;
+        for (const std::string_view n : {o.short_name, o.long_name})
+            if (!n.empty()) out += (out.empty() ? "" : std::string(separator)) + std::string(n);
+    }
+    return out;
+}
+
+void write_bash(std::ostream &out, const std::string &version) {
+    using qdsh::cli::Scope;
+    using qdsh::cli::Value;
+    out << "# bash completion of qdsh " << version << ", written by qdsh_docgen from its command and option tables.\n"
+        << "# Completes the options and their values, watch and serve, and the command words of a\n"
+        << "# -c argument (inside its quotes too) or of a watched command.\n";
+    for (const auto &[scope, name] : {std::pair{Scope::main, "main"}, std::pair{Scope::watch, "watch"}, std::pair{Scope::serve, "serve"}}) {
+        out << "_qdsh_" << name << "_options=" << bash_quote(option_names(scope)) << "\n"
+            << "_qdsh_" << name << "_flags=" << bash_quote(" " + option_names(scope, Value::none) + " ") << "\n";
+    }
+    out << "_qdsh_commands=(\n";
     for (const qdsh::Command &c : qdsh::commands()) {
         std::string pattern;
         for (const qdsh::Element &e : c.elements) {
@@ -228,31 +201,105 @@ _qdsh_next_words() {
     seen[$e]=1
     printf '%s\n' "$e"
   done
+  [[ -z ${words[*]} && watch == "$last"* && $2 == prompt ]] && printf 'watch\n'
+  return 0
 }
 
-_qdsh() {
-  local cur=$2 prev=$3
-  COMPREPLY=()
-  case $prev in
-    -c|--command)
-      local prefix="" word
-      [[ $cur == *[[:space:]]* ]] && prefix="${cur% *} "
-      while IFS= read -r word; do
-        COMPREPLY+=("$prefix$word")
-      done < <(_qdsh_next_words "$cur")
-      compopt -o nospace 2>/dev/null
-      return 0 ;;
-    --output)
-      mapfile -t COMPREPLY < <(compgen -W "text json xml" -- "$cur")
-      return 0 ;;
+# Completes the command line $1 typed so far inside one word ($2: the word
+# as typed, with its opening quote if any). Inside quotes each reply is the
+# whole word; readline would close the quote after a single reply, so a
+# single reply is offered twice (with one and two blanks after it), which
+# inserts it with one blank and keeps the quote open.
+_qdsh_complete_command() {
+  local typed=$1 raw=$2 prefix="" word
+  local -a replies=()
+  if [[ $raw == [\"\']* ]]; then
+    [[ $typed == *[[:space:]]* ]] && prefix="${typed%[[:space:]]*} "
+    while IFS= read -r word; do
+      replies+=("$prefix$word")
+    done < <(_qdsh_next_words "$typed" prompt)
+    if (( ${#replies[@]} == 1 )); then
+      replies=("${replies[0]} " "${replies[0]}  ")
+    fi
+    COMPREPLY=("${replies[@]}")
+    compopt -o nospace 2>/dev/null
+  else
+    mapfile -t COMPREPLY < <(_qdsh_next_words "$typed" prompt)
+  fi
+}
+
+# Completes the words of a command given as separate words (after watch's
+# options): $1 is the index of its first word.
+_qdsh_complete_words() {
+  local typed="" i
+  for ((i = $1; i < COMP_CWORD; i++)); do typed+="${COMP_WORDS[i]} "; done
+  mapfile -t COMPREPLY < <(_qdsh_next_words "$typed$2")
+}
+
+# The reply for the value of option $1 ($2: the value typed so far).
+_qdsh_value() {
+  case $1 in
 )BASH";
-    out << "    " << (value_options.empty() ? "--scenario|--lib" : value_options) << ")\n"
-        << R"BASH(      compopt -o filenames 2>/dev/null
-      mapfile -t COMPREPLY < <(compgen -f -- "$cur")
-      return 0 ;;
-  esac
-  if [[ $cur == -* ]]; then
-    mapfile -t COMPREPLY < <(compgen -W "$_qdsh_options" -- "$cur")
+    // Values, from the table: choices, files, commands; numbers and
+    // addresses have nothing to offer.
+    for (const qdsh::cli::Option &o : qdsh::cli::options()) {
+        if (o.value != Value::choice) continue;
+        std::string names;
+        for (const std::string_view n : {o.short_name, o.long_name})
+            if (!n.empty()) names += (names.empty() ? "" : "|") + std::string(n);
+        out << "    " << names << ") mapfile -t COMPREPLY < <(compgen -W " << bash_quote(o.choices)
+            << " -- \"$2\") ;;\n";
+    }
+    std::string files;
+    for (const Scope scope : {Scope::main, Scope::watch, Scope::serve}) {
+        const std::string f = option_names(scope, Value::file, "|");
+        if (!f.empty()) files += (files.empty() ? "" : "|") + f;
+    }
+    out << "    " << files << ")\n"
+        << "      compopt -o filenames 2>/dev/null\n"
+        << "      mapfile -t COMPREPLY < <(compgen -f -- \"$2\") ;;\n"
+        << "    " << option_names(Scope::main, Value::command, "|") << ") _qdsh_complete_command \"$2\" \"${COMP_WORDS[COMP_CWORD]}\" ;;\n"
+        << "    *) COMPREPLY=() ;;\n"
+        << "  esac\n"
+        << "}\n"
+        << R"BASH(
+_qdsh() {
+  local cur=$2 scope=main i w start=0 options flags
+  COMPREPLY=()
+  if [[ $COMP_CWORD -ge 2 && ${COMP_WORDS[COMP_CWORD-1]} == = ]]; then  # --output=VALUE
+    _qdsh_value "${COMP_WORDS[COMP_CWORD-2]}" "$cur"
+    return 0
+  fi
+  # Which part of the line the word is in: qdsh's options, or those of
+  # watch or serve, or the words of the watched command.
+  for ((i = 1; i < COMP_CWORD; i++)); do
+    w=${COMP_WORDS[i]}
+    if (( start )); then
+      continue
+    elif [[ $scope == main && ( $w == watch || $w == serve ) ]]; then
+      scope=$w
+    elif [[ $w == -* && $w != *=* ]]; then
+      options="_qdsh_${scope}_options" flags="_qdsh_${scope}_flags"
+      if [[ " ${!options} " == *" $w "* && ${!flags} != *" $w "* ]]; then
+        if (( i + 1 == COMP_CWORD )); then
+          _qdsh_value "$w" "$cur"
+          return 0
+        fi
+        ((i++))
+      fi
+    elif [[ $scope == watch ]]; then
+      start=$i
+    fi
+  done
+  if (( start )); then
+    _qdsh_complete_words "$start" "$cur"
+  elif [[ $cur == -* ]]; then
+    options="_qdsh_${scope}_options"
+    mapfile -t COMPREPLY < <(compgen -W "${!options}" -- "$cur")
+  elif [[ $scope == main ]]; then
+    mapfile -t COMPREPLY < <(compgen -W "watch serve" -- "$cur")
+  elif [[ $scope == watch ]]; then
+    _qdsh_complete_words "$COMP_CWORD" "$cur"
   fi
   return 0
 }
@@ -365,29 +412,19 @@ int check_readme(const std::string &path) {
 int main(int argc, char **argv) {
     const std::string what = argc > 1 ? argv[1] : "";
     if (what == "check-readme" && argc == 3) return check_readme(argv[2]);
-    if ((what == "man" || what == "bash") && argc == 5) {
-        std::string help;
-        if (!read_command_output(argv[3], help)) {
-            std::cerr << "qdsh_docgen: " << argv[3] << " --help failed\n";
-            return 1;
-        }
-        const Usage usage = parse_usage(help);
-        if (usage.options.empty()) {
-            std::cerr << "qdsh_docgen: no options in the output of " << argv[3] << " --help\n";
-            return 1;
-        }
-        std::ofstream out(argv[4]);
+    if ((what == "man" || what == "bash") && argc == 4) {
+        std::ofstream out(argv[3]);
         if (what == "man")
-            write_man(out, argv[2], usage);
+            write_man(out, argv[2]);
         else
-            write_bash(out, argv[2], usage);
+            write_bash(out, argv[2]);
         out.close();
         if (!out) {
-            std::cerr << "qdsh_docgen: cannot write " << argv[4] << "\n";
+            std::cerr << "qdsh_docgen: cannot write " << argv[3] << "\n";
             return 1;
         }
         return 0;
     }
-    std::cerr << "usage: qdsh_docgen man|bash VERSION QDSH OUTPUT | check-readme README\n";
+    std::cerr << "usage: qdsh_docgen man|bash VERSION OUTPUT | check-readme README\n";
     return 2;
 }

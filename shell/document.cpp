@@ -129,8 +129,6 @@ std::string SubjectKeys::label() const {
 DocumentBuilder::DocumentBuilder(std::string_view command, AttributeLookup lookup) : lookup_(lookup) {
     root_ = json::object();
     root_["command"] = trim(command);
-    root_["status"] = "ok";
-    root_["text_only"] = false;
     root_["interfaces"] = json::array();
 }
 
@@ -158,14 +156,23 @@ json &DocumentBuilder::subject_object(const SubjectKeys &s) {
 void DocumentBuilder::subject_begin(const SubjectKeys &s) {
     // An extender's ASIC is told within the extender's object; an interface
     // told again (the internal statistics within its report) is the same one.
-    subjects_.push_back({&subject_object(s), std::move(rows_)});
+    subjects_.push_back({&subject_object(s), std::move(rows_), s.kind == QDCLI_SUBJECT_INTERFACE});
     rows_.clear();
 }
 
 void DocumentBuilder::subject_end() {
     if (subjects_.empty()) return;
+    json *done = subjects_.back().object;
+    const bool interface = subjects_.back().interface;
     rows_ = std::move(subjects_.back().outer_rows);
     subjects_.pop_back();
+    // An interface the handlers are done with leaves the document at once
+    // when it is streamed (its place stays, empty: told again, it is
+    // written again).
+    if (subjects_.empty() && interface && interface_done_) {
+        interface_done_(*done);
+        *done = json::object();
+    }
 }
 
 void DocumentBuilder::row_begin(const char *table) {
@@ -213,7 +220,8 @@ Document DocumentBuilder::finish(std::string_view printed, bool ok) {
         if (!t.empty() && std::find(told_messages_.begin(), told_messages_.end(), t) != told_messages_.end()) continue;
         lines.push_back(line);
     }
-    for (json &o : interfaces_) root_["interfaces"].push_back(std::move(o));
+    for (json &o : interfaces_)
+        if (!o.empty()) root_["interfaces"].push_back(std::move(o));
     if (!extenders_.empty()) {
         json list = json::array();
         for (json &o : extenders_) list.push_back(std::move(o));
@@ -226,11 +234,11 @@ Document DocumentBuilder::finish(std::string_view printed, bool ok) {
         root_ = std::move(reordered);
     }
     ok = ok && errors_.empty();
-    root_["status"] = ok ? "ok" : "failed";
-    root_["text_only"] = !typed_ && !lines.empty();
     root_["lines"] = std::move(lines);
     root_["unsupported"] = std::move(unsupported_);
     root_["errors"] = std::move(errors_);
+    root_["status"] = ok ? "ok" : "failed";
+    root_["text_only"] = !typed_ && root_["lines"].size() > 0;
     interfaces_.clear();
     extenders_.clear();
     subjects_.clear();
@@ -287,6 +295,89 @@ void xml_element(std::string &out, const std::string &name, const json &v, bool 
 }
 
 }  // namespace
+
+// ---- written as built ---------------------------------------------------------
+
+namespace {
+
+// `text` with every line after the first indented by `by` blanks.
+std::string indented(const std::string &text, std::size_t by) {
+    std::string out;
+    for (const char c : text) {
+        out += c;
+        if (c == '\n') out.append(by, ' ');
+    }
+    return out;
+}
+
+std::string json_text(const json &value, bool pretty) {
+    return value.dump(pretty ? 2 : -1, ' ', false, json::error_handler_t::replace);
+}
+
+}  // namespace
+
+void DocumentStream::begin(std::string_view command) {
+    command_ = trim(command);
+    interfaces_ = 0;
+    begun_ = false;
+}
+
+// The document's start, written with the first thing written of it.
+void DocumentStream::write_start() {
+    if (begun_) return;
+    begun_ = true;
+    if (format_ == Format::json) {
+        write_(pretty_ ? "{\n  \"command\": " + json_text(command_, true) : "{\"command\":" + json_text(command_, false));
+    } else {
+        std::string out;
+        const int depth = pretty_ ? 1 : 0;
+        out += (pretty_ ? std::string(2, ' ') : "") + "<document>" + (pretty_ ? "\n" : "");
+        xml_element(out, "command", command_, pretty_, depth + 1);
+        write_(out);
+    }
+}
+
+void DocumentStream::interface(const Document &object) {
+    write_start();
+    std::string out;
+    if (format_ == Format::json) {
+        if (interfaces_ == 0) out += pretty_ ? ",\n  \"interfaces\": [" : ",\"interfaces\":[";
+        out += interfaces_ == 0 ? "" : ",";
+        out += pretty_ ? "\n    " + indented(json_text(object, true), 4) : json_text(object, false);
+    } else {
+        if (interfaces_ == 0) out += pretty_ ? "    <interfaces>\n" : "<interfaces>";
+        xml_element(out, "interface", object, pretty_, pretty_ ? 3 : 0);
+    }
+    ++interfaces_;
+    write_(out);
+}
+
+void DocumentStream::finish(const Document &document) {
+    write_start();
+    std::string out;
+    if (format_ == Format::json) {
+        if (interfaces_ == 0)
+            out += pretty_ ? ",\n  \"interfaces\": []" : ",\"interfaces\":[]";
+        else
+            out += pretty_ ? "\n  ]" : "]";
+        for (auto it = document.begin(); it != document.end(); ++it) {
+            if (it.key() == "command" || it.key() == "interfaces") continue;
+            out += pretty_ ? ",\n  " + json_text(it.key(), true) + ": " + indented(json_text(it.value(), true), 2)
+                           : "," + json_text(it.key(), false) + ":" + json_text(it.value(), false);
+        }
+        out += pretty_ ? "\n}\n" : "}\n";
+    } else {
+        const int depth = pretty_ ? 1 : 0;
+        if (interfaces_ == 0)
+            out += pretty_ ? "    <interfaces/>\n" : "<interfaces/>";
+        else
+            out += pretty_ ? "    </interfaces>\n" : "</interfaces>";
+        for (auto it = document.begin(); it != document.end(); ++it)
+            if (it.key() != "command" && it.key() != "interfaces") xml_element(out, it.key(), it.value(), pretty_, depth + 1);
+        out += (pretty_ ? std::string(2, ' ') : "") + "</document>\n";
+    }
+    write_(out);
+}
 
 std::string to_json(const Document &document, bool pretty) {
     return document.dump(pretty ? 2 : -1, ' ', false, json::error_handler_t::replace) + "\n";

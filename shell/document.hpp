@@ -7,9 +7,6 @@
 //
 //   {
 //     "command": "show queuing interface ethernet1/1",
-//     "status": "ok" | "failed",
-//     "text_only": false,        // true: the report is text the daemon or the
-//                                // library printed without typed values; see "lines"
 //     "interfaces": [            // one object per interface the handlers worked on, in order
 //       { "if_name": "Ethernet1/1",
 //         "mcast_from_xbar_total": 414364,          // values of the interface itself
@@ -20,8 +17,14 @@
 //     "mcast_queues": [ ... ],   // tables and values about no interface or extender
 //     "lines": [ "..." ],        // text the command printed outside typed values
 //     "unsupported": [ {"kind": "unsupported", "if_name": "Ethernet2/24", "message": "..."} ],
-//     "errors": [ {"kind": "receive", "vaq": 102, "message": "..."} ]
+//     "errors": [ {"kind": "receive", "vaq": 102, "message": "..."} ],
+//     "status": "ok" | "failed",
+//     "text_only": false         // true: the report is text the daemon or the
+//                                // library printed without typed values; see "lines"
 //   }
+//
+// The verdict comes last: a document is written while its command runs,
+// interface by interface (DocumentStream), and only its end knows it.
 //
 // Every member name of a value is the attribute's name in the library's
 // catalogue (qdcli/attributes.h); every table is an array of row objects,
@@ -42,7 +45,9 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -91,6 +96,10 @@ public:
     DocumentBuilder(const DocumentBuilder &) = delete;
     DocumentBuilder &operator=(const DocumentBuilder &) = delete;
 
+    // Hands every interface's object, once the handlers are done with it, to
+    // `done` instead of keeping it for the document.
+    void stream_interfaces(std::function<void(Document &)> done) { interface_done_ = std::move(done); }
+
     void subject_begin(const SubjectKeys &subject);
     void subject_end();
     void row_begin(const char *table);
@@ -109,6 +118,7 @@ private:
     struct OpenSubject {
         Document *object;
         std::vector<Document *> outer_rows;  // the rows open when it began
+        bool interface;
     };
 
     AttributeLookup lookup_;
@@ -125,6 +135,29 @@ private:
     Document errors_ = Document::array();
     std::vector<std::string> told_messages_;  // failure texts, left out of "lines"
     bool typed_ = false;
+    std::function<void(Document &)> interface_done_;
+};
+
+// Writes one document as it is built: its command, then each interface as
+// it is done, then the rest. The text is what to_json or to_xml would write
+// for the whole document.
+class DocumentStream {
+public:
+    DocumentStream(Format format, bool pretty, std::function<void(const std::string &)> write)
+        : format_(format), pretty_(pretty), write_(std::move(write)) {}
+    void begin(std::string_view command);  // nothing is written before the first interface or finish
+    void interface(const Document &object);
+    void finish(const Document &document);  // everything but the interfaces already written
+
+private:
+    Format format_;
+    bool pretty_;
+    std::function<void(const std::string &)> write_;
+    void write_start();
+
+    std::size_t interfaces_ = 0;
+    std::string command_;
+    bool begun_ = false;
 };
 
 class Shell;
@@ -139,6 +172,8 @@ struct CommandOutcome {
 
 struct RunOptions {
     bool document = true;       // build the command's document (standard output is then captured)
+    // Each interface's object when it is done (the document then leaves it out).
+    std::function<void(Document &)> interface_done;
     bool capture_text = false;  // keep what it prints in `text` instead of writing it out
     bool report = true;         // its failures to standard error (the exporter keeps them in its metrics)
 };
@@ -149,6 +184,10 @@ struct RunOptions {
 // to call from a command that runs further commands (their events belong to
 // the outer one); not re-entrant across threads.
 CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup lookup, RunOptions options = {});
+
+// Where qdsh's own output goes while a command's output is captured (its
+// standard output as it was before).
+std::FILE *command_output();
 
 // Text for XML element content or attribute values: & < > " escaped; the
 // control characters XML 1.0 does not allow become '?'.

@@ -6,6 +6,7 @@
 #include <set>
 #include <stdexcept>
 
+#include "qdcli/commands.h"
 #include "qdcli/wire.h"
 
 namespace qdsh {
@@ -108,82 +109,82 @@ std::vector<Command> build_table() {
     using B = Builtin;
     std::vector<Command> t = {
         // Multicast WRR queue CoS map
-        {"show wrr-queue cos-map", "qd_cli_show_wrrqueue_cosmap", 17, C::pinfo, S::zero, B::none,
+        {"show wrr-queue cos-map", "qd_cli_show_wrrqueue_cosmap", QDCLI_CMD_SHOW_WRRQUEUE_COSMAP, C::pinfo, S::zero, B::none,
          "Show the multicast WRR queue CoS map"},
-        {"wrr-queue cos-map QUEUE COS...", "qd_cli_conf_wrrqueue_cosmap", 16, C::pinfo, S::zero, B::none,
+        {"wrr-queue cos-map QUEUE COS...", "qd_cli_conf_wrrqueue_cosmap", QDCLI_CMD_CONF_WRRQUEUE_COSMAP, C::pinfo, S::zero, B::none,
          "Map CoS values to a multicast queue"},
-        {"no wrr-queue cos-map QUEUE COS...", "qd_cli_conf_wrrqueue_cosmap", 16, C::pinfo, S::zero, B::none,
+        {"no wrr-queue cos-map QUEUE COS...", "qd_cli_conf_wrrqueue_cosmap", QDCLI_CMD_CONF_WRRQUEUE_COSMAP, C::pinfo, S::zero, B::none,
          "Remove CoS values from a multicast queue"},
 
         // Queue limit
-        {"qos queue-limit BYTES", "", 39, C::builtin, S::zero, B::queue_limit,
+        {"qos queue-limit BYTES", "", QDCLI_CMD_QOS_QUEUE_LIMIT, C::builtin, S::zero, B::queue_limit,
          "Queue limit, checked against the line card's range"},
 
         // Queuing reports
-        {"show queuing", "qd_cli_show_queuing_intf_switch", 20, C::stream, S::stream_end, B::none,
+        {"show queuing", "qd_cli_show_queuing_intf_switch", QDCLI_CMD_SHOW_QUEUING_SWITCH, C::stream, S::stream_end, B::none,
          "Switch-wide queuing report"},
         {"show queuing interface", "qd_cli_show_queuing_interface", CMD_ID_UNSUPPORTED_MSG, C::pinfo, S::zero, B::none,
          "Queuing report of every interface"},
         {"show queuing interface IF-LIST", "qd_cli_show_queuing_interface", CMD_ID_UNSUPPORTED_MSG, C::pinfo, S::zero, B::none,
          "Queuing report of the named interfaces"},
-        {"show queuing interface IF extended", "qd_cli_show_queuing_intf_extend", 19, C::pinfo, S::zero, B::none,
+        {"show queuing interface IF extended", "qd_cli_show_queuing_intf_extend", QDCLI_CMD_SHOW_QUEUING_EXTENDED, C::pinfo, S::zero, B::none,
          "Extended (ingress) queuing report of an interface"},
-        {"show queuing host-interface IF", "qd_cli_show_queuing_hif", 26, C::pinfo_if_name, S::zero, B::none,
+        {"show queuing host-interface IF", "qd_cli_show_queuing_hif", QDCLI_CMD_SHOW_QUEUING_HIF, C::pinfo_if_name, S::zero, B::none,
          "Queuing report of a host interface"},
-        {"show system internal qd extender-stats interface IF", "qd_cli_show_internal_stats", 27, C::pinfo_if_name, S::zero, B::none,
+        {"show system internal qd extender-stats interface IF", "qd_cli_show_internal_stats", QDCLI_CMD_SHOW_INTERNAL_STATS, C::pinfo_if_name, S::zero, B::none,
          "Internal port statistics of the extender behind an interface"},
 
         // Counter clearing
-        {"clear queuing counters", "qd_cli_clear_queuing_all", 31, C::pinfo, S::zero, B::none,
+        {"clear queuing counters", "qd_cli_clear_queuing_all", QDCLI_CMD_CLEAR_QUEUING_ALL, C::pinfo, S::zero, B::none,
          "Clear the queuing counters of every interface"},
-        {"clear queuing counters interface IF", "qd_cli_clear_queuing_interface", 32, C::pinfo, S::zero, B::none,
+        {"clear queuing counters interface IF", "qd_cli_clear_queuing_interface", QDCLI_CMD_CLEAR_QUEUING_IF, C::pinfo, S::zero, B::none,
          "Clear the queuing counters of an interface"},
-        {"clear qos statistics", "qd_cli_clear_qos_stats_all", 33, C::pinfo, S::zero, B::none,
+        {"clear qos statistics", "qd_cli_clear_qos_stats_all", QDCLI_CMD_CLEAR_QOS_STATS_ALL, C::pinfo, S::zero, B::none,
          "Clear the QoS statistics of every host interface"},
-        {"clear interface priority-flow-control", "", 40, C::builtin, S::zero, B::clear_pfc,
+        {"clear interface priority-flow-control", "", QDCLI_CMD_CLEAR_PFC, C::builtin, S::zero, B::clear_pfc,
          "Clear the pause counters of every interface"},
-        {"clear interface priority-flow-control IF", "", 40, C::builtin, S::zero, B::clear_pfc,
+        {"clear interface priority-flow-control IF", "", QDCLI_CMD_CLEAR_PFC, C::builtin, S::zero, B::clear_pfc,
          "Clear the pause counters of an interface"},
 
         // Logs and extender drops
-        {"show logging onboard flow-control pause-count", "qd_cli_show_logging_onboard_flow_control_td", 34, C::none, S::zero, B::none,
+        {"show logging onboard flow-control pause-count", "qd_cli_show_logging_onboard_flow_control_td", QDCLI_CMD_SHOW_PAUSE_COUNT, C::none, S::zero, B::none,
          "Number of pause events per port"},
-        {"show logging onboard flow-control pause-events", "qd_cli_show_logging_onboard_flow_control_pe", 35, C::none, S::zero, B::none,
+        {"show logging onboard flow-control pause-events", "qd_cli_show_logging_onboard_flow_control_pe", QDCLI_CMD_SHOW_PAUSE_EVENTS, C::none, S::zero, B::none,
          "List of pause events"},
-        {"show vaq no-credit-drops", "process_qd_cli_show_vaq_drops_all", 36, C::pinfo, S::zero, B::none,
+        {"show vaq no-credit-drops", "process_qd_cli_show_vaq_drops_all", QDCLI_CMD_SHOW_VAQ_DROPS, C::pinfo, S::zero, B::none,
          "No-credit drop counters of every extender"},
 
         // Diagnostics
-        {"show system internal qd mem-stats", "qd_cli_show_memstats", 37, C::pinfo, S::zero, B::none,
+        {"show system internal qd mem-stats", "qd_cli_show_memstats", QDCLI_CMD_SHOW_MEMSTATS, C::pinfo, S::zero, B::none,
          "Memory statistics of the queuing daemon"},
-        {"show system internal qd mem-stats detail", "qd_cli_show_memstats", 37, C::pinfo, S::zero, B::none,
+        {"show system internal qd mem-stats detail", "qd_cli_show_memstats", QDCLI_CMD_SHOW_MEMSTATS, C::pinfo, S::zero, B::none,
          "Memory statistics of the queuing daemon, in detail"},
-        {"show system internal qd interface IF", "qd_cli_debug_show_intf", 38, C::pinfo, S::zero, B::none,
+        {"show system internal qd interface IF", "qd_cli_debug_show_intf", QDCLI_CMD_SHOW_INTERNAL_IF, C::pinfo, S::zero, B::none,
          "The daemon's debug view of an interface"},
-        {"debug qd show summary", "qd_cli_debug_show_all", 2, C::pinfo, S::zero, B::none, "Debug view: summary"},
-        {"debug qd show global", "qd_cli_debug_show_all", 3, C::pinfo, S::zero, B::none, "Debug view: global state"},
-        {"debug qd show sup", "qd_cli_debug_show_all", 4, C::pinfo, S::zero, B::none, "Debug view: supervisor"},
-        {"debug qd show fibre-channel", "qd_cli_debug_show_all", 5, C::pinfo, S::zero, B::none, "Debug view: fibre-channel ports"},
-        {"debug qd show ethernet", "qd_cli_debug_show_all", 6, C::pinfo, S::zero, B::none, "Debug view: Ethernet ports"},
-        {"debug qd show ports", "qd_cli_debug_show_all", 8, C::pinfo, S::zero, B::none, "Debug view: all ports"},
-        {"debug qd show modules", "qd_cli_debug_show_all", 9, C::pinfo, S::zero, B::none, "Debug view: all modules"},
-        {"debug qd show counters", "qd_cli_debug_show_all", 10, C::pinfo, S::zero, B::none, "Debug view: counters"},
-        {"debug qd show qos-groups", "qd_cli_debug_show_all", 11, C::pinfo, S::zero, B::none, "Debug view: all qos-groups"},
-        {"debug qd show buffers", "qd_cli_debug_show_all", 12, C::pinfo, S::zero, B::none, "Debug view: buffer allocation"},
-        {"debug qd show vaq", "qd_cli_debug_show_all", 13, C::pinfo, S::zero, B::none, "Debug view: port extenders"},
-        {"debug qd show pfc", "qd_cli_debug_show_all", 14, C::pinfo, S::zero, B::none, "Debug view: priority flow control"},
-        {"debug qd show mts", "qd_cli_debug_show_all", 15, C::pinfo, S::zero, B::none, "Debug view: message transport"},
-        {"debug qd show timers", "qd_cli_debug_show_all", 21, C::pinfo, S::zero, B::none, "Debug view: timers"},
-        {"debug qd show events", "qd_cli_debug_show_all", 22, C::pinfo, S::zero, B::none, "Debug view: event history"},
-        {"debug qd show port NUMBER", "qd_cli_debug_show_all", 23, C::pinfo, S::zero, B::none, "Debug view: one port"},
-        {"debug qd show module NUMBER", "qd_cli_debug_show_all", 24, C::pinfo, S::zero, B::none, "Debug view: one module"},
-        {"debug qd show port-info IF|NUMBER", "qd_cli_debug_show_all", 25, C::pinfo, S::zero, B::none,
+        {"debug qd show summary", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_SUMMARY, C::pinfo, S::zero, B::none, "Debug view: summary"},
+        {"debug qd show global", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_GLOBAL, C::pinfo, S::zero, B::none, "Debug view: global state"},
+        {"debug qd show sup", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_SUP, C::pinfo, S::zero, B::none, "Debug view: supervisor"},
+        {"debug qd show fibre-channel", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_FIBRE_CHANNEL, C::pinfo, S::zero, B::none, "Debug view: fibre-channel ports"},
+        {"debug qd show ethernet", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_ETHERNET, C::pinfo, S::zero, B::none, "Debug view: Ethernet ports"},
+        {"debug qd show ports", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_PORTS, C::pinfo, S::zero, B::none, "Debug view: all ports"},
+        {"debug qd show modules", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_MODULES, C::pinfo, S::zero, B::none, "Debug view: all modules"},
+        {"debug qd show counters", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_COUNTERS, C::pinfo, S::zero, B::none, "Debug view: counters"},
+        {"debug qd show qos-groups", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_QOS_GROUPS, C::pinfo, S::zero, B::none, "Debug view: all qos-groups"},
+        {"debug qd show buffers", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_BUFFERS, C::pinfo, S::zero, B::none, "Debug view: buffer allocation"},
+        {"debug qd show vaq", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_VAQ, C::pinfo, S::zero, B::none, "Debug view: port extenders"},
+        {"debug qd show pfc", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_PFC, C::pinfo, S::zero, B::none, "Debug view: priority flow control"},
+        {"debug qd show mts", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_MTS, C::pinfo, S::zero, B::none, "Debug view: message transport"},
+        {"debug qd show timers", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_TIMERS, C::pinfo, S::zero, B::none, "Debug view: timers"},
+        {"debug qd show events", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_EVENTS, C::pinfo, S::zero, B::none, "Debug view: event history"},
+        {"debug qd show port NUMBER", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_PORT, C::pinfo, S::zero, B::none, "Debug view: one port"},
+        {"debug qd show module NUMBER", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_MODULE, C::pinfo, S::zero, B::none, "Debug view: one module"},
+        {"debug qd show port-info IF|NUMBER", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_PORT_INFO, C::pinfo, S::zero, B::none,
          "Debug view: one port, by interface or number"},
-        {"debug qd show qos-group NUMBER", "qd_cli_debug_show_all", 28, C::pinfo, S::zero, B::none, "Debug view: one qos-group"},
-        {"debug qd trace-level NUMBER", "qd_cli_debug_show_all", 29, C::pinfo, S::zero, B::none, "Set the daemon's trace level"},
-        {"no debug qd trace-level", "qd_cli_debug_show_all", 29, C::pinfo, S::zero, B::none, "Reset the daemon's trace level"},
-        {"debug qd show queue NUMBER", "qd_cli_debug_show_all", 30, C::pinfo, S::zero, B::none, "Debug view: one queue"},
-        {"debug qd clear-info", "qd_cli_debug_show_all", 43, C::pinfo, S::zero, B::none, "Clear the daemon's debug information"},
+        {"debug qd show qos-group NUMBER", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_QOS_GROUP, C::pinfo, S::zero, B::none, "Debug view: one qos-group"},
+        {"debug qd trace-level NUMBER", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_TRACE_LEVEL, C::pinfo, S::zero, B::none, "Set the daemon's trace level"},
+        {"no debug qd trace-level", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_TRACE_LEVEL, C::pinfo, S::zero, B::none, "Reset the daemon's trace level"},
+        {"debug qd show queue NUMBER", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_QUEUE, C::pinfo, S::zero, B::none, "Debug view: one queue"},
+        {"debug qd clear-info", "qd_cli_debug_show_all", QDCLI_CMD_DEBUG_CLEAR_INFO, C::pinfo, S::zero, B::none, "Clear the daemon's debug information"},
 
         // The simulated switch
         {"sim show", "", 0, C::builtin, S::zero, B::sim_show, "Print the model's state as JSON"},
@@ -278,6 +279,20 @@ std::string check_small(std::string_view text, unsigned max, std::string_view wh
     return {};
 }
 
+bool all_digits(std::string_view s) {
+    return !s.empty() && std::all_of(s.begin(), s.end(), [](char ch) { return std::isdigit(static_cast<unsigned char>(ch)) != 0; });
+}
+
+// Why `text` is not a 32-bit number ("" when it is one).
+std::string check_number(std::string_view text) {
+    std::uint32_t v = 0;
+    if (parse_u32(text, v)) return {};
+    const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') &&
+                     std::all_of(text.begin() + 2, text.end(), [](char ch) { return std::isxdigit(static_cast<unsigned char>(ch)) != 0; });
+    if (all_digits(text) || hex) return "number " + quoted(text) + " is out of range: expected 0 to 4294967295";
+    return "invalid number " + quoted(text);
+}
+
 Walk walk(const Command &c, const std::vector<Token> &toks, std::string_view line) {
     Walk w;
     w.command = &c;
@@ -334,16 +349,17 @@ Walk walk(const Command &c, const std::vector<Token> &toks, std::string_view lin
             break;
         case ParamKind::number:
         case ParamKind::queue_limit: {
-            std::uint32_t v = 0;
-            if (!parse_u32(s, v)) return fail("invalid number " + quoted(s)), w;
+            // A queue limit too large for 32 bits is still a number: the
+            // executor tells it is out of the line card's range.
+            if (auto r = check_number(s); !r.empty() && !(e.kind == ParamKind::queue_limit && all_digits(s)))
+                return fail(r), w;
             p.values.push_back(s);
             ++t;
             break;
         }
         case ParamKind::if_or_number:
             if (looks_numeric(s)) {
-                std::uint32_t v = 0;
-                if (!parse_u32(s, v)) return fail("invalid number " + quoted(s)), w;
+                if (auto r = check_number(s); !r.empty()) return fail(r), w;
                 p.values.push_back(s);
                 ++t;
                 break;

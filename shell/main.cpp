@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // qdsh: a command shell for the queuing daemon's command handlers, running
 // against the simulated switch.
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,10 +12,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <editline/readline.h>
 
+#include "cli.hpp"
 #include "document.hpp"
 #include "filters.hpp"
 #include "library.hpp"
@@ -34,46 +37,6 @@ namespace {
 constexpr int kExitFailed = 1;  // a command failed
 constexpr int kExitUsage = 2;   // bad options, scenario or library
 
-const char kUsage[] =
-    "Usage: qdsh [OPTIONS]\n"
-    "       qdsh [OPTIONS] watch [--interval S] [--count N] [--nonzero] COMMAND\n"
-    "       qdsh [OPTIONS] serve [--listen 127.0.0.1:PORT] [--config FILE] [--timeout S] [--nonzero]\n"
-    "\n"
-    "Runs queuing commands against a simulated switch. With no -c, reads\n"
-    "commands from the terminal (line editing, history, tab completion) or,\n"
-    "when standard input is not a terminal, one command per line.\n"
-    "\n"
-    "Options:\n"
-    "  -c, --command COMMAND   run COMMAND; repeat to run several in order\n"
-    "  --scenario FILE         load the switch from FILE instead of the default chassis\n"
-    "  -o, --output text|json|xml\n"
-    "                          text reports, or one JSON or XML document per command\n"
-    "                          (a command may also end in \"| json\" or \"| xml\")\n"
-    "  -o openmetrics|prometheus\n"
-    "                          the counters and gauges of each command as metrics\n"
-    "                          (OpenMetrics 1.0, or the Prometheus text format)\n"
-    "  --nonzero               structured output and watch leave out the rows whose\n"
-    "                          counters are all zero\n"
-    "  --simulated-clock       watch advances the simulator's clock by the interval\n"
-    "                          instead of waiting (repeatable runs, tests)\n"
-    "  --pretty, --compact     indent structured output, or print each JSON document\n"
-    "                          on one line (default: indented on a terminal only)\n"
-    "  --lib PATH              the handler library (default: $QDSH_LIBQDCLI, then\n"
-    "                          ../lib/libqdcli.so next to qdsh, then the build tree's)\n"
-    "  --schema json|xml       print the schema of the structured output and exit\n"
-    "  --metric-names          print the metric names of -o openmetrics and serve\n"
-    "                          (a Markdown table) and exit\n"
-    "  --no-pager              never page long output (a terminal's output goes\n"
-    "                          through $PAGER, default less -FRX, otherwise)\n"
-    "  -V, --version           print the version of qdsh and exit\n"
-    "  -h, --help              show this text\n"
-    "\n"
-    "Exit status: 0 when every command succeeded, 1 when one was refused or failed\n"
-    "(its document then lists the errors), 2 for bad options, an unreadable\n"
-    "scenario or a library that does not load.\n"
-    "Type \"help\" in qdsh for the list of commands. A command line may end in\n"
-    "filters: \"| include REGEX\", \"| exclude REGEX\", \"| begin REGEX\", \"| count\".\n";
-
 struct Options {
     std::vector<std::string> commands;
     std::string scenario;
@@ -91,79 +54,62 @@ struct Options {
     bool pager = true;
 };
 
+// Reads the options with the table of cli.hpp: names, whether a value
+// follows (as the next word, or after "=" for a long name) and its choices.
 bool parse_options(int argc, char **argv, Options &o, std::string &error) {
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
-        auto value = [&](std::string &into) {
-            if (i + 1 >= argc) {
-                error = "option " + arg + " needs a value";
-                return false;
-            }
-            into = argv[++i];
-            return true;
-        };
-        auto inline_value = [&](std::string_view name, std::string &into) {
-            if (arg.size() > name.size() && arg.starts_with(name) && arg[name.size()] == '=') {
-                into = arg.substr(name.size() + 1);
-                return true;
-            }
-            return false;
-        };
-        if (arg == "-c" || arg == "--command") {
-            std::string c;
-            if (!value(c)) return false;
-            o.commands.push_back(c);
-        } else if (arg == "--scenario") {
-            if (!value(o.scenario)) return false;
-        } else if (arg == "--output" || arg == "-o") {
-            if (!value(o.output)) return false;
-        } else if (arg == "--lib") {
-            if (!value(o.lib)) return false;
-        } else if (arg == "--metric-names") {
-            o.metric_names = true;
-        } else if (arg == "--schema") {
-            if (!value(o.schema)) return false;
-        } else if (inline_value("--scenario", o.scenario) || inline_value("--output", o.output) ||
-                   inline_value("--lib", o.lib)) {
-        } else if (std::string c; inline_value("--command", c)) {
-            o.commands.push_back(c);
-        } else if (arg == "--nonzero") {
-            o.nonzero = true;
-        } else if (arg == "--simulated-clock") {
-            o.simulated_clock = true;
-        } else if (arg == "watch" || arg == "serve") {
+        if (arg == "watch" || arg == "serve") {
             o.subcommand = arg;
             o.sub_args.assign(argv + i + 1, argv + argc);
             break;
-        } else if (arg == "--pretty") {
-            o.pretty = 1;
-        } else if (arg == "--compact") {
-            o.pretty = 0;
-        } else if (arg == "-h" || arg == "--help") {
-            o.help = true;
-        } else if (arg == "-V" || arg == "--version") {
-            o.version = true;
-        } else if (arg == "--no-pager") {
-            o.pager = false;
-        } else if (!arg.empty() && arg[0] == '-') {
-            error = "unknown option " + arg;
-            return false;
-        } else {
-            error = "unexpected argument \"" + arg + "\" (commands go after -c)";
+        }
+        std::string name = arg, value;
+        const std::size_t eq = arg.find('=');
+        const bool inline_value = arg.starts_with("--") && eq != std::string::npos;
+        if (inline_value) {
+            name = arg.substr(0, eq);
+            value = arg.substr(eq + 1);
+        }
+        const qdsh::cli::Option *option = qdsh::cli::find_option(qdsh::cli::Scope::main, name);
+        if (option == nullptr) {
+            error = !arg.empty() && arg[0] == '-' ? "unknown option " + name
+                                                 : "unexpected argument \"" + arg + "\" (commands go after -c)";
             return false;
         }
+        if (option->value == qdsh::cli::Value::none) {
+            if (inline_value) {
+                error = "option " + name + " takes no value";
+                return false;
+            }
+        } else if (!inline_value) {
+            if (i + 1 >= argc) {
+                error = "option " + name + " needs a value (" + std::string(option->value_name) + ")";
+                return false;
+            }
+            value = argv[++i];
+        }
+        if (option->value == qdsh::cli::Value::choice && !qdsh::cli::is_choice(*option, value)) {
+            error = "unknown value \"" + value + "\" for " + name + ": expected " + qdsh::cli::choice_list(*option);
+            return false;
+        }
+        const std::string_view id = option->long_name;
+        if (id == "--command") o.commands.push_back(value);
+        else if (id == "--scenario") o.scenario = value;
+        else if (id == "--output") o.output = value;
+        else if (id == "--lib") o.lib = value;
+        else if (id == "--schema") o.schema = value;
+        else if (id == "--metric-names") o.metric_names = true;
+        else if (id == "--nonzero") o.nonzero = true;
+        else if (id == "--simulated-clock") o.simulated_clock = true;
+        else if (id == "--pretty") o.pretty = 1;
+        else if (id == "--compact") o.pretty = 0;
+        else if (id == "--no-pager") o.pager = false;
+        else if (id == "--version") o.version = true;
+        else if (id == "--help") o.help = true;
     }
     if (!o.subcommand.empty() && !o.commands.empty()) {
         error = o.subcommand + " runs on its own: no -c before it (watch takes its command after it)";
-        return false;
-    }
-    if (!o.schema.empty() && o.schema != "json" && o.schema != "xml") {
-        error = "unknown schema \"" + o.schema + "\": expected json or xml";
-        return false;
-    }
-    if (!o.output.empty() && o.output != "text" && o.output != "json" && o.output != "xml" &&
-        o.output != "openmetrics" && o.output != "prometheus") {
-        error = "unknown output format \"" + o.output + "\": expected text, json, xml, openmetrics or prometheus";
         return false;
     }
     return true;
@@ -221,8 +167,10 @@ public:
         if (!structured) {
             // Text goes out as the handlers print it; through filters, once
             // the command has ended.
-            const qdsh::CommandOutcome outcome =
-                qdsh::run_command(shell_, line, lookup_, {.document = false, .capture_text = pipe.has_text_filters()});
+            qdsh::RunOptions options;
+            options.document = false;
+            options.capture_text = pipe.has_text_filters();
+            const qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_, options);
             if (pipe.has_text_filters()) {
                 const std::string out = qdsh::apply_filters(outcome.text, pipe.segments);
                 std::fwrite(out.data(), 1, out.size(), stdout);
@@ -232,11 +180,12 @@ public:
             qdsh::end_output_line();
             return outcome.ok;
         }
+        if (!metrics) return stream_document(line, format);
         const qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_);
         if (shell_.exit_requested() && outcome.ok) return true;  // "exit" has no document
         qdsh::Document document = outcome.document;
         if (ops_.nonzero) qdsh::drop_zero_rows(document, ops_.names);
-        if (metrics) {
+        {
             std::vector<qdsh::Sample> samples = qdsh::collect_samples(document, ops_.names);
             for (const std::string &series : qdsh::repeated_series(samples))
                 qdsh::report_error("metrics: the series " + series + " repeats within \"" + line +
@@ -250,10 +199,45 @@ public:
             } else {
                 write(qdsh::write_exposition(samples, {}, *ops_.metrics));
             }
-        } else {
-            write_document(document, format);
         }
         return outcome.ok;
+    }
+
+    // Runs a command with its document written as it is built: each
+    // interface as soon as the handlers are done with it.
+    bool stream_document(const std::string &line, qdsh::Format format) {
+        bool started = false;
+        qdsh::DocumentStream stream(format, pretty_, [&](const std::string &text) {
+            if (!started) write_prologue(format);
+            started = true;
+            std::fwrite(text.data(), 1, text.size(), qdsh::command_output());
+        });
+        stream.begin(line);
+        qdsh::RunOptions options;
+        options.interface_done = [&](qdsh::Document &object) {
+            if (ops_.nonzero) qdsh::drop_zero_rows(object, ops_.names);
+            stream.interface(object);
+        };
+        qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_, options);
+        if (shell_.exit_requested() && outcome.ok) return true;  // "exit" has no document
+        if (ops_.nonzero) qdsh::drop_zero_rows(outcome.document, ops_.names);
+        stream.finish(outcome.document);
+        qdsh::end_output_line();
+        return outcome.ok;
+    }
+
+    // What comes before a document: the XML declaration, and the <qdsh>
+    // root that holds the documents of a -c or script run.
+    void write_prologue(qdsh::Format format) {
+        if (format != qdsh::Format::xml) return;
+        // Written while the command's own output is captured, maybe.
+        std::FILE *out = qdsh::command_output();
+        if (wrap_xml_ && format_ == qdsh::Format::xml) {
+            if (!xml_open_) std::fputs("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n", out);
+            xml_open_ = true;
+        } else {
+            std::fputs("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n", out);
+        }
     }
 
     // What the operator's options add: metrics output, --nonzero, the clock
@@ -305,19 +289,9 @@ public:
     }
 
     void write_document(const qdsh::Document &document, qdsh::Format format) {
-        std::string out;
-        if (format == qdsh::Format::json) {
-            out = qdsh::to_json(document, pretty_);
-        } else {
-            if (wrap_xml_ && format_ == qdsh::Format::xml) {
-                if (!xml_open_) out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<qdsh>\n";
-                xml_open_ = true;
-            } else {
-                out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-            }
-            out += qdsh::to_xml(document, pretty_);
-            if (!pretty_) out += "\n";
-        }
+        write_prologue(format);
+        std::string out = format == qdsh::Format::json ? qdsh::to_json(document, pretty_) : qdsh::to_xml(document, pretty_);
+        if (format == qdsh::Format::xml && !pretty_) out += "\n";
         write(out);
     }
 
@@ -355,14 +329,38 @@ char *next_match(const char *, int state) {
     return strdup(g_matches[next++].c_str());
 }
 
-// Prints completion choices in columns, in the order given.
+// The terminal's size: rows and columns (24 x 80 when it does not say).
+std::pair<std::size_t, std::size_t> terminal_size() {
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0)
+        return {size.ws_row, size.ws_col};
+    return {24, 80};
+}
+
+// Prints completion choices in columns across the terminal's width, in
+// natural order. A list longer than the screen is shown only when asked for.
 void show_choices(std::vector<std::string> choices) {
     qdsh::natural_sort(choices);
     std::size_t width = 0;
     for (const std::string &c : choices) width = std::max(width, c.size());
     width += 2;
-    const std::size_t columns = std::max<std::size_t>(1, 80 / width);
+    const auto [screen_rows, screen_columns] = terminal_size();
+    const std::size_t columns = std::max<std::size_t>(1, (screen_columns + 1) / width);
     const std::size_t rows = (choices.size() + columns - 1) / columns;
+    if (rows + 1 >= screen_rows) {
+        std::fprintf(stdout, "\nDisplay all %zu possibilities? (y or n) ", choices.size());
+        std::fflush(stdout);
+        // The line editor keeps the terminal in raw mode: one key is one read.
+        char key = 'n';
+        if (read(STDIN_FILENO, &key, 1) != 1) key = 'n';
+        if (key != 'y' && key != 'Y' && key != ' ') {
+            std::fputc('\n', stdout);
+            std::fflush(stdout);
+            rl_on_new_line();
+            rl_forced_update_display();
+            return;
+        }
+    }
     std::string text = "\n";
     for (std::size_t r = 0; r < rows; ++r) {
         for (std::size_t c = 0; c < columns; ++c) {
@@ -404,19 +402,37 @@ char **complete(const char *text, int start, int end) {
     return rl_completion_matches(text, next_match);
 }
 
-// "?" lists what may follow the words before the cursor, at once.
-int help_key(int, int) {
+// "?" lists what may follow the words before the cursor, at once; inside a
+// quoted or JSON value, or glued to a value, it is typed as it is.
+int help_key(int, int key) {
+    const std::string_view before(rl_line_buffer, static_cast<std::size_t>(rl_point));
+    if (!g_shell->question_asks_help(before)) {
+        const char text[2] = {static_cast<char>(key), '\0'};
+        rl_insert_text(text);
+        // The line is drawn again where it stands.
+        std::fputs("\r\033[K", rl_outstream);
+        std::fflush(rl_outstream);
+        rl_forced_update_display();
+        return 0;
+    }
     std::fputc('\n', stdout);
-    g_shell->show_help(std::string_view(rl_line_buffer, static_cast<std::size_t>(rl_point)));
+    g_shell->show_help(before);
     rl_on_new_line();
     rl_forced_update_display();
     return 0;
 }
 
+// Watch owns the screen and refreshes it in place: it is never paged.
+bool is_watch_line(const std::string &line) {
+    const std::vector<std::string> words = qdsh::split_words(line);
+    return !words.empty() && words[0] == "watch";
+}
+
 // Runs one command line between the marks of a command, so that a Ctrl-C
 // while it runs cuts its output and says so.
 bool run_line(Runner &runner, const std::string &line, const qdsh::Pager &pager) {
-    const qdsh::Pager::Page page(pager);
+    std::optional<qdsh::Pager::Page> page;
+    if (!is_watch_line(line)) page.emplace(pager);
     qdsh::begin_command();
     const bool ok = runner.run(line);
     qdsh::end_command();
@@ -493,7 +509,7 @@ int main(int argc, char **argv) {
         return kExitUsage;
     }
     if (options.help) {
-        std::fputs(kUsage, stdout);
+        std::fputs(qdsh::cli::usage().c_str(), stdout);
         return 0;
     }
     if (options.version) {
@@ -522,9 +538,10 @@ int main(int argc, char **argv) {
         }
         std::size_t count = 0;
         const qdcli_attr_info *entries = catalogue(&count);
+        const auto states = reinterpret_cast<qdsh::StatesLookup>(library.symbol("qdcli_attr_states"));
         const std::string text = options.metric_names      ? qdsh::metric_names_table(entries, count)
-                                 : options.schema == "json" ? qdsh::json_schema(entries, count)
-                                                            : qdsh::xml_schema(entries, count);
+                                 : options.schema == "json" ? qdsh::json_schema(entries, count, states)
+                                                            : qdsh::xml_schema(entries, count, states);
         std::fputs(text.c_str(), stdout);
         return 0;
     }

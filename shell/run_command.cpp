@@ -2,10 +2,9 @@
 // Runs one command: the library's typed events (qdcli/observer.h) build its
 // document and tell its failures; what it prints goes out as it is printed,
 // or is captured when a document or the text is asked for.
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 
@@ -16,49 +15,44 @@
 namespace qdsh {
 namespace {
 
-// Redirects standard output to an anonymous file while a command runs.
+// Takes what the process writes with stdio while a command runs: standard
+// output becomes a stream in memory, and the stream the command's output
+// would have gone to stays at hand for what qdsh writes meanwhile.
 class Capture {
 public:
     Capture() {
         std::fflush(stdout);
-        file_ = std::tmpfile();
-        if (file_ == nullptr) return;
-        saved_ = dup(STDOUT_FILENO);
-        if (saved_ < 0 || dup2(fileno(file_), STDOUT_FILENO) < 0) restore();
+        FILE *memory = open_memstream(&buffer_, &size_);
+        if (memory == nullptr) return;
+        g_output = saved_ = stdout;
+        stdout = memory;
     }
     Capture(const Capture &) = delete;
     Capture &operator=(const Capture &) = delete;
-    ~Capture() { restore(); }
+    ~Capture() { finish(); }
 
     std::string finish() {
         std::string text;
-        if (file_ != nullptr) {
-            std::fflush(stdout);
-            char buffer[4096];
-            off_t at = 0;
-            for (ssize_t n; (n = pread(fileno(file_), buffer, sizeof buffer, at)) > 0; at += n)
-                text.append(buffer, static_cast<std::size_t>(n));
+        if (saved_ != nullptr) {
+            FILE *memory = stdout;
+            stdout = saved_;
+            g_output = nullptr;
+            saved_ = nullptr;
+            std::fclose(memory);
+            if (buffer_ != nullptr) text.assign(buffer_, size_);
         }
-        restore();
+        std::free(buffer_);
+        buffer_ = nullptr;
         return text;
     }
 
-private:
-    void restore() {
-        if (saved_ >= 0) {
-            std::fflush(stdout);
-            dup2(saved_, STDOUT_FILENO);
-            close(saved_);
-            saved_ = -1;
-        }
-        if (file_ != nullptr) {
-            std::fclose(file_);
-            file_ = nullptr;
-        }
-    }
+    static FILE *output() { return g_output != nullptr ? g_output : stdout; }
 
-    std::FILE *file_ = nullptr;
-    int saved_ = -1;
+private:
+    static inline FILE *g_output = nullptr;
+    FILE *saved_ = nullptr;
+    char *buffer_ = nullptr;
+    std::size_t size_ = 0;
 };
 
 const char *kind_name(qdcli_failure_kind kind) {
@@ -208,6 +202,8 @@ public:
 
 }  // namespace
 
+std::FILE *command_output() { return Capture::output(); }
+
 CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup lookup, RunOptions options) {
     CommandOutcome outcome;
     if (g_depth > 0) {
@@ -218,6 +214,7 @@ CommandOutcome run_command(Shell &shell, std::string_view line, AttributeLookup 
     ++g_depth;
     std::unique_ptr<DocumentBuilder> builder;
     if (options.document) builder = std::make_unique<DocumentBuilder>(line, lookup);
+    if (builder && options.interface_done) builder->stream_interfaces(options.interface_done);
     Running running;
     running.command = trimmed(line);
     running.report = options.report;

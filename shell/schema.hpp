@@ -8,13 +8,17 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "qdcli/attributes.h"
 
 namespace qdsh {
 
-std::string json_schema(const qdcli_attr_info *catalogue, std::size_t count);
-std::string xml_schema(const qdcli_attr_info *catalogue, std::size_t count);
+// The words of a state attribute (qdcli_attr_states), or null.
+using StatesLookup = const char *const *(*)(std::uint32_t);
+
+std::string json_schema(const qdcli_attr_info *catalogue, std::size_t count, StatesLookup states = nullptr);
+std::string xml_schema(const qdcli_attr_info *catalogue, std::size_t count, StatesLookup states = nullptr);
 
 }  // namespace qdsh

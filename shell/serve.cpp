@@ -89,7 +89,9 @@ private:
         Collection c;
         const auto start = std::chrono::steady_clock::now();
         for (const std::string &command : options_.commands) {
-            const CommandOutcome outcome = run_command(shell_, command, attrs_, {.report = false});
+            RunOptions quiet;
+            quiet.report = false;
+            const CommandOutcome outcome = run_command(shell_, command, attrs_, quiet);
             Document document = outcome.document;
             if (options_.nonzero) drop_zero_rows(document, names_);
             std::vector<Sample> samples = collect_samples(document, names_);

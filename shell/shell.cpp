@@ -11,7 +11,6 @@
 #include <memory>
 #include <optional>
 
-#include <nlohmann/json.hpp>
 
 #include "filters.hpp"
 #include "iflist.hpp"
@@ -180,11 +179,7 @@ bool Shell::run_line(std::string_view line) {
     // into help.
     if (trimmed.back() == '?') {
         const std::string_view before = trimmed.substr(0, trimmed.size() - 1);
-        const bool own_word = before.empty() || std::isspace(static_cast<unsigned char>(before.back()));
-        bool word_start = false;
-        if (!own_word)
-            for (const Candidate &c : candidates(before)) word_start = word_start || (c.is_word && c.text != "<cr>");
-        if (own_word || word_start) return show_help(before);
+        if (question_asks_help(before)) return show_help(before);
     }
 
     const MatchResult m = match_line(line);
@@ -209,6 +204,26 @@ constexpr std::string_view kWatchHelp = "Re-run a command: deltas and rates of i
 constexpr std::string_view kBarHelp = "Filter the output, or show it as JSON or XML";
 
 }  // namespace
+
+bool Shell::question_asks_help(std::string_view before) const {
+    if (std::count(before.begin(), before.end(), '"') % 2 == 1) return false;  // inside quotes
+    const LineContext context = line_context(before);
+    if (context.part == LineContext::Part::command) {
+        // A JSON value or file name takes the rest of the line: once begun,
+        // a "?" is part of it.
+        const MatchResult m = match_line(before.substr(std::min(context.command_begin, before.size())));
+        if (m.ok && !m.match.params.empty()) {
+            const Match::Param &last = m.match.params.back();
+            if ((last.element->kind == ParamKind::json_text || last.element->kind == ParamKind::file) &&
+                !last.values.empty() && !last.values[0].empty())
+                return false;
+        }
+    }
+    if (before.empty() || std::isspace(static_cast<unsigned char>(before.back()))) return true;
+    for (const Candidate &c : candidates(before))
+        if (c.is_word && c.text != "<cr>") return true;
+    return false;
+}
 
 bool Shell::show_help(std::string_view before) const {
     // Watch's options and the filters after a "|" are qdsh's own, ahead of
@@ -479,12 +494,13 @@ bool Shell::queue_limit(const Match &match) {
         report_error("handler qdcli_interface_qoslimit_range_get is not available in " + library_.path());
         return false;
     }
+    const std::string &text = match.params.at(0).values.at(0);
     std::uint32_t value = 0;
-    parse_u32(match.params.at(0).values.at(0), value);
+    const bool fits = parse_u32(text, value);  // the grammar lets a number too large for 32 bits through
     std::uint32_t r[2] = {0, 0};
     range(nullptr, nullptr, r);
-    if (value < r[0] || value > r[1]) {
-        report_error("queue-limit " + std::to_string(value) + " is out of range: expected " + std::to_string(r[0]) +
+    if (!fits || value < r[0] || value > r[1]) {
+        report_error("queue-limit " + text + " is out of range: expected " + std::to_string(r[0]) +
                      " to " + std::to_string(r[1]));
         return false;
     }
@@ -514,23 +530,15 @@ bool Shell::clear_pfc(const Match &match) {
 }
 
 bool Shell::sim_show(const Match &match) {
-    nlohmann::ordered_json state;
-    try {
-        state = nlohmann::ordered_json::parse(qdsim::dump_state_json());
-    } catch (const std::exception &e) {
-        report_error(std::string("sim show: the model's state is not JSON: ") + e.what());
+    // The simulator looks the pointer up itself: a small part of a large
+    // chassis costs what it holds, not the whole state.
+    const std::string pointer = match.params.empty() ? std::string{} : match.params[0].values.at(0);
+    std::string value, error;
+    if (!qdsim::get_state_value(pointer, value, error)) {
+        report_error(error.starts_with("nothing at") ? "sim show: no value at " + in_quotes(pointer) : "sim show: " + error);
         return false;
     }
-    if (!match.params.empty()) {
-        const std::string &pointer = match.params[0].values.at(0);
-        try {
-            state = state.at(nlohmann::ordered_json::json_pointer(pointer));
-        } catch (const std::exception &) {
-            report_error("sim show: no value at " + in_quotes(pointer));
-            return false;
-        }
-    }
-    out(state.dump(2) + "\n");
+    out(value + "\n");
     std::fflush(stdout);
     return true;
 }

@@ -32,6 +32,11 @@ public:
 
     bool exit_requested() const { return exit_requested_; }
 
+    // Whether a "?" typed after `before` asks for help: as a word of its own
+    // or glued to the start of a command word; not inside double quotes,
+    // not inside a JSON value or file name under way, not glued to a value.
+    bool question_asks_help(std::string_view before) const;
+
     // Lists what may follow `before` (the "?" help); false when nothing may.
     bool show_help(std::string_view before) const;
 

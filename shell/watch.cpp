@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "watch.hpp"
 
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <termios.h>
 #include <time.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <csignal>
@@ -56,11 +61,51 @@ std::string rfc3339(std::time_t seconds, int millis) {
     return text;
 }
 
+// While a watch runs on a terminal, a key press is read at once and not
+// echoed: q ends the watch. Ctrl-C still raises SIGINT.
+class KeyReader {
+public:
+    KeyReader() {
+        if (isatty(STDIN_FILENO) != 1 || tcgetattr(STDIN_FILENO, &saved_) != 0) return;
+        termios raw = saved_;
+        raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+        raw.c_cc[VMIN] = 0;
+        raw.c_cc[VTIME] = 0;
+        active_ = tcsetattr(STDIN_FILENO, TCSANOW, &raw) == 0;
+    }
+    ~KeyReader() {
+        if (active_) tcsetattr(STDIN_FILENO, TCSANOW, &saved_);
+    }
+    KeyReader(const KeyReader &) = delete;
+    KeyReader &operator=(const KeyReader &) = delete;
+
+    // Waits up to `ns` nanoseconds for a key; true when q was pressed.
+    bool quit_within(long long ns) {
+        if (!active_) {
+            timespec ts{static_cast<time_t>(ns / 1000000000), static_cast<long>(ns % 1000000000)};
+            nanosleep(&ts, nullptr);
+            return false;
+        }
+        pollfd fd{STDIN_FILENO, POLLIN, 0};
+        if (poll(&fd, 1, static_cast<int>(std::min<long long>(ns / 1000000 + 1, 1000))) <= 0) return false;
+        char keys[64];
+        const ssize_t n = read(STDIN_FILENO, keys, sizeof keys);
+        for (ssize_t i = 0; i < n; ++i)
+            if (keys[i] == 'q' || keys[i] == 'Q') return true;
+        return n == 0 && (fd.revents & POLLHUP) != 0;
+    }
+
+private:
+    termios saved_{};
+    bool active_ = false;
+};
+
 class RealClock : public WatchClock {
 public:
     void start() override {
         origin_ = std::chrono::steady_clock::now();
         guard_ = std::make_unique<InterruptGuard>();
+        keys_ = std::make_unique<KeyReader>();
         qdsim::set_clock_mode(qdsim::ClockMode::real_time);
     }
     double now() override {
@@ -77,9 +122,7 @@ public:
         while (!g_interrupted && termination_signal() == 0) {
             const auto left = deadline - std::chrono::steady_clock::now();
             if (left <= std::chrono::steady_clock::duration::zero()) return true;
-            const auto ns = std::chrono::duration_cast<std::chrono::nanoseconds>(left).count();
-            timespec ts{static_cast<time_t>(ns / 1000000000), static_cast<long>(ns % 1000000000)};
-            nanosleep(&ts, nullptr);
+            if (keys_->quit_within(std::chrono::duration_cast<std::chrono::nanoseconds>(left).count())) return false;
         }
         return false;
     }
@@ -89,6 +132,7 @@ public:
     }
     void stop() override {
         qdsim::set_clock_mode(qdsim::ClockMode::per_command);
+        keys_.reset();
         guard_.reset();
     }
 
@@ -96,6 +140,7 @@ private:
     std::chrono::steady_clock::time_point origin_;
     std::chrono::system_clock::time_point stamp_;
     std::unique_ptr<InterruptGuard> guard_;
+    std::unique_ptr<KeyReader> keys_;
     double next_ = 0;
 };
 
@@ -119,6 +164,28 @@ public:
 private:
     std::uint64_t ticks_ = 0;
 };
+
+// The screen of a sample on a terminal: drawn from the top left over the
+// last one, cut to the terminal's height so that it never scrolls.
+std::string fit_screen(const std::string &screen) {
+    winsize size{};
+    const std::size_t rows = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 2 ? size.ws_row : 24;
+    std::string out = "\033[H";
+    std::size_t line = 0, from = 0, total = 0;
+    for (std::size_t i = 0; i < screen.size(); ++i) total += screen[i] == '\n';
+    while (from < screen.size()) {
+        const std::size_t nl = screen.find('\n', from);
+        const std::size_t end = nl == std::string::npos ? screen.size() : nl;
+        if (line + 1 == rows - 1 && total > rows - 1) {
+            out += "  ... " + std::to_string(total - line) + " more rows (q or Ctrl-C ends the watch; --nonzero keeps the rows that count)\033[K\n";
+            break;
+        }
+        out += screen.substr(from, end - from) + "\033[K\n";
+        ++line;
+        from = end + 1;
+    }
+    return out + "\033[J";
+}
 
 }  // namespace
 
@@ -150,11 +217,13 @@ bool run_watch(Shell &shell, AttributeLookup attrs, NameLookup names, const Watc
             std::string header = every + options.command + "    sample " + std::to_string(n);
             if (options.count > 0) header += " of " + std::to_string(options.count);
             if (n > 1) header += ", " + format_number(tracker.interval()) + " s after the last";
-            if (output.terminal) out += "\033[H\033[2J";
-            out += render_watch_text(header, samples, readings, output.terminal);
+            std::string screen = render_watch_text(header, samples, readings, output.terminal);
             for (const Document &e : document.value("errors", Document::array()))
-                out += "  error: " + e.value("message", std::string{}) + "\n";
-            if (!output.terminal) out += "\n";
+                screen += "  error: " + e.value("message", std::string{}) + "\n";
+            if (output.terminal)
+                out = fit_screen(screen);
+            else
+                out = screen + "\n";
         } else {
             const Document d = watch_document(document, samples, readings, clock.timestamp(), tracker.interval(), n);
             // XML samples are the children of one <qdsh> element, closed when

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "cli.hpp"
 #include "watch.hpp"
 
 namespace qdsh {
@@ -37,8 +38,9 @@ std::string row_of(const Sample &s) {
 
 const char kWatchUsage[] =
     "watch [--interval S | -n S] [--count N] [--nonzero] COMMAND\n"
-    "  Runs COMMAND every S seconds (default 2), N times or until Ctrl-C, and shows\n"
-    "  every counter with its delta since the last sample and its rate per second.\n"
+    "  Runs COMMAND every S seconds (default 2), N times or until q or Ctrl-C, and\n"
+    "  shows every counter with its delta since the last sample and its rate per\n"
+    "  second. It is never paged: on a terminal it refreshes the screen in place.\n"
     "  --nonzero leaves out the rows whose counters are all zero.\n";
 
 std::vector<std::string> split_words(const std::string &line) {
@@ -81,17 +83,27 @@ bool parse_watch_arguments(const std::vector<std::string> &words, WatchOptions &
             into = words[++i];
             return true;
         };
+        if (w == "--") {
+            ++i;
+            break;
+        }
+        const cli::Option *option = cli::find_option(cli::Scope::watch, w);
+        if (option == nullptr && !w.empty() && w[0] == '-') {
+            error = "watch: unknown option " + w + " (expected --interval S, --count N, --nonzero, -c COMMAND)";
+            return false;
+        }
+        if (option == nullptr) break;  // the command's first word
         std::string v;
-        if (w == "--interval" || w == "-n") {
-            if (!value(v)) return false;
+        if (option->value != cli::Value::none && !value(v)) return false;
+        const std::string_view id = option->long_name;
+        if (id == "--interval") {
             const std::optional<double> d = seconds_in(v, 0.1, 86400);
             if (!d) {
                 error = "watch: interval \"" + v + "\" is not a number of seconds from 0.1 to 86400";
                 return false;
             }
             o.interval = *d;
-        } else if (w == "--count") {
-            if (!value(v)) return false;
+        } else if (id == "--count") {
             char *end = nullptr;
             const long n = std::strtol(v.c_str(), &end, 10);
             if (v.empty() || *end != '\0' || n < 1 || n > 1000000000) {
@@ -99,24 +111,15 @@ bool parse_watch_arguments(const std::vector<std::string> &words, WatchOptions &
                 return false;
             }
             o.count = n;
-        } else if (w == "--nonzero") {
+        } else if (id == "--nonzero") {
             o.nonzero = true;
-        } else if (w == "-c" || w == "--command") {
-            if (!value(v)) return false;
+        } else if (id == "--command") {
             o.command = v;
             if (i + 1 < words.size()) {
                 error = "watch: nothing may follow " + w + " COMMAND, got \"" + words[i + 1] + "\"";
                 return false;
             }
             ++i;
-            break;
-        } else if (w == "--") {
-            ++i;
-            break;
-        } else if (!w.empty() && w[0] == '-') {
-            error = "watch: unknown option " + w + " (expected --interval S, --count N, --nonzero, -c COMMAND)";
-            return false;
-        } else {
             break;
         }
     }

@@ -20,6 +20,7 @@
 #include <cstring>
 #include <string>
 
+#include "qdcli/commands.h"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 #include "qdsim/sim.h"
@@ -41,14 +42,14 @@ int run(std::uint32_t cmd_id, std::int32_t (*handler)(cmd_paraminfo *)) {
 
 int printer_example() {
     std::puts("== show vaq no-credit-drops: through the printer ==");
-    const int status = run(36, process_qd_cli_show_vaq_drops_all);
+    const int status = run(QDCLI_CMD_SHOW_VAQ_DROPS, process_qd_cli_show_vaq_drops_all);
     std::printf("\nstatus %d\n", status);  // the report's last line has no newline
     return status;
 }
 
 int stdout_example() {
     std::puts("== show wrr-queue cos-map: on standard output ==");
-    const int status = run(17, qd_cli_show_wrrqueue_cosmap);
+    const int status = run(QDCLI_CMD_SHOW_WRRQUEUE_COSMAP, qd_cli_show_wrrqueue_cosmap);
     std::fflush(stdout);
     std::printf("status %d\n", status);
     return status;

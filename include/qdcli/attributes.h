@@ -65,6 +65,7 @@ enum qdcli_metric_type {
 #define QDCLI_ATTR_FLAG_ROW_START 0x1u /* a value of it starts a new row of its table */
 #define QDCLI_ATTR_FLAG_LIST 0x2u      /* printed once per element: its value is a list */
 #define QDCLI_ATTR_FLAG_STATE 0x4u     /* text of a fixed vocabulary: compare trimmed, lower case */
+#define QDCLI_ATTR_FLAG_OPTIONAL 0x8u  /* a row of its table may lack it (every other column is always there) */
 
 struct qdcli_attr_info {
     uint32_t id;
@@ -95,6 +96,9 @@ QDCLI_ATTR_API const struct qdcli_attr_info *qdcli_attr_catalogue(size_t *count)
 QDCLI_ATTR_API const struct qdcli_attr_info *qdcli_attr_find(uint32_t id);
 /* The entry of a name, or NULL (also for a NULL name). */
 QDCLI_ATTR_API const struct qdcli_attr_info *qdcli_attr_find_name(const char *name);
+/* The words a state attribute (QDCLI_ATTR_FLAG_STATE) takes, trimmed and in
+   lower case, as a NULL-terminated list; NULL for any other attribute. */
+QDCLI_ATTR_API const char *const *qdcli_attr_states(uint32_t id);
 
 #ifdef __cplusplus
 }

@@ -17,9 +17,8 @@ struct Narrow {
 
 // Ethernet queuing reply (daemon command 17) and the switch-wide stream:
 // per-group counters are 32-bit words, the uplink drops too; the onboard log
-// counts pause events in 32 bits. ingress_discards16 is not here: the model
-// keeps one discard count whose low 16 bits that field carries on purpose
-// (the report falls back to the 32-bit field when they read 0).
+// counts pause events in 32 bits. ingress_discards16 is the reply's 16-bit
+// discard field: a rate makes it wrap there, a value set must fit it.
 constexpr Narrow kNarrow[] = {
     {{"queuing", "qos_groups", "*", "counters", "rx_port_pkts"}, 32},
     {{"queuing", "qos_groups", "*", "counters", "ucast_to_xbar"}, 32},
@@ -27,6 +26,7 @@ constexpr Narrow kNarrow[] = {
     {{"queuing", "qos_groups", "*", "counters", "mcast_to_xbar"}, 32},
     {{"queuing", "qos_groups", "*", "counters", "mcast_from_xbar"}, 32},
     {{"queuing", "qos_groups", "*", "counters", "tx_port_pkts"}, 32},
+    {{"queuing", "qos_groups", "*", "counters", "ingress_discards16"}, 16},
     {{"queuing", "qos_groups", "*", "counters", "ingress_discards32"}, 32},
     {{"", "", "queuing", "counters", "vaq_uplink_mcast_drops"}, 32},
     {{"", "", "queuing", "counters", "vaq_uplink_err_drops"}, 32},

@@ -52,6 +52,7 @@ qd_cli_debug_show_all
 qdcli_attr_catalogue
 qdcli_attr_find
 qdcli_attr_find_name
+qdcli_attr_states
 EOF
 )
 
@@ -78,6 +79,9 @@ undefined=$(awk '$4 == "UND" { print $5 }' <<<"$syms" | sort -u)
 [ -z "$(comm -12 <(echo "$defined") <(echo "$ops"))" ] ||
   fail "platform operations defined by the library: $(comm -12 <(echo "$defined") <(echo "$ops") | paste -sd' ')"
 [ -z "$(only "$ops" "$undefined")" ] || fail "platform operations not referenced: $(only "$ops" "$undefined")"
+# The observer is the host's to offer or not: a weak reference.
+awk '$2 == "WEAK" && $4 == "UND" && $5 == "qdcli_observer_get"' <<<"$syms" | grep -q . ||
+  fail "qdcli_observer_get is not a weak undefined reference"
 
 # Only the C and C++ runtimes (and a sanitizer's) are needed; no -Bsymbolic.
 needed=$(readelf -d -W "$lib" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')

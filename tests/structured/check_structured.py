@@ -133,6 +133,108 @@ def check(where, scenario_args, command, cwd, validator, xsd):
     return doc
 
 
+def schemas_reject_mutations(validator, xsd, cwd):
+    """Real documents, each damaged in one way a faulty builder could damage
+    it: both schemas must refuse every one (XML Schema 1.0 cannot tie the
+    status to the errors: that pair is the JSON Schema's alone)."""
+    import copy
+    import xml.etree.ElementTree as ET
+    rc, out = run(["-o", "json", "-c", "show queuing interface ethernet1/1"], cwd)
+    doc = json.loads(out)
+    rc, xml_text = run(["-o", "xml", "-c", "show queuing interface ethernet1/1"], cwd)
+    row = "interfaces/interface/rx_queues/row"
+
+    def json_mutant(change):
+        d = copy.deepcopy(doc)
+        change(d, d["interfaces"][0]["rx_queues"][0])
+        return d
+
+    def xml_mutant(change):
+        root = ET.fromstring(xml_text.split("?>", 1)[1])
+        change(root, root.find(row))
+        return ET.tostring(root, encoding="unicode")
+
+    def drop(key):
+        return lambda d, r: r.pop(key)
+
+    def xml_drop(tag):
+        return lambda root, r: r.remove(r.find(tag))
+
+    def banana(d, r):
+        r["drop_type"] = "banana"
+
+    def xml_banana(root, r):
+        r.find("drop_type").text = "banana"
+    mutations = [
+        ("deleted counter", drop("rx_port_pkts"), xml_drop("rx_port_pkts")),
+        ("deleted index column", drop("rx_qos_group"), xml_drop("rx_qos_group")),
+        ("unknown state word", banana, xml_banana),
+        ("missing if_name", lambda d, r: d["interfaces"][0].pop("if_name"),
+         lambda root, r: root.find("interfaces/interface").remove(root.find("interfaces/interface/if_name"))),
+        ("empty row", lambda d, r: r.clear(), lambda root, r: [r.remove(c) for c in list(r)]),
+        ("ok with errors", lambda d, r: d["errors"].append({"kind": "receive", "message": "lost"}), None),
+        ("failed without errors", lambda d, r: d.update(status="failed"), None),
+    ]
+    for name, change, xml_change in mutations:
+        if validator.is_valid(json_mutant(change)):
+            fail("schema", f"the JSON Schema accepts a document with a {name}")
+        if xml_change is None:
+            continue
+        p = subprocess.run([XMLLINT, "--noout", "--schema", xsd, "-"], input=xml_mutant(xml_change),
+                           capture_output=True, text=True)
+        if p.returncode == 0:
+            fail("schema", f"the XML Schema accepts a document with a {name}")
+
+
+def reproductions(cwd):
+    """What users met when documents were read back from text."""
+    e1 = "/interfaces/Ethernet1~11"
+    # The extended report's two rows per line: a CoS's queue, and the
+    # scheduling of the queue numbered like the CoS.
+    rc, out = run(["-o", "json", "--compact", "-c", f"sim set {e1}/extended/cos_to_queue [7,6,5,4,3,2,1,0]",
+                   "-c", "show queuing interface ethernet1/1 extended"], cwd)
+    ext = json.loads(out.splitlines()[-1])
+    iface = ext["interfaces"][0]
+    queues = {q["ext_queue"]: q for q in iface["ingress_queues"]}
+    if {c["ext_cos"]: c["ext_cos_queue"] for c in iface["cos_map"]}.get(6) != 1:
+        fail("extended", f"cos 6 should go to queue 1: {iface['cos_map']}")
+    if queues[1]["ext_sched"] != "dwrr" or queues[6]["ext_sched"] != "sp" or queues[6].get("ext_sp_level") != 2:
+        fail("extended", f"queue scheduling: {iface['ingress_queues']}")
+    # Two extenders' internal statistics stay apart, under their interfaces.
+    rc, out = run(["-o", "json", "--compact", "-c", "show system internal qd extender-stats interface ethernet1/48",
+                   "-c", "show system internal qd extender-stats interface ethernet2/48"], cwd)
+    names = [json.loads(l)["interfaces"][0]["if_name"] for l in out.splitlines()]
+    if names != ["Ethernet1/48", "Ethernet2/48"]:
+        fail("extender statistics", f"subjects {names}")
+    # Unsupported subjects of a walk do not fail it; a named one does, and says so.
+    p = subprocess.run([QDSH, "-c", "show queuing interface"], cwd=cwd, capture_output=True, text=True)
+    if p.returncode != 0 or "qdsh: Ethernet2/24: " not in p.stderr or "qdsh: Ethernet101/1/43: " not in p.stderr:
+        fail("walk", f"exit {p.returncode}, standard error {p.stderr[:300]}")
+    p = subprocess.run([QDSH, "-c", "show queuing interface ethernet2/24"], cwd=cwd, capture_output=True, text=True)
+    if p.returncode != 1 or not p.stderr.startswith("qdsh: Ethernet2/24: "):
+        fail("named unsupported interface", f"exit {p.returncode}, standard error {p.stderr[:300]}")
+    p = subprocess.run([QDSH, "-o", "prometheus", "-c", "show vaq no-credit-drops"], cwd=cwd, capture_output=True, text=True)
+    if p.returncode != 0:
+        fail("extender drops as metrics", f"exit {p.returncode}")
+    # A bad filter in structured output still gives a document, a failed one.
+    p = subprocess.run([QDSH, "-o", "json", "-c", "show queuing interface ethernet1/1 | include ("], cwd=cwd,
+                       capture_output=True, text=True)
+    if p.returncode != 1 or json.loads(p.stdout)["status"] != "failed":
+        fail("bad filter", f"exit {p.returncode}: {p.stdout[:200]}")
+    # The 16-bit discard count wraps at 16 bits in watch, and takes no wider value.
+    c = f"{e1}/queuing/qos_groups/0"
+    rc, out = run(["--simulated-clock", "-o", "json", "--compact",
+                   "-c", f"sim set {c}/rates/counters {{\"ingress_discards16\": 10}}",
+                   "-c", f"sim set {c}/counters/ingress_discards16 65530",
+                   "-c", "watch --interval 1 --count 2 show queuing interface ethernet1/1"], cwd)
+    row = json.loads(out.splitlines()[-1])["interfaces"][0]["rx_queues"][0]
+    if row["ingress_discards"] != 4 or row["deltas"]["ingress_discards"] != 10 or "restarted" in row:
+        fail("16-bit wrap", f"65530 + 10 read as {row['ingress_discards']}, delta {row.get('deltas')}")
+    rc, out = run(["-c", f"sim set {c}/counters/ingress_discards16 70000"], cwd)
+    if rc != 1:
+        fail("sim set", "a value wider than its 16-bit field is taken")
+
+
 def main():
     with open(os.path.join(SCHEMA_DIR, "qdcli-document.schema.json")) as f:
         schema = json.load(f)
@@ -174,6 +276,17 @@ def main():
         if json.loads(out)["interfaces"][0]["if_name"] != "Ethernet1/1":
             fail("| json", "no document")
 
+        # The samples of watch, in both forms.
+        watch = ["--simulated-clock", "--compact", "-c", "watch --interval 1 --count 2 show queuing interface ethernet1/1"]
+        rc, out = run(["-o", "json"] + watch, work)
+        for sample in out.splitlines():
+            for error in validator.iter_errors(json.loads(sample)):
+                fail("watch sample", error.message[:200])
+        rc, out = run(["-o", "xml"] + watch, work)
+        p = subprocess.run([XMLLINT, "--noout", "--schema", xsd, "-"], input=out, capture_output=True, text=True)
+        if p.returncode != 0:
+            fail("watch sample", "XML: " + p.stderr[:300])
+
         # Key values, and the same type whatever the number of rows.
         eth = docs[("default", "show queuing interface ethernet1/1")]
         if eth is not None:
@@ -214,7 +327,7 @@ def main():
         tables = {k[len("table_"):] for k in schema["$defs"] if k.startswith("table_")}
         for t in tables:
             props(schema["$defs"]["table_" + t], declared)
-        structural = {"command", "status", "text_only", "interfaces", "lines", "errors", "interface", "extender", "message"}
+        structural = {"command", "status", "text_only", "interfaces", "lines", "unsupported", "errors", "kind", "message"}
         seen = set()
 
         def keys(value):
@@ -230,9 +343,13 @@ def main():
         unknown = seen - declared - tables - structural
         if unknown:
             fail("catalogue", f"printed but not catalogued: {sorted(unknown)}")
-        never = declared - seen
+        # Stream attributes the simulated daemon never sends (the alternative
+        # limits of another stream layout, a threshold no scenario sets).
+        never = declared - seen - {"sw_buffer_threshold", "sw_queue_limit_tx_alt", "sw_queue_limit_rx_alt"}
         if never:
             fail("catalogue", f"catalogued but never printed: {sorted(never)}")
+        schemas_reject_mutations(validator, xsd, work)
+        reproductions(work)
         unsupported = docs[("default", "show queuing interface ethernet9/9")]
         if unsupported is not None and unsupported["status"] != "failed":
             fail("unknown interface", "not failed")

@@ -24,6 +24,7 @@ foreach(path
     ${INCLUDEDIR}/qdcli/platform.h
     ${INCLUDEDIR}/qdcli/wire.h
     ${INCLUDEDIR}/qdcli/handlers.h
+    ${INCLUDEDIR}/qdcli/commands.h
     ${LIBDIR}/cmake/qdcli/qdcliConfig.cmake
     ${LIBDIR}/cmake/qdcli/qdcliConfigVersion.cmake
     ${LIBDIR}/cmake/qdcli/qdcliTargets.cmake
@@ -88,6 +89,16 @@ foreach(path
   endif()
 endforeach()
 
+# The installed scenarios' README links only to files that are installed.
+file(READ "${PREFIX}/share/qdcli/scenarios/README.md" scenarios_readme)
+string(REGEX MATCHALL "\\]\\([^)#]+" links "${scenarios_readme}")
+foreach(link ${links})
+  string(SUBSTRING "${link}" 2 -1 target)
+  if(NOT target MATCHES "^[a-z]+:" AND NOT EXISTS "${PREFIX}/share/qdcli/scenarios/${target}")
+    fail("share/qdcli/scenarios/README.md links to ${target}, which is not installed")
+  endif()
+endforeach()
+
 function(run_checked what)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
   if(NOT rc EQUAL 0)
@@ -118,8 +129,11 @@ check_host_output(find_package)
 if(PKG_CONFIG AND MAKE_PROGRAM)
   file(MAKE_DIRECTORY "${HOST_BINARY}/make")
   file(COPY "${HOST_SOURCE}/host.cpp" "${HOST_SOURCE}/Makefile" DESTINATION "${HOST_BINARY}/make")
-  set(ENV{PKG_CONFIG_PATH} "${PREFIX}/${LIBDIR}/pkgconfig")
+  # As the README writes it: PKG_CONFIG_PATH on make's command line, not in
+  # the environment.
+  unset(ENV{PKG_CONFIG_PATH})
   run_checked("building the example host with make" "${MAKE_PROGRAM}" -C "${HOST_BINARY}/make"
+    "PKG_CONFIG_PATH=${PREFIX}/${LIBDIR}/pkgconfig"
     "CXX=${CXX_COMPILER}" "PKG_CONFIG=${PKG_CONFIG}" "CXXFLAGS=-O2 -Wall -Wextra ${CXX_FLAGS}")
   run_checked("the example host (make)" "${HOST_BINARY}/make/qdcli_example_host")
   check_host_output(pkg-config)
