@@ -147,30 +147,6 @@ TEST(LineContext, WatchOptionsCommandAndFilters) {
 
 // ---- Deltas and counts ----
 
-TEST(CounterDelta, WrapsAndClears) {
-    struct Case {
-        std::uint64_t previous, current;
-        unsigned width;
-        std::uint64_t delta;
-        bool wrapped, restarted;
-    } cases[] = {
-        {100, 150, 32, 50, false, false},
-        {4294967290u, 4, 32, 10, true, false},                  // wrapped at 2^32
-        {1000000000u, 5, 32, 5, false, true},                  // cleared: wrapping would be 3.3e9
-        {100, 5, 32, 5, false, true},                          // cleared
-        {18446744073709551610ull, 4, 64, 4, false, true},      // 64-bit: a clear
-        {65530, 20, 16, 26, true, false},                      // wrapped at 2^16
-        {5000000000ull, 7, 32, 7, false, true},                // above 32 bits: not a 32-bit wrap
-        {7, 7, 32, 0, false, false},
-    };
-    for (const Case &c : cases) {
-        const qdsh::Delta d = qdsh::counter_delta(c.previous, c.current, c.width);
-        EXPECT_EQ(d.delta, c.delta) << c.previous << " -> " << c.current;
-        EXPECT_EQ(d.wrapped, c.wrapped) << c.previous << " -> " << c.current;
-        EXPECT_EQ(d.restarted, c.restarted) << c.previous << " -> " << c.current;
-    }
-}
-
 // The exporter's counts: monotonic across wraps, a reset where the switch
 // cleared, and forgotten after the series is gone for `keep` rounds.
 TEST(CounterState, CountsCarryOnAcrossWraps) {
@@ -182,6 +158,8 @@ TEST(CounterState, CountsCarryOnAcrossWraps) {
         {"32-bit, two wraps", 32, {4294967000u, 200, 4294967000u, 5}, {4294967000u, 4294967496u, 8589934296u, 8589934597u}},
         {"16-bit wrap then clear", 16, {65000, 100, 3}, {65000, 65636, 3}},
         {"64-bit passes through", 64, {1, 18446744073709551615ull, 2}, {1, 18446744073709551615ull, 2}},
+        {"32-bit, too far to be a wrap: a clear", 32, {1000000000u, 5, 7}, {1000000000u, 5, 7}},
+        {"above 32 bits: no 32-bit wrap", 32, {5000000000ull, 7}, {5000000000ull, 7}},
     };
     for (const Case &c : cases) {
         qdsh::CounterState state;
@@ -224,9 +202,11 @@ TEST(Samples, IdentityLabelsConstantsAndConfiguration) {
         "interfaces": [{"if_name": "E1/1", "q_size": -1, "rx_port_pkts": "12", "unknown_pkts": 4,
                         "queues": [{"queue_name": "ctrl-hi", "queue_cos": [6, 7], "drop_type": "drop", "q_size": 5,
                                     "pass_ch0": 1, "pass_ch1": 2}]}],
+        "n2h": [{"if_name": "E1/48", "vaq": 101, "n2h_idx": 0, "n2h_rcvd": 5}, {"if_name": "E2/48", "vaq": 102, "n2h_idx": 0, "n2h_rcvd": 6}],
         "errors": [{"if_name": "E1/2", "kind": "send", "q_size": 4}], "unsupported": [{"if_name": "E1/3", "q_size": 9}]})");
+    const std::vector<qdsh::Sample> samples = qdsh::collect_samples(d, find);
     std::vector<std::string> keys;
-    for (const qdsh::Sample &s : qdsh::collect_samples(d, find)) keys.push_back(s.key() + " " + std::to_string(s.value));
+    for (const qdsh::Sample &s : samples) keys.push_back(s.key() + " " + std::to_string(s.value));
     EXPECT_EQ(keys, (std::vector<std::string>{
                         "qdcli_no_credit_drops{extender=\"101\",ss=\"2\"} 3",
                         // The CoS list is configuration: an _info series, not a label of the values.
@@ -235,15 +215,12 @@ TEST(Samples, IdentityLabelsConstantsAndConfiguration) {
                         "qdcli_q_size_bytes{interface=\"E1/1\",queue=\"ctrl-hi\"} 5",
                         "qdcli_passed{interface=\"E1/1\",queue=\"ctrl-hi\",channel=\"0\"} 1",
                         "qdcli_passed{interface=\"E1/1\",queue=\"ctrl-hi\",channel=\"1\"} 2",
+                        // Extender statistics rows that name their subject are told apart.
+                        "qdcli_hif_rcvd{interface=\"E1/48\",extender=\"101\",port=\"0\",direction=\"n2h\"} 5",
+                        "qdcli_hif_rcvd{interface=\"E2/48\",extender=\"102\",port=\"0\",direction=\"n2h\"} 6",
                     }));
-    // Extender statistics rows that name their subject are told apart.
-    const Document stats = Document::parse(R"({"n2h": [{"if_name": "E1/48", "vaq": 101, "n2h_idx": 0, "n2h_rcvd": 5},
-                                                       {"if_name": "E2/48", "vaq": 102, "n2h_idx": 0, "n2h_rcvd": 6}]})");
-    const std::vector<qdsh::Sample> s = qdsh::collect_samples(stats, find);
-    ASSERT_EQ(s.size(), 2u);
-    EXPECT_EQ(s[0].key(), "qdcli_hif_rcvd{interface=\"E1/48\",extender=\"101\",port=\"0\",direction=\"n2h\"}");
-    EXPECT_TRUE(qdsh::repeated_series(s).empty());
-    EXPECT_EQ(qdsh::repeated_series({s[0], s[1], s[0], s[0]}), std::vector<std::string>{s[0].key()});
+    EXPECT_TRUE(qdsh::repeated_series(samples).empty());
+    EXPECT_EQ(qdsh::repeated_series({samples[0], samples[1], samples[0], samples[0]}), std::vector<std::string>{samples[0].key()});
 }
 
 TEST(Health, ErrorsByKindAndUnsupportedSubjects) {
@@ -256,10 +233,8 @@ TEST(Health, ErrorsByKindAndUnsupportedSubjects) {
     } cases[] = {
         {R"({"status": "ok", "errors": [], "unsupported": [{"if_name": "E1/1", "kind": "not_supported"}, {"if_name": "E1/2"}]})", true, true, {}, 2},
         {R"({"errors": [{"if_name": "E1/1", "kind": "send"}, {"if_name": "E1/2", "kind": "send"}, {"kind": "truncated"}]})", false, false, {{"send", 2}, {"truncated", 1}}, 0},
-        {R"({"errors": [{"message": "no kind"}]})", false, false, {{"unknown", 1}}, 0},
         {R"({"errors": []})", false, false, {{"failed", 1}}, 0},
         {R"({"errors": [{"kind": "refused"}]})", true, false, {{"refused", 1}}, 0},
-        {R"("not an object")", true, true, {}, 0},
     };
     for (const Case &c : cases) {
         const qdsh::CommandHealth h = qdsh::command_health(Document::parse(c.document), c.outcome_ok);
@@ -301,21 +276,15 @@ TEST(Exposition, BothDialects) {
     std::vector<qdsh::Sample> twice = s;
     twice.insert(twice.end(), s.begin(), s.end());
     EXPECT_EQ(qdsh::write_exposition(twice, {}, qdsh::Exposition::prometheus), prom);
-    // The exporter's counters: carried on across the wrap of a 32-bit one.
-    qdsh::CounterState state;
-    std::vector<qdsh::Sample> before = qdsh::collect_samples(queues(7, 4294967290u, 9), find);
-    qdsh::carry_counters(before, state);
-    std::vector<qdsh::Sample> after = qdsh::collect_samples(queues(8, 4, 9), find);
-    qdsh::carry_counters(after, state);
-    EXPECT_EQ(after[3].info->name, std::string("ingress_discards"));
-    EXPECT_EQ(after[3].value, 4294967300u);
-    // A row that says its counter is 16 bits wide wraps there.
+    // The exporter's counts: a row that says its counter is 16 bits wide wraps there.
     const auto narrow = [&](int v) {
         return qdsh::collect_samples(Document::parse(R"({"rx_queues": [{"rx_qos_group": 0, "ingress_discards_bits": 16,
                                                          "ingress_discards": )" + std::to_string(v) + "}]}"), find);
     };
-    qdsh::carry_counters(before = narrow(65530), state);
-    qdsh::carry_counters(after = narrow(4), state);
+    qdsh::CounterState state;
+    std::vector<qdsh::Sample> before = narrow(65530), after = narrow(4);
+    qdsh::carry_counters(before, state);
+    qdsh::carry_counters(after, state);
     EXPECT_EQ(after[0].value, 65540u);
 }
 
