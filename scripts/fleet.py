@@ -211,13 +211,14 @@ def main():
                     "failing_commands": scalar(web, 'count(qdcli_scrape_command_success == 0) or vector(0)'),
                     "collection_errors": scalar(web, "sum(qdcli_collection_errors_total) or vector(0)"),
                 },
-                "alerts_firing": sorted({(a["metric"]["alertname"], a["metric"].get("instance", "")) for a in fired}),
+                "alerts_firing": {name: len({a["metric"]["instance"] for a in fired if a["metric"]["alertname"] == name})
+                                  for name in sorted({a["metric"]["alertname"] for a in fired})},  # switches each
                 "pause_storm_alerts": storms,
             }
-            print(json.dumps(report, indent=2, default=list))
+            print(json.dumps(report, indent=2))
             if args.json:
                 with open(args.json, "w") as f:
-                    json.dump(report, f, indent=2, default=list)
+                    json.dump(report, f, indent=2)
             ok = len(storms) == 1 and storms[0].get("instance") == storm
             if not ok:
                 print(f"fleet: the pause-storm alert should fire on {storm} alone: {storms}", file=sys.stderr)
