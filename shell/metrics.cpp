@@ -42,9 +42,9 @@ std::string label_value(const Document &v) {
 }
 
 // The constant labels of a catalogue entry, "direction=n2h,channel=0".
-void add_constants(const char *spec, Labels &labels) {
-    if (spec == nullptr) return;
-    std::string_view rest(spec);
+void add_constants(const char *text, Labels &labels) {
+    if (text == nullptr) return;
+    std::string_view rest(text);
     while (!rest.empty()) {
         const std::string_view item = rest.substr(0, rest.find(','));
         rest.remove_prefix(std::min(rest.size(), item.size() + 1));
