@@ -12,8 +12,9 @@
 set -euo pipefail
 
 lib=(cmake g++ make)
-# qdsh links cpp-httplib for its exporter (qdsh serve).
-run=("${lib[@]}" pkg-config nlohmann-json3-dev libedit-dev libcpp-httplib-dev)
+# qdsh links libmicrohttpd for its exporter (qdsh serve) and RE2 for its
+# output filters (linear-time matching of typed patterns).
+run=("${lib[@]}" pkg-config nlohmann-json3-dev libedit-dev libmicrohttpd-dev libre2-dev)
 # The tests: GoogleTest, the docs and man page, the validators of structured
 # output, the Prometheus server and parser of the exporter's tests, python3
 # for the test scripts and the mutation check, tmux for the terminal tests

@@ -11,6 +11,8 @@
 #   scripts/perf.sh --quick    # fewer repetitions
 #   QDPERF_OUT=DIR scripts/perf.sh   # results elsewhere than docs/perf
 set -euo pipefail
+# Whatever fails says so, with the command that failed.
+trap 'echo "perf.sh: failed (exit $?) at line $LINENO: $BASH_COMMAND" >&2' ERR
 cd "$(dirname "$0")/.."
 root=$PWD
 quick=0
@@ -45,11 +47,17 @@ for size in 192 3072 12288; do
     3072) scenario=(--scenario "$chassis/3072.json") ;;
     12288) scenario=(--scenario "$chassis/12288.json") ;;
   esac
-  for what in load show; do
-    cmd="show wrr-queue cos-map"
-    [ $what = show ] && cmd="show queuing interface"
+  # load: the chassis and one small command; show: the whole-chassis report
+  # as text, json and xml (a command that fails ends the script, saying so).
+  for what in load show json xml; do
+    cmd="show queuing interface"
+    format=()
+    case $what in
+      load) cmd="show wrr-queue cos-map" ;;
+      json | xml) format=(-o "$what") ;;
+    esac
     for _ in $(seq $reps); do
-      /usr/bin/time -f "%e %U %M" -o "$work/time.txt" build-bench/shell/qdsh "${scenario[@]}" -c "$cmd" >"$work/out.txt"
+      /usr/bin/time -f "%e %U %M" -o "$work/time.txt" build-bench/shell/qdsh "${scenario[@]}" "${format[@]}" -c "$cmd" >"$work/out.txt"
       printf '%s\t%s\t%s\t%s\n' "$size" "$what" "$(cat "$work/time.txt")" "$(wc -c <"$work/out.txt")" >>"$work/runs.tsv"
     done
   done

@@ -14,6 +14,7 @@ CHASSIS_RATIO = 3.0     # whole-chassis show queuing interface, simulator includ
 STARTUP_MS = 20.0       # qdsh start-up on the default switch
 LOAD_MS = 50.0          # large chassis (3,072 interfaces) load
 KB_PER_INTERFACE = 4.0  # large chassis peak memory per interface beyond the default switch
+SHOW_PEAK_RATIO = 1.5   # whole-chassis report's peak against the load-only peak, every output form
 
 
 def medians(path):
@@ -98,11 +99,11 @@ def main():
     say()
     say("| Interfaces | Run | Wall s | User s | Peak MB | Output |")
     say("|---:|---|---:|---:|---:|---:|")
-    for (size, what), (wall, user, peak, size_out) in sorted(runs.items()):
-        run = "load only" if what == "load" else "`show queuing interface`"
-        say(f"| {size} | {run} | {wall:.2f} | {user:.2f} | {peak / 1024:.1f} | "
-            f"{size_out / 1024:.0f} KB |" if what == "show" else
-            f"| {size} | {run} | {wall:.2f} | {user:.2f} | {peak / 1024:.1f} | — |")
+    forms = {"load": "load only", "show": "`show queuing interface`, text", "json": "the same, `-o json`",
+             "xml": "the same, `-o xml`"}
+    for (size, what), (wall, user, peak, size_out) in sorted(runs.items(), key=lambda r: (r[0][0], list(forms).index(r[0][1]))):
+        say(f"| {size} | {forms[what]} | {wall:.2f} | {user:.2f} | {peak / 1024:.1f} | "
+            + (f"{size_out / 1024:.0f} KB |" if what != "load" else "— |"))
 
     # Targets.
     say()
@@ -129,6 +130,13 @@ def main():
         per = (runs[(3072, "load")][2] - runs[(192, "load")][2]) / (3072 - 192)
         say(f"- large chassis under {KB_PER_INTERFACE:.0f} KB per interface: {verdict(per < KB_PER_INTERFACE)} "
             f"({per:.1f} KB per interface beyond the default switch's peak)")
+    for size in (3072, 12288):
+        if (size, "load") not in runs:
+            continue
+        load = runs[(size, "load")][2]
+        worst = max((runs[(size, w)][2] / load, w) for w in ("show", "json", "xml") if (size, w) in runs)
+        say(f"- whole-chassis report ({size}) within {SHOW_PEAK_RATIO}× the load-only peak in text, JSON and XML: "
+            f"{verdict(worst[0] <= SHOW_PEAK_RATIO)} (worst {worst[1]} at {worst[0]:.2f}×)")
     growth = [(b.get("peak_growth_kb", 0), n) for n, b in chassis.items() if "peak_growth_kb" in b]
     if growth:
         g = max(growth)

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cctype>
+#include <cstdint>
 #include <deque>
 
 namespace qdsh {
@@ -23,6 +24,11 @@ constexpr std::array<FilterName, 6> kFilters{{
     {"json", PipeSegment::Kind::json, false},
     {"xml", PipeSegment::Kind::xml, false},
 }};
+
+// A typed pattern is short; these bound what a compiled one may take.
+constexpr std::size_t kMaxPatternBytes = 4096;
+constexpr std::size_t kMaxSegments = 32;
+constexpr std::int64_t kMaxPatternMemory = std::int64_t{8} << 20;
 
 std::string_view trim(std::string_view s) {
     while (!s.empty() && std::isspace(static_cast<unsigned char>(s.front()))) s.remove_prefix(1);
@@ -126,6 +132,10 @@ Pipeline split_pipeline(std::string_view line) {
         return p;
     }
     if (parts.size() == 1) return p;
+    if (parts.size() - 1 > kMaxSegments) {
+        p.error = "more than " + std::to_string(kMaxSegments) + " filters after one command";
+        return p;
+    }
     if (p.command.empty()) {
         p.error = "nothing before \"|\": a filter follows a command";
         return p;
@@ -167,12 +177,20 @@ Pipeline split_pipeline(std::string_view line) {
                 p.error = "\"| " + std::string(found->name) + "\": a quoted pattern must end with its quote: " + std::string(rest);
                 return p;
             }
-            try {
-                s.regex = std::regex(s.pattern, std::regex::ECMAScript);
-            } catch (const std::regex_error &e) {
-                p.error = "\"| " + std::string(found->name) + "\": bad regular expression \"" + s.pattern + "\": " + e.what();
+            if (s.pattern.size() > kMaxPatternBytes) {
+                p.error = "\"| " + std::string(found->name) + "\": the regular expression is longer than " +
+                          std::to_string(kMaxPatternBytes) + " bytes";
                 return p;
             }
+            RE2::Options options;
+            options.set_log_errors(false);  // the error is ours to tell, not written to stderr
+            options.set_max_mem(kMaxPatternMemory);
+            auto regex = std::make_shared<const re2::RE2>(s.pattern, options);
+            if (!regex->ok()) {
+                p.error = "\"| " + std::string(found->name) + "\": bad regular expression \"" + s.pattern + "\": " + regex->error();
+                return p;
+            }
+            s.regex = std::move(regex);
         }
         p.segments.push_back(std::move(s));
     }
@@ -188,7 +206,11 @@ std::string filter_help() {
            "  xml                      The command's document as XML\n";
 }
 
-std::string apply_filters(std::string_view text, const std::vector<PipeSegment> &segments) {
+std::string apply_filters(std::string_view text, const std::vector<PipeSegment> &segments, bool (*stop)()) {
+    const auto stopped = [stop] { return stop != nullptr && stop(); };
+    const auto found = [](std::string_view line, const PipeSegment &s) {
+        return re2::RE2::PartialMatch(re2::StringPiece(line.data(), line.size()), *s.regex);
+    };
     std::vector<std::string_view> lines;
     while (!text.empty()) {
         const std::size_t nl = text.find('\n');
@@ -202,14 +224,17 @@ std::string apply_filters(std::string_view text, const std::vector<PipeSegment> 
         case PipeSegment::Kind::include:
         case PipeSegment::Kind::exclude: {
             const bool want = s.kind == PipeSegment::Kind::include;
-            for (std::string_view l : lines)
-                if (std::regex_search(l.begin(), l.end(), s.regex) == want) kept.push_back(l);
+            for (std::string_view l : lines) {
+                if (stopped()) return {};
+                if (found(l, s) == want) kept.push_back(l);
+            }
             break;
         }
         case PipeSegment::Kind::begin: {
             bool on = false;
             for (std::string_view l : lines) {
-                on = on || std::regex_search(l.begin(), l.end(), s.regex);
+                if (!on && stopped()) return {};
+                on = on || found(l, s);
                 if (on) kept.push_back(l);
             }
             break;

@@ -5,11 +5,13 @@
 // output as structured text before the text filters see it.
 #pragma once
 
+#include <memory>
 #include <optional>
-#include <regex>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <re2/re2.h>
 
 namespace qdsh {
 
@@ -17,7 +19,7 @@ struct PipeSegment {
     enum class Kind { include, exclude, begin, count, json, xml };
     Kind kind = Kind::count;
     std::string pattern;  // the regular expression as written (include, exclude, begin)
-    std::regex regex;
+    std::shared_ptr<const re2::RE2> regex;  // compiled once; shared by copies of the segment
 };
 
 struct Pipeline {
@@ -48,6 +50,12 @@ std::string filter_help();
 
 // Applies the text filters of `segments` in order to `text`, line by line
 // (a last line without "\n" counts as a line and is given one).
-std::string apply_filters(std::string_view text, const std::vector<PipeSegment> &segments);
+//
+// Patterns come from whoever types the line, so they run on an engine made
+// for untrusted patterns (RE2 syntax: no backreferences, no lookaround): a
+// match takes time linear in the line whatever the pattern, with no
+// recursion and bounded memory. `stop` is asked between lines; when it says
+// yes (Ctrl-C, a termination signal) the filtering ends with what it has.
+std::string apply_filters(std::string_view text, const std::vector<PipeSegment> &segments, bool (*stop)() = nullptr);
 
 }  // namespace qdsh

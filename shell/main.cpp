@@ -172,7 +172,7 @@ public:
             options.capture_text = pipe.has_text_filters();
             const qdsh::CommandOutcome outcome = qdsh::run_command(shell_, line, lookup_, options);
             if (pipe.has_text_filters()) {
-                const std::string out = qdsh::apply_filters(outcome.text, pipe.segments);
+                const std::string out = qdsh::apply_filters(outcome.text, pipe.segments, qdsh::stop_requested);
                 std::fwrite(out.data(), 1, out.size(), stdout);
             }
             // The library's messages carry no newline of their own (a switch's
@@ -595,6 +595,7 @@ int main(int argc, char **argv) {
             status = qdsh::run_serve(shell, lookup, ops.names, serve);
         qdsim::set_command_runner(nullptr);
         qdsim::shutdown();
+        if (qdsh::termination_signal() != 0) qdsh::end_by_signal();
         return status;
     }
     if (options.subcommand == "watch") {

@@ -34,7 +34,8 @@ bool load_serve_config(const std::string &path, ServeOptions &options, std::stri
 // The exposition dialect an Accept header asks for.
 Exposition dialect_for(const std::string &accept);
 
-// Serves until SIGTERM or SIGINT; returns the process's exit status.
+// Serves until SIGTERM, SIGINT or SIGHUP; returns the process's exit status
+// (after a signal, termination_signal() tells which: the caller ends by it).
 int run_serve(Shell &shell, AttributeLookup attrs, NameLookup names, const ServeOptions &options);
 
 }  // namespace qdsh

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "shell.hpp"
 
+#include "model/json_input.hpp"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -34,6 +36,30 @@ using RecordCallback = std::int32_t (*)(void *, void *, std::uint32_t *);
 
 void out(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+// JSON text for a terminal: the dump escapes C0 controls already; DEL and
+// the C1 controls (U+0080-U+009F, only ever inside strings) become \u
+// escapes as well, so the text stays the same JSON.
+std::string terminal_json(const std::string &dump) {
+    std::string out;
+    out.reserve(dump.size());
+    for (std::size_t i = 0; i < dump.size(); ++i) {
+        const auto b = static_cast<unsigned char>(dump[i]);
+        if (b == 0x7f) {
+            out += "\\u007f";
+        } else if (b == 0xc2 && i + 1 < dump.size() && static_cast<unsigned char>(dump[i + 1]) <= 0x9f &&
+                   static_cast<unsigned char>(dump[i + 1]) >= 0x80) {
+            static constexpr char kHex[] = "0123456789abcdef";
+            const auto c = static_cast<unsigned char>(dump[++i]);
+            out += "\\u00";
+            out += kHex[c >> 4];
+            out += kHex[c & 0xf];
+        } else {
+            out += static_cast<char>(b);
+        }
+    }
+    return out;
 }
 
 std::string in_quotes(std::string_view s) {
@@ -138,18 +164,10 @@ void report_error(const std::string &message) {
 void write_error(const std::string &message) {
     std::fflush(stdout);
     // Written whole, whatever it holds: a NUL from piped input does not cut
-    // it short, and the control bytes of a line echoed back cannot drive the
-    // terminal (shown as \xNN). A % is text.
-    std::string text = "qdsh: ";
-    for (const char c : message) {
-        const auto byte = static_cast<unsigned char>(c);
-        if ((byte < 0x20 && c != '\n' && c != '\t') || byte == 0x7f) {
-            static constexpr char kHex[] = "0123456789abcdef";
-            text += {'\\', 'x', kHex[byte >> 4], kHex[byte & 0xf]};
-        } else {
-            text += c;
-        }
-    }
+    // it short, and no byte of a line echoed back, a scenario or a reply can
+    // drive the terminal (controls, C1 and bytes that are not UTF-8 are
+    // shown as \xNN). A % is text.
+    std::string text = "qdsh: " + qdsim::terminal_safe(message);
     text += '\n';
     std::fwrite(text.data(), 1, text.size(), stderr);
     std::fflush(stderr);
@@ -538,7 +556,7 @@ bool Shell::sim_show(const Match &match) {
         report_error(error.starts_with("nothing at") ? "sim show: no value at " + in_quotes(pointer) : "sim show: " + error);
         return false;
     }
-    out(value + "\n");
+    out(terminal_json(value) + "\n");
     std::fflush(stdout);
     return true;
 }
@@ -581,7 +599,7 @@ void Shell::sim_interfaces() const {
                      [](const qdsim::InterfaceInfo &a, const qdsim::InterfaceInfo &b) { return natural_less(a.name, b.name); });
     for (const qdsim::InterfaceInfo &i : list) {
         // A name of any length: padded to 25, never cut.
-        std::string name = i.name;
+        std::string name = qdsim::terminal_safe(i.name);
         if (name.size() < 25) name.resize(25, ' ');
         char rest[64];
         std::snprintf(rest, sizeof rest, " 0x%08x  %u %s%s\n", i.if_index, i.type, type_name(i.type),

@@ -66,6 +66,8 @@ bool take_interrupt() {
 
 bool output_cut() { return g_cut != 0; }
 
+bool stop_requested() { return g_interrupt != 0 || g_cut != 0 || g_termination != 0; }
+
 void begin_command() {
     if (g_termination == 0) g_cut = 0;
     g_in_command = 1;
@@ -77,6 +79,11 @@ void end_command() {
 }
 
 int termination_signal() { return g_termination; }
+
+void note_termination(int signal) {
+    g_termination = signal;
+    g_cut = 1;
+}
 
 void end_by_signal() {
     const int signal = g_termination != 0 ? static_cast<int>(g_termination) : SIGTERM;

@@ -24,6 +24,9 @@ bool take_interrupt();
 // Whether output is being cut: a Ctrl-C or a termination signal came while
 // a command runs.
 bool output_cut();
+// Whether long work should give up: a Ctrl-C not yet taken, output being
+// cut, or a termination signal (asked between lines by the filters).
+bool stop_requested();
 // Marks the start and end of a command (the span whose output a Ctrl-C cuts).
 void begin_command();
 void end_command();
@@ -31,6 +34,9 @@ void end_command();
 // The termination signal received (0 when none): the caller stops reading,
 // cleans up and calls end_by_signal.
 int termination_signal();
+// Records a termination signal taken some other way (serve waits for its
+// stop signals with sigwait), so that the caller ends by it as well.
+void note_termination(int signal);
 // Ends the process by the termination signal received, default action.
 [[noreturn]] void end_by_signal();
 

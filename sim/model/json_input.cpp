@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "model/json_input.hpp"
 
+#include "model/positions.hpp"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <new>
 
@@ -82,6 +86,7 @@ bool read_json_file(const std::string &path, std::string &text, std::string &err
 
 bool check_json_depth(std::string_view text, std::string &error, std::size_t &offset) {
     std::size_t depth = 0;
+    std::size_t items = 0;
     bool in_string = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
@@ -91,6 +96,11 @@ bool check_json_depth(std::string_view text, std::string &error, std::size_t &of
             else if (c == '"')
                 in_string = false;
             continue;
+        }
+        if ((c == ',' || c == '[' || c == '{') && ++items > kMaxJsonItems) {
+            error = "holds more than " + std::to_string(kMaxJsonItems) + " values";
+            offset = i;
+            return false;
         }
         switch (c) {
         case '"': in_string = true; break;
@@ -119,17 +129,136 @@ bool parse_json_value(std::string_view text, Json &out, std::string &error) {
         return false;
     }
     try {
-        out = Json::parse(text);
-    } catch (const Json::exception &e) {
-        // Not only syntax: a number too large for any JSON number type
-        // (1e800) is refused here as well.
-        error = std::string("is not JSON: ") + e.what();
+        PositionMap positions;
+        ParseFailure failure;
+        if (!parse_with_positions(text, {}, out, positions, failure)) {
+            error = "is not JSON: " + failure.reason + " (line " + std::to_string(failure.where.line) + ", column " +
+                    std::to_string(failure.where.column) + ")";
+            return false;
+        }
+    } catch (const std::bad_alloc &) {
+        error = "does not fit in memory";
         return false;
+    } catch (const std::exception &) {
+        error = "is not JSON";
+        return false;
+    }
+    return true;
+}
+
+bool read_json_document(const std::string &path, Json &out, std::string &error) {
+    std::string text;
+    if (!read_json_file(path, text, error)) return false;
+    std::size_t offset = 0;
+    if (!check_json_depth(text, error, offset)) {
+        error += " (at byte " + std::to_string(offset + 1) + ")";
+        return false;
+    }
+    try {
+        PositionMap positions;
+        ParseFailure failure;
+        if (!parse_with_positions(text, {}, out, positions, failure)) {
+            error = "line " + std::to_string(failure.where.line) + ", column " + std::to_string(failure.where.column) +
+                    ": " + failure.reason;
+            return false;
+        }
     } catch (const std::bad_alloc &) {
         error = "does not fit in memory";
         return false;
     }
     return true;
+}
+
+namespace {
+
+// Length of the valid UTF-8 sequence at text[i] (0: not one) and its code point.
+std::size_t utf8_sequence(std::string_view text, std::size_t i, std::uint32_t &code) {
+    const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
+    const unsigned char b = byte(i);
+    std::size_t n = 0;
+    unsigned char lo = 0x80, hi = 0xbf;
+    if (b >= 0xc2 && b <= 0xdf) {
+        n = 2;
+        code = b & 0x1fu;
+    } else if (b >= 0xe0 && b <= 0xef) {
+        n = 3;
+        code = b & 0x0fu;
+        if (b == 0xe0) lo = 0xa0;
+        if (b == 0xed) hi = 0x9f;  // no surrogates
+    } else if (b >= 0xf0 && b <= 0xf4) {
+        n = 4;
+        code = b & 0x07u;
+        if (b == 0xf0) lo = 0x90;
+        if (b == 0xf4) hi = 0x8f;
+    } else {
+        return 0;
+    }
+    if (i + n > text.size()) return 0;
+    for (std::size_t k = 1; k < n; ++k) {
+        const unsigned char c = byte(i + k);
+        if (c < (k == 1 ? lo : 0x80) || c > (k == 1 ? hi : 0xbf)) return 0;
+        code = (code << 6) | (c & 0x3fu);
+    }
+    return n;
+}
+
+void hex_byte(std::string &out, unsigned char b) {
+    static constexpr char kHex[] = "0123456789abcdef";
+    out += {'\\', 'x', kHex[b >> 4], kHex[b & 0xf]};
+}
+
+}  // namespace
+
+std::string terminal_safe(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size();) {
+        const auto b = static_cast<unsigned char>(text[i]);
+        if (b < 0x80) {
+            if ((b < 0x20 && b != '\n' && b != '\t') || b == 0x7f)
+                hex_byte(out, b);
+            else
+                out += static_cast<char>(b);
+            ++i;
+            continue;
+        }
+        std::uint32_t code = 0;
+        const std::size_t n = utf8_sequence(text, i, code);
+        if (n == 0 || code <= 0x9f) {  // not UTF-8, or a C1 control: each byte shown
+            for (std::size_t k = 0; k < std::max<std::size_t>(n, 1); ++k) hex_byte(out, static_cast<unsigned char>(text[i + k]));
+            i += std::max<std::size_t>(n, 1);
+            continue;
+        }
+        out.append(text.substr(i, n));
+        i += n;
+    }
+    return out;
+}
+
+bool plain_text(std::string_view text, std::string &why) {
+    for (std::size_t i = 0; i < text.size();) {
+        const auto b = static_cast<unsigned char>(text[i]);
+        std::uint32_t code = b;
+        const std::size_t n = b < 0x80 ? 1 : utf8_sequence(text, i, code);
+        if (n == 0) {
+            why = "byte " + std::to_string(i + 1) + " is not valid UTF-8";
+            return false;
+        }
+        if (code < 0x20 || (code >= 0x7f && code <= 0x9f)) {
+            std::string shown;
+            hex_byte(shown, static_cast<unsigned char>(code));
+            why = "character " + std::to_string(i + 1) + " is a control character (" + (code >= 0x80 ? "U+00" + shown.substr(2) : shown) + ")";
+            return false;
+        }
+        i += n;
+    }
+    return true;
+}
+
+std::string quoted_excerpt(std::string_view text) {
+    constexpr std::size_t kMost = 64;
+    if (text.size() <= kMost) return "\"" + std::string(text) + "\"";
+    return "\"" + std::string(text.substr(0, kMost)) + "\"...";
 }
 
 }  // namespace qdsim

@@ -3,6 +3,7 @@
 
 #include "model/json_input.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -72,7 +73,7 @@ public:
         if (frame.container->contains(name)) {
             duplicate = true;
             failure.where = at(start);
-            failure.reason = "duplicate member \"" + name + "\"";
+            failure.reason = "duplicate member " + quoted_excerpt(name);
             return false;
         }
         frame.key = name;
@@ -84,7 +85,8 @@ public:
         // The parser's message carries its own line and column ("... at
         // line N, column M: reason"). Read without a regular expression: the
         // reason quotes the text last read, which can be long, and a
-        // backtracking match over it would use stack in proportion.
+        // backtracking match over it would use stack in proportion. That
+        // quote is dropped: a message never repeats hostile text.
         const char *what = ex.what();
         unsigned long line = 0;
         unsigned long column = 0;
@@ -93,10 +95,15 @@ public:
         if (at_line != nullptr && std::sscanf(at_line, "at line %lu, column %lu: %n", &line, &column, &reason_at) == 2 &&
             reason_at > 0) {
             failure.where = {file_, line, column};
-            failure.reason = at_line + reason_at;
+            std::string_view reason(at_line + reason_at);
+            reason = reason.substr(0, std::min(reason.find("; last read: "), reason.size()));
+            failure.reason = std::string(reason.substr(0, 200));
+        } else if (ex.id == 406) {  // 1e800: no JSON number type holds it
+            failure.where = at(token_start());
+            failure.reason = "a number too large for any JSON number";
         } else {
             failure.where = at(consumed_ > 0 ? consumed_ - 1 : 0);
-            failure.reason = what;
+            failure.reason = "not valid JSON";
         }
         return false;
     }
@@ -198,6 +205,18 @@ private:
 bool parse_with_positions(std::string_view text, const std::string &file, Json &doc, PositionMap &positions,
                           ParseFailure &failure) {
     std::size_t consumed = 0;
+    if (std::string error; !check_json_depth(text, error, consumed)) {
+        // Where it went over: line and column of that byte.
+        std::size_t line = 1, column = 1;
+        for (std::size_t i = 0; i < consumed; ++i) {
+            column = text[i] == '\n' ? 1 : column + 1;
+            line += text[i] == '\n';
+        }
+        // "nests deeper than ...": the same words as the parse's own check.
+        failure = {{file, line, column}, error.starts_with("nests") ? "values nest" + error.substr(5) : "the text " + error};
+        return false;
+    }
+    consumed = 0;
     PositionMap found;
     Recorder recorder(text, file, consumed, found);
     CountingIterator first{text.data(), &consumed};

@@ -37,6 +37,7 @@ const std::vector<std::string> kBuiltinDataKeys = {"rates", "description"};
 const std::vector<std::string> kDefaultKinds = {"ethernet", "host", "other", "extender", "line_card"};
 
 constexpr unsigned kMaxExtends = 8;
+constexpr std::size_t kMaxOtherInterfaces = 0xffff;
 
 struct Refusal {
     ScenarioError error;
@@ -364,6 +365,10 @@ private:
     }
 
     void add_interface(PendingInterface pending, const std::string &pointer) {
+        // Names reach terminals and the handlers' C strings: no NUL, no
+        // control character, valid UTF-8.
+        if (std::string why; !plain_text(pending.identity.name, why))
+            fail(pointer, "an interface name must be plain text: " + why);
         const std::string key = lower(pending.identity.name);
         if (auto it = by_name_.find(key); it != by_name_.end()) {
             const SourcePosition first = position_of(src_.positions, ifaces_[it->second].origin.declaration);
@@ -579,6 +584,11 @@ private:
         Json normalized = Json::array();
         if (const Json *others = member("", "other_interfaces")) {
             array_at(*others, "/other_interfaces");
+            // Their default indexes count in 16 bits: more do not fit, and
+            // are refused before anything is built for them.
+            if (others->size() > kMaxOtherInterfaces)
+                fail("/other_interfaces", std::to_string(others->size()) + " interfaces: at most " +
+                                              std::to_string(kMaxOtherInterfaces) + " fit the interface-index space");
             for (std::size_t i = 0; i < others->size(); ++i) {
                 const std::string pointer = "/other_interfaces/" + std::to_string(i);
                 const Json &entry = object_at((*others)[i], pointer);

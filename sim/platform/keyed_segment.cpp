@@ -70,6 +70,31 @@ bool locks_same_file(pid_t pid, int fd) {
     return false;
 }
 
+// The key file and its directory must be this user's (or root's), and the
+// directory writable by nobody else unless sticky: otherwise another user
+// could make the key (and so choose the segment) this process publishes to.
+bool trusted_place(int fd, const std::string &dir, std::string &error) {
+    const uid_t me = geteuid();
+    struct stat file {};
+    if (fstat(fd, &file) != 0 || (file.st_uid != me && file.st_uid != 0)) {
+        error = "belongs to another user (uid " + std::to_string(file.st_uid) + "): not used";
+        return false;
+    }
+    struct stat place {};
+    if (!dir.empty() && (lstat(dir.c_str(), &place) != 0 || !S_ISDIR(place.st_mode) ||
+                         (place.st_uid != me && place.st_uid != 0) ||
+                         ((place.st_mode & (S_IWGRP | S_IWOTH)) != 0 && (place.st_mode & S_ISVTX) == 0))) {
+        error = "is in " + dir + ", which is not a directory of this user that only they may change: not used";
+        return false;
+    }
+    return true;
+}
+
+// A segment only this user made and owns is written to.
+bool own_segment(const shmid_ds &info) {
+    return info.shm_perm.uid == geteuid() && info.shm_perm.cuid == geteuid();
+}
+
 bool same_file(int fd, const std::string &path) {
     struct stat open_one {}, named {};
     return fstat(fd, &open_one) == 0 && stat(path.c_str(), &named) == 0 && open_one.st_dev == named.st_dev &&
@@ -130,6 +155,11 @@ bool KeyedSegment::join(const std::string &path, std::string &error) {
             error = why("cannot open the key file " + path);
             return false;
         }
+        if (std::string refused; !trusted_place(fd, dir, refused)) {
+            error = "the key file " + path + " " + refused;
+            close(fd);
+            return false;
+        }
         if (flock(fd, LOCK_SH) != 0) {
             error = why("cannot lock the key file " + path);
             close(fd);
@@ -188,6 +218,11 @@ bool KeyedSegment::replace_unfit(key_t key, std::size_t size, std::string &error
         error = why("cannot inspect the segment already under the key of " + path_);
         return false;
     }
+    if (!own_segment(info)) {
+        error = "the segment under the key of " + path_ + " belongs to another user (uid " +
+                std::to_string(info.shm_perm.cuid) + "): not written to";
+        return false;
+    }
     if (info.shm_segsz == size && !(info.shm_perm.mode & SHM_DEST)) return true;  // fits: written over
     const pid_t maker = info.shm_cpid;
     if (maker != getpid() && alive(maker) && !locks_same_file(maker, fd_)) {
@@ -237,6 +272,13 @@ bool KeyedSegment::publish(const std::uint8_t *bytes, std::size_t length, std::s
     if (id < 0) id = shmget(key, size, IPC_CREAT | IPC_EXCL | 0666);
     if (id < 0) {
         error = why("cannot create a segment of " + std::to_string(size) + " bytes under the key of " + path_);
+        return false;
+    }
+    // Checked again on the segment about to be written (one may have been
+    // made under the key since): another user's is never written to.
+    shmid_ds info{};
+    if (shmctl(id, IPC_STAT, &info) != 0 || !own_segment(info)) {
+        error = "the segment under the key of " + path_ + " belongs to another user: not written to";
         return false;
     }
     void *base = shmat(id, nullptr, 0);

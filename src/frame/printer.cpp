@@ -84,11 +84,16 @@ void Printer::fail_literal(qdcli_failure_kind kind, std::int32_t code, const cha
 }
 
 void Printer::fail(qdcli_failure_kind kind, std::int32_t code, std::size_t buffer_size, const char *format, ...) {
-    if (buffer_size == 0) return;
     va_list args;
     va_start(args, format);
-    const Formatted f(buffer_size, format, args);
+    vfail(kind, code, buffer_size, format, args);
     va_end(args);
+}
+
+void Printer::vfail(qdcli_failure_kind kind, std::int32_t code, std::size_t buffer_size, const char *format,
+                    va_list args) {
+    if (buffer_size == 0) return;
+    const Formatted f(buffer_size, format, args);
     fail_literal(kind, code, f.text);
 }
 

@@ -73,6 +73,8 @@ public:
     void fail_literal(qdcli_failure_kind kind, std::int32_t code, const char *text);
     void fail(qdcli_failure_kind kind, std::int32_t code, std::size_t buffer_size, const char *format, ...)
         __attribute__((format(printf, 5, 6)));
+    void vfail(qdcli_failure_kind kind, std::int32_t code, std::size_t buffer_size, const char *format, va_list args)
+        __attribute__((format(printf, 5, 0)));
 
 private:
     struct Bound {

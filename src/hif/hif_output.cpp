@@ -242,12 +242,10 @@ void TypedOutput::formatted(const char *format, ...) {
 }
 
 void TypedOutput::fail(qdcli_failure_kind kind, std::int32_t code, const char *format, ...) {
-    char line[kTypedLineBuffer];
     va_list args;
     va_start(args, format);
-    std::vsnprintf(line, sizeof line, format, args);
+    printer_.vfail(kind, code, kTypedLineBuffer, format, args);
     va_end(args);
-    printer_.fail_literal(kind, code, line);
 }
 
 void TypedOutput::overflow_column(const Field &word) {

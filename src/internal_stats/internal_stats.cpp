@@ -75,12 +75,10 @@ struct WorkingTables {
 // prints it as it stands, tells it and flushes it.
 __attribute__((format(printf, 4, 5))) void tell(Printer &out, qdcli_failure_kind kind, std::int32_t code,
                                                 const char *format, ...) {
-    char buffer[kMessageBuffer];
     va_list args;
     va_start(args, format);
-    std::vsnprintf(buffer, sizeof buffer, format, args);
+    out.vfail(kind, code, kMessageBuffer, format, args);
     va_end(args);
-    out.fail_literal(kind, code, buffer);
     out.flush();
 }
 

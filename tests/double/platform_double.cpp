@@ -199,6 +199,48 @@ using qdtest::state;
 // The platform operations.
 // ---------------------------------------------------------------------------
 namespace qdtest {
+bool &observe_events() {
+    static bool observe = false;
+    return observe;
+}
+
+namespace {
+
+void record(Event e) { platform().events.push_back(std::move(e)); }
+
+std::string subject_label(const qdcli_subject *s) {
+    if (s == nullptr) return {};
+    if (s->fields & QDCLI_SUBJECT_HAS_IF_NAME) return s->if_name != nullptr ? s->if_name : "";
+    return "vaq " + std::to_string(s->vaq) + (s->fields & QDCLI_SUBJECT_HAS_ASIC ? " asic " + std::to_string(s->asic) : "");
+}
+
+const qdcli_observer kRecorder = {
+    QDCLI_OBSERVER_VERSION,
+    sizeof(qdcli_observer),
+    nullptr,
+    [](void *, const qdcli_subject *s) { record({Event::Kind::subject_begin, subject_label(s)}); },
+    [](void *, const qdcli_subject *s) { record({Event::Kind::subject_end, subject_label(s)}); },
+    [](void *, const char *table) { record({Event::Kind::row_begin, table != nullptr ? table : ""}); },
+    [](void *, const char *table) { record({Event::Kind::row_end, table != nullptr ? table : ""}); },
+    [](void *, std::uint32_t attr, const void *value, std::uint32_t length) {
+        const auto *b = static_cast<const std::uint8_t *>(value);
+        record({Event::Kind::value, {}, attr, Bytes(b, b + (b != nullptr ? length : 0))});
+    },
+    [](void *, const qdcli_failure *f) {
+        record({Event::Kind::failure, f->message != nullptr ? f->message : "", 0, {}, f->kind});
+    },
+};
+
+}  // namespace
+
+}  // namespace qdtest
+
+extern "C" const qdcli_observer *qdcli_observer_get(void) {
+    return qdtest::observe_events() ? &qdtest::kRecorder : nullptr;
+}
+
+namespace qdtest {
+
 std::function<void(std::size_t, Reply &)> &reply_override() {
     static std::function<void(std::size_t, Reply &)> hook;
     return hook;

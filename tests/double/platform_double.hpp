@@ -24,6 +24,7 @@
 #include <string>
 #include <vector>
 
+#include "qdcli/observer.h"
 #include "qdcli/platform.h"
 
 namespace qdtest {
@@ -104,6 +105,16 @@ struct Attr {
     Bytes value;
 };
 
+// One event the library told the observer (qdcli/observer.h).
+struct Event {
+    enum class Kind { subject_begin, subject_end, row_begin, row_end, value, failure };
+    Kind kind;
+    std::string text;                // table name, failure message, or subject label
+    std::uint32_t attr = 0;          // value
+    Bytes bytes{};                   // value
+    qdcli_failure_kind failure{};    // failure
+};
+
 struct Platform {
     // --- transport ---
     std::deque<Reply> replies;
@@ -156,6 +167,9 @@ struct Platform {
     EnumCall next_call;  // the argument populate_param_arg made, for the next enumeration
     std::uint32_t range_word1_at_populate = 0xffffffffu;
 
+    // --- the observer, when observe_events() is set ---
+    std::vector<Event> events;
+
     void add_interface(std::uint32_t if_index, std::uint8_t type, std::string name, std::uint8_t slot = 0,
                        bool sub_intf = false);
 };
@@ -164,6 +178,9 @@ Platform &platform();
 // Changes the reply of exchange `index` (counted from 0 in a run) as
 // mts_send takes it; kept across reset(). The fault matrix sets it.
 std::function<void(std::size_t index, Reply &reply)> &reply_override();
+// Whether the platform offers the library an observer that records its
+// events into platform().events; kept across reset(). Off: no observer.
+bool &observe_events();
 // Clears all scripted state and the message ledger.
 void reset();
 // Messages still held, double drops, sent messages not dropped before the

@@ -81,6 +81,33 @@ TEST(Filters, SegmentsApplyInOrder) {
     }
 }
 
+// Patterns a backtracking engine cannot finish (or recurses on until the
+// stack is gone) end in time linear in the text; a stop request ends the
+// filtering between lines.
+TEST(Filters, HostilePatternsEndAndStop) {
+    const std::string document = "{\"rows\": \"" + std::string(300000, 'x') + "\", \"if_name\": \"Ethernet2/48\"}";
+    const struct {
+        const char *line;
+        std::string text, out;
+    } cases[] = {
+        {"x | include if_name.*Ethernet2/48", document, document + "\n"},
+        {"x | include (a*)*b", std::string(30, 'a'), ""},
+        {"x | exclude (x+x+)+y", std::string(5000, 'x'), std::string(5000, 'x') + "\n"},
+        {"x | include \"\\d+ (é|\\x{9b})\"", "7 é\n\xff\xfe 8 \n", "7 é\n"},
+    };
+    for (const auto &c : cases) {
+        const qdsh::Pipeline p = qdsh::split_pipeline(c.line);
+        ASSERT_TRUE(p.ok()) << c.line << ": " << p.error;
+        EXPECT_EQ(qdsh::apply_filters(c.text, p.segments), c.out) << c.line;
+    }
+    const qdsh::Pipeline p = qdsh::split_pipeline("x | include a");
+    EXPECT_EQ(qdsh::apply_filters("a\na\n", p.segments, [] { return true; }), "");
+    EXPECT_NE(qdsh::split_pipeline("x | include (a)\\1").error.find("bad regular expression"), std::string::npos);
+    std::string many = "x";
+    for (int i = 0; i < 33; ++i) many += " | include a";  // each compiled: a bound on the work of one line
+    EXPECT_EQ(qdsh::split_pipeline(many).error, "more than 32 filters after one command");
+}
+
 TEST(Filters, FormatsAndQuotedBarsAreNotFilters) {
     qdsh::Pipeline p = qdsh::split_pipeline("sim set /a \"x|y\"");
     ASSERT_TRUE(p.ok());

@@ -61,11 +61,12 @@ check() {  # check NAME EXPECTED-STATUS STDERR-PATTERN -- qdsh arguments (stdin 
   "$qdsh" "$@" <"${input:-/dev/null}" >out 2>err
   local got=$?
   [ $got = "$want" ] || fail "$name: exit status $got, expected $want ($(cat err))"
-  grep -qF -- "$pattern" err || fail "$name: stderr lacks \"$pattern\": $(cat err)"
+  [ -z "$pattern" ] || grep -qF -- "$pattern" err || fail "$name: stderr lacks \"$pattern\": $(cat err)"
 }
 printf 'show qu\0euing\n' >nul.in
 input=nul.in check "NUL in piped input" 1 'unexpected "qu\x00euing" after "show"' --
-input= check "? glued to a value" 1 'the value is not JSON' -- -c "sim set /platform/type 3?"
+input= check "? glued to a value" 1 'the value is not JSON: syntax error while parsing value - invalid literal (line 1, column 2)' -- -c "sim set /platform/type 3?"
+grep -qF 'json.exception' err && fail "the JSON library's own message reached the user: $(cat err)"
 check "platform type change" 0 'keeps platform type 2' -- -c "show wrr-queue cos-map" -c "sim set /platform/type 1"
 check "% in a message" 1 'unknown command "%s%n"' -- -c "%s%n"
 
@@ -74,6 +75,28 @@ long=$(printf 'x%.0s' $(seq 200))
 printf '{"ethernet": [{"slot": 1, "ports": 1}], "other_interfaces": [{"name": "%s", "type": 40}]}' "$long" >long.json
 "$qdsh" --scenario long.json -c "sim interfaces" >out 2>err || fail "long name: $(cat err)"
 [ "$(grep -c "^$long 0x28ff0001  40 other$" out)" = 1 ] || fail "long name row: $(cat out)"
+
+# A filter over a whole document is refused at once (it selects lines of
+# text), and a pattern a backtracking engine never finishes is answered at
+# once (the test's timeout is the bound).
+check "a filter over a one-line document" 1 '' -- -c 'show queuing interface | json | include "if_name.*Ethernet2/48"'
+grep -q '"status":"failed"' out || fail "no failed document for a filter after | json"
+printf '{"extends": "default", "description": "%s"}' "$(printf 'a%.0s' $(seq 30))" >desc.json
+check "(a*)*b over 30 characters" 0 '' -- --scenario desc.json -c "sim show /description | include (a*)*b"
+
+# No byte that drives a terminal gets through raw: controls, C1, not UTF-8.
+raw_controls() { LC_ALL=C grep -qP '[\x00-\x08\x0b-\x1f\x7f-\x9f\xf5-\xff]' out err; }
+check "C1 byte in a command" 1 'x9b2J' -- -c $'show queuing interface \x9b2J'
+raw_controls && fail "a control byte of the command line reached the terminal: $(od -c err | head)"
+printf '{"x": \xff\x1b]0;t\x07}' >bytes.json
+check "bytes in a scenario" 2 'bytes.json:1:7' -- --scenario bytes.json -c "sim interfaces"
+raw_controls && fail "a control byte of the scenario reached the terminal: $(od -c err | head)"
+printf '{"ethernet": [{"slot": 1, "ports": 1}], "other_interfaces": [{"name": "a\\u001b[2J\\u0007", "type": 40}]}' >esc.json
+check "ESC in an interface name" 2 'must be plain text' -- --scenario esc.json -c "sim interfaces"
+
+# A million interfaces are refused from the text, before a parse of it.
+python3 -c 'import json; print(json.dumps({"other_interfaces": [{"name": "o%d" % i, "type": 40} for i in range(10**6)]}))' >big.json
+check "a million interfaces" 2 'holds more than 1000000 values' -- --scenario big.json -c "sim interfaces"
 
 [ $failures = 0 ] && echo "all robustness cases passed"
 exit $((failures > 0))

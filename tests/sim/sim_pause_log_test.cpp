@@ -209,6 +209,39 @@ TEST_F(PauseLogTest, ASegmentOfALiveProcessIsNotTaken) {
     shmctl(theirs, IPC_RMID, nullptr);
 }
 
+// In a directory every user may write to, another user makes the key file
+// (or only a segment under this user's key) first, right-sized and 0666:
+// nothing of this switch's log is written into it.
+TEST_F(PauseLogTest, AnotherUsersKeyFileOrSegmentIsRefused) {
+    if (geteuid() != 0) GTEST_SKIP() << "acting as another user needs root";
+    ASSERT_EQ(chmod(".", 01777), 0);
+    const std::size_t size = 11u * PAUSE_EVENT_REC_SIZE;
+    for (const bool theirs_key_file : {true, false}) {
+        if (!theirs_key_file) make_key_file("mine\n");
+        const pid_t child = fork();
+        if (child == 0) {
+            if (setgid(65534) != 0 || setuid(65534) != 0) _exit(1);
+            umask(0);
+            if (theirs_key_file && mkdir("vrid", 0777) == 0) std::ofstream(PAUSE_LOG_FTOK_PATH) << "theirs\n";
+            _exit(shmget(ftok(PAUSE_LOG_FTOK_PATH, PAUSE_LOG_FTOK_ID), size, IPC_CREAT | 0666) < 0);
+        }
+        int status = -1;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        ASSERT_EQ(status, 0) << "the other user's setup";
+        const int segment = shmget(ftok(PAUSE_LOG_FTOK_PATH, PAUSE_LOG_FTOK_ID), 0, 0);
+        std::string out;
+        EXPECT_EQ(events(out), -1);
+        EXPECT_TRUE(diagnosed(qdsim::take_diagnostics(), "belongs to another user")) << theirs_key_file;
+        const auto *seen = static_cast<const char *>(shmat(segment, nullptr, SHM_RDONLY));
+        EXPECT_EQ(std::string(seen, size), std::string(size, '\0')) << "nothing reached their segment";
+        shmdt(seen);
+        qdsim::shutdown();
+        shmctl(segment, IPC_RMID, nullptr);
+        unlink(PAUSE_LOG_FTOK_PATH);
+        rmdir("vrid");
+    }
+}
+
 TEST_F(PauseLogTest, AtExitOnlyTheProcessThatMadeASegmentRemovesIt) {
     std::string out;
     ASSERT_EQ(events(out), 0);

@@ -141,7 +141,7 @@ def schemas_reject_mutations(validator, xsd, cwd):
     import xml.etree.ElementTree as ET
     rc, out = run(["-o", "json", "-c", "show queuing interface ethernet1/1"], cwd)
     doc = json.loads(out)
-    rc, xml_text = run(["-o", "xml", "-c", "show queuing interface ethernet1/1"], cwd)
+    rc, xml_text = run(["-c", "show queuing interface ethernet1/1 | xml"], cwd)
     row = "interfaces/interface/rx_queues/row"
 
     def json_mutant(change):
