@@ -31,7 +31,6 @@ const qdcli_attr_info kCatalogue[] = {
     {11, "queue_cos", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "queues", "queue_name", "CoS", nullptr, QDCLI_ATTR_FLAG_LIST, "queue", I, nullptr, 0, "cos", nullptr, nullptr},
     {12, "bandwidth", QDCLI_ATTR_U32, 32, QDCLI_ROLE_GAUGE, "percent", "queues", "queue_name", "Bandwidth", nullptr, 0, "bandwidth_ratio", G, "ratio", 100, nullptr, nullptr, nullptr},
     {13, "pass_ch0", QDCLI_ATTR_U64, 64, QDCLI_ROLE_COUNTER, "packets", "queues", "queue_name", "Passed, channel 0", nullptr, 0, "passed", C, nullptr, 0, nullptr, "channel=0", "Packets passed on a channel"},
-    {14, "pass_ch1", QDCLI_ATTR_U64, 64, QDCLI_ROLE_COUNTER, "packets", "queues", "queue_name", "Passed, channel 1", nullptr, 0, "passed", C, nullptr, 0, nullptr, "channel=1", "Packets passed on a channel"},
     {15, "n2h_idx", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "n2h", "n2h_idx", "Port", nullptr, QDCLI_ATTR_FLAG_ROW_START, nullptr, N, nullptr, 0, "port", nullptr, nullptr},
     {16, "n2h_rcvd", QDCLI_ATTR_U64, 64, QDCLI_ROLE_COUNTER, "packets", "n2h", "n2h_idx", "Received", nullptr, 0, "hif_rcvd", C, nullptr, 0, nullptr, "direction=n2h", nullptr},
 };
@@ -195,31 +194,11 @@ TEST(CounterState, CountsCarryOnAcrossWraps) {
             state.end_round(2);
         }
     }
-    qdsh::CounterState state;
+    qdsh::CounterState state;  // a series not read in the last `keep` rounds is forgotten
     state.observe("gone", 4294967000u, 32);
-    state.observe("stays", 1, 32);
-    state.end_round(2);
-    state.observe("stays", 2, 32);
-    state.end_round(1);  // "gone" was not read in the last round
-    EXPECT_EQ(state.size(), 1u);
-    EXPECT_FALSE(state.observe("gone", 5, 32).known);  // starts again from the reading
-}
-
-TEST(DeltaTracker, RatesPerSecondAndNewSeriesUnknown) {
-    qdsh::DeltaTracker tracker;
-    auto first = tracker.update(qdsh::collect_samples(queues(1000, 4294967295u, 0), find), 10);
-    for (const auto &r : first) EXPECT_FALSE(r.known);
-    const std::vector<qdsh::Sample> s = qdsh::collect_samples(queues(3000, 1, 8), find);
-    const auto second = tracker.update(s, 12);
-    EXPECT_DOUBLE_EQ(tracker.interval(), 2);
-    ASSERT_EQ(s.size(), 8u);  // rx_queue_info, q_size, rx_port_pkts, ingress_discards per row
-    EXPECT_FALSE(second[0].known);  // configuration
-    EXPECT_FALSE(second[1].known);  // a gauge
-    EXPECT_EQ(second[2].delta.delta, 2000u);
-    EXPECT_DOUBLE_EQ(second[2].rate, 1000);
-    EXPECT_EQ(second[3].delta.delta, 2u);  // 32-bit wrap
-    EXPECT_TRUE(second[3].delta.wrapped);
-    EXPECT_EQ(second[6].delta.delta, 8u);
+    state.end_round(1);
+    state.end_round(1);
+    EXPECT_EQ(state.size(), 0u);
 }
 
 // ---- Samples, health and exposition ----
@@ -228,7 +207,7 @@ TEST(Samples, IdentityLabelsConstantsAndConfiguration) {
     const Document d = Document::parse(R"({"extenders": [{"vaq": 101, "ss": [{"ss": 2, "no_credit_drops": 3}]}],
         "interfaces": [{"if_name": "E1/1", "q_size": -1, "rx_port_pkts": "12", "unknown_pkts": 4,
                         "queues": [{"queue_name": "ctrl-hi", "queue_cos": [6, 7], "drop_type": "drop", "q_size": 5,
-                                    "pass_ch0": 1, "pass_ch1": 2}]}],
+                                    "pass_ch0": 1}]}],
         "n2h": [{"if_name": "E1/48", "vaq": 101, "n2h_idx": 0, "n2h_rcvd": 5}, {"if_name": "E2/48", "vaq": 102, "n2h_idx": 0, "n2h_rcvd": 6}],
         "errors": [{"if_name": "E1/2", "kind": "send", "q_size": 4}], "unsupported": [{"if_name": "E1/3", "q_size": 9}]})");
     const std::vector<qdsh::Sample> samples = qdsh::collect_samples(d, find);
@@ -241,7 +220,6 @@ TEST(Samples, IdentityLabelsConstantsAndConfiguration) {
                         "qdcli_rx_queue{interface=\"E1/1\",queue=\"ctrl-hi\",drop_type=\"drop\"} 1",
                         "qdcli_q_size_bytes{interface=\"E1/1\",queue=\"ctrl-hi\"} 5",
                         "qdcli_passed{interface=\"E1/1\",queue=\"ctrl-hi\",channel=\"0\"} 1",
-                        "qdcli_passed{interface=\"E1/1\",queue=\"ctrl-hi\",channel=\"1\"} 2",
                         // Extender statistics rows that name their subject are told apart.
                         "qdcli_hif_rcvd{interface=\"E1/48\",extender=\"101\",port=\"0\",direction=\"n2h\"} 5",
                         "qdcli_hif_rcvd{interface=\"E2/48\",extender=\"102\",port=\"0\",direction=\"n2h\"} 6",
@@ -251,24 +229,13 @@ TEST(Samples, IdentityLabelsConstantsAndConfiguration) {
 }
 
 TEST(Health, ErrorsByKindAndUnsupportedSubjects) {
-    struct Case {
-        const char *document;
-        bool outcome_ok;
-        bool ok;
-        std::map<std::string, long> errors;
-        long unsupported;
-    } cases[] = {
-        {R"({"status": "ok", "errors": [], "unsupported": [{"if_name": "E1/1", "kind": "not_supported"}, {"if_name": "E1/2"}]})", true, true, {}, 2},
-        {R"({"errors": [{"if_name": "E1/1", "kind": "send"}, {"if_name": "E1/2", "kind": "send"}, {"kind": "truncated"}]})", false, false, {{"send", 2}, {"truncated", 1}}, 0},
-        {R"({"errors": []})", false, false, {{"failed", 1}}, 0},
-        {R"({"errors": [{"kind": "refused"}]})", true, false, {{"refused", 1}}, 0},
-    };
-    for (const Case &c : cases) {
-        const qdsh::CommandHealth h = qdsh::command_health(Document::parse(c.document), c.outcome_ok);
-        EXPECT_EQ(h.ok, c.ok) << c.document;
-        EXPECT_EQ(h.errors, c.errors) << c.document;
-        EXPECT_EQ(h.unsupported, c.unsupported) << c.document;
-    }
+    qdsh::CommandHealth h = qdsh::command_health(Document::parse(R"({"errors": [], "unsupported": [{"if_name": "E1/1"}, {"if_name": "E1/2"}]})"), true);
+    EXPECT_TRUE(h.ok && h.errors.empty() && h.unsupported == 2);
+    h = qdsh::command_health(Document::parse(R"({"errors": [{"kind": "send"}, {"kind": "send"}, {"message": "no kind"}]})"), false);
+    EXPECT_EQ(h.errors, (std::map<std::string, long>{{"send", 2}, {"unknown", 1}}));
+    h = qdsh::command_health(Document::parse(R"({"errors": []})"), false);  // failed, saying nothing
+    EXPECT_EQ(h.errors, (std::map<std::string, long>{{"failed", 1}}));
+    EXPECT_FALSE(qdsh::command_health(Document::parse(R"({"errors": [{"kind": "refused"}]})"), true).ok);
 }
 
 TEST(Exposition, BothDialects) {
@@ -289,16 +256,13 @@ TEST(Exposition, BothDialects) {
              "# HELP qdcli_rx_port_pkts Packets received \\\\ over the port\n# TYPE qdcli_rx_port_pkts counter\n"
              "qdcli_rx_port_pkts_total{interface=\"Ethernet1/1\",qos_group=\"0\"} 7\n",
              "# UNIT qdcli_bandwidth_ratio ratio\nqdcli_bandwidth_ratio{queue=\"q\"} 0.25\n",
-             "# HELP qdcli_passed Packets passed on a channel\n",
              "# TYPE qdcli_scrape_duration_seconds gauge\n# UNIT qdcli_scrape_duration_seconds seconds\n",
              "qdcli_x_total{command=\"a\\\"b\\\\c\\nd\"} 1\n# EOF\n",
          })
         EXPECT_NE(om.find(part), std::string::npos) << part << "\nin\n" << om;
     const std::string prom = qdsh::write_exposition(s, {}, qdsh::Exposition::prometheus);
-    for (const char *part : {"# TYPE qdcli_ingress_discards_total counter\n", "# TYPE qdcli_rx_queue_info gauge\n"})
-        EXPECT_NE(prom.find(part), std::string::npos) << part;
-    EXPECT_EQ(prom.find("# EOF"), std::string::npos);
-    EXPECT_EQ(prom.find("# UNIT"), std::string::npos);
+    EXPECT_TRUE(prom.find("# TYPE qdcli_ingress_discards_total counter\n") != prom.npos && prom.find("# TYPE qdcli_rx_queue_info gauge\n") != prom.npos);
+    EXPECT_EQ(prom.find("# EOF"), prom.find("# UNIT"));  // neither
     // The same series twice (two commands): the first wins.
     std::vector<qdsh::Sample> twice = s;
     twice.insert(twice.end(), s.begin(), s.end());
