@@ -80,6 +80,9 @@ endif()
 
 if(TARGET qdsh)
   install(TARGETS qdsh RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT simulator)
+  # Alerting and recording rules for what `qdsh serve` exports.
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/share/qdcli/prometheus/ DESTINATION ${CMAKE_INSTALL_DATADIR}/qdcli/prometheus
+    COMPONENT simulator)
   install(FILES ${QDSH_MAN_PAGE} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT simulator)
   # Where bash-completion looks for completions loaded on demand.
   install(FILES ${QDSH_BASH_COMPLETION} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions

@@ -187,6 +187,9 @@ public:
         if (ops_.nonzero) qdsh::drop_zero_rows(document, ops_.names);
         {
             std::vector<qdsh::Sample> samples = qdsh::collect_samples(document, ops_.names);
+            for (const std::string &series : qdsh::repeated_series(samples))
+                qdsh::report_error("metrics: the series " + series + " repeats within \"" + line +
+                                   "\" (only its first value is kept)");
             // From -c or a script, the metrics of every command make one
             // exposition, written when the run ends; at the prompt each
             // command gets its own.

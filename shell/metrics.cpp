@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "metrics.hpp"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <set>
 #include <string_view>
 
@@ -9,8 +11,9 @@ namespace qdsh {
 
 namespace {
 
-bool is_metric(const qdcli_attr_info *info) {
-    return info != nullptr && (info->role == QDCLI_ROLE_COUNTER || info->role == QDCLI_ROLE_GAUGE);
+bool is_value(const qdcli_attr_info *info) {
+    return info != nullptr && info->metric != nullptr &&
+           (info->metric_type == QDCLI_METRIC_COUNTER || info->metric_type == QDCLI_METRIC_GAUGE);
 }
 
 void set_label(Labels &labels, const std::string &name, const std::string &value) {
@@ -23,8 +26,8 @@ void set_label(Labels &labels, const std::string &name, const std::string &value
 }
 
 // A label value: a text as it is, a number in decimal, a list of them
-// joined by commas ("0,1,2": the CoS values of a queue); empty when the
-// value is none of these.
+// joined by commas ("0,1,2": the CoS values of a queue, in an _info
+// series); empty when the value is none of these.
 std::string label_value(const Document &v) {
     if (v.is_string()) return v.get<std::string>();
     if (v.is_number()) return v.dump();
@@ -38,24 +41,53 @@ std::string label_value(const Document &v) {
     return out;
 }
 
-// Adds what identifies `object` to `labels`: its identifiers, and a state
-// that starts a row of its table (the name of a control queue, which has
-// no number).
-void add_identifiers(const Document &object, NameLookup lookup, Labels &labels) {
+// The constant labels of a catalogue entry, "direction=n2h,channel=0".
+void add_constants(const char *text, Labels &labels) {
+    if (text == nullptr) return;
+    std::string_view rest(text);
+    while (!rest.empty()) {
+        const std::string_view item = rest.substr(0, rest.find(','));
+        rest.remove_prefix(std::min(rest.size(), item.size() + 1));
+        const std::size_t eq = item.find('=');
+        if (eq != std::string_view::npos) set_label(labels, std::string(item.substr(0, eq)), std::string(item.substr(eq + 1)));
+    }
+}
+
+// Adds what identifies `object` to `labels`: the members the catalogue
+// gives an identity label.
+void add_identity(const Document &object, NameLookup lookup, Labels &labels) {
     for (auto it = object.begin(); it != object.end(); ++it) {
-        const Document &v = it.value();
         const qdcli_attr_info *info = lookup(it.key().c_str());
-        if (info == nullptr) continue;
-        const bool identifies = info->role == QDCLI_ROLE_IDENTIFIER ||
-                                (info->role == QDCLI_ROLE_LABEL && (info->flags & QDCLI_ATTR_FLAG_ROW_START) != 0);
-        if (!identifies) continue;
-        const std::string value = label_value(v);
+        if (info == nullptr || info->metric_type != QDCLI_METRIC_NONE || info->label == nullptr) continue;
+        // A row named by a list (the qos-groups sharing an input buffer) is
+        // named by its first element: the list is configuration.
+        const Document &v = it.value();
+        const std::string value = label_value(v.is_array() && !v.empty() ? v.front() : v);
+        if (!value.empty()) set_label(labels, info->label, value);
+    }
+}
+
+// One _info sample per configuration family of `object`, its values as labels.
+void add_configuration(const Document &object, NameLookup lookup, const Labels &identity, const std::string &row,
+                       std::vector<Sample> &out) {
+    const std::size_t first = out.size();
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        const qdcli_attr_info *info = lookup(it.key().c_str());
+        if (info == nullptr || info->metric_type != QDCLI_METRIC_INFO || info->metric == nullptr || info->label == nullptr)
+            continue;
+        const std::string value = label_value(it.value());
         if (value.empty()) continue;
-        // The interface's name says what its index and slot would.
-        if (it.key() == "if_index" || it.key() == "hif_if_index" || it.key() == "hif_slot") continue;
-        const auto [name, implied] = label_for(it.key());
-        set_label(labels, name, value);
-        if (!implied.first.empty()) set_label(labels, implied.first, implied.second);
+        std::size_t i = first;
+        while (i < out.size() && std::string_view(out[i].info->metric) != info->metric) ++i;
+        if (i == out.size()) {
+            Sample s;
+            s.info = info;
+            s.labels = identity;
+            s.value = 1;
+            s.row = row;
+            out.push_back(std::move(s));
+        }
+        set_label(out[i].labels, info->label, value);
     }
 }
 
@@ -68,7 +100,8 @@ void walk(const Document &node, const Document::json_pointer &pointer, NameLooku
         return;
     }
     if (!node.is_object()) return;
-    add_identifiers(node, lookup, labels);
+    add_identity(node, lookup, labels);
+    add_configuration(node, lookup, labels, pointer.to_string(), out);
     for (auto it = node.begin(); it != node.end(); ++it) {
         const Document &v = it.value();
         if (v.is_object() || v.is_array()) {
@@ -77,13 +110,16 @@ void walk(const Document &node, const Document::json_pointer &pointer, NameLooku
         }
         if (!v.is_number_unsigned() && !(v.is_number_integer() && v.get<std::int64_t>() >= 0)) continue;
         const qdcli_attr_info *info = lookup(it.key().c_str());
-        if (!is_metric(info)) continue;
+        if (!is_value(info)) continue;
         Sample s;
         s.info = info;
         s.labels = labels;
+        add_constants(info->metric_labels, s.labels);
         s.value = v.get<std::uint64_t>();
         s.width_bits = info->width_bits;
-        if (const auto bits = node.find(it.key() + "_bits"); bits != node.end() && bits->is_number_unsigned())
+        // A value read from fields of two widths tells which one it came from.
+        const auto bits = node.find(it.key() + "_bits");
+        if (bits != node.end() && bits->is_number_unsigned() && bits->get<std::uint64_t>() <= 64)
             s.width_bits = bits->get<unsigned>();
         s.row = pointer.to_string();
         out.push_back(std::move(s));
@@ -102,9 +138,9 @@ bool has_nonzero_counter(const Document &row, NameLookup lookup, bool &has_count
     return false;
 }
 
-std::string metric_name(const char *name) {
+std::string family_of(const qdcli_attr_info &info) {
     std::string out = "qdcli_";
-    for (const char *p = name; *p != '\0'; ++p) {
+    for (const char *p = info.metric != nullptr ? info.metric : info.name; *p != '\0'; ++p) {
         const char c = *p;
         const bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
         out += ok ? c : '_';
@@ -112,12 +148,30 @@ std::string metric_name(const char *name) {
     return out;
 }
 
-// The family of a catalogue value: "qdcli_" and its name; a counter whose
-// name already ends in "_total" does not get a second one on its samples.
-std::string family_name(const qdcli_attr_info &info) {
-    std::string name = metric_name(info.name);
-    if (info.role == QDCLI_ROLE_COUNTER && name.ends_with("_total")) name.resize(name.size() - 6);
-    return name;
+// What a family's samples are called: "_total" on a counter, "_info" on
+// configuration.
+std::string sample_name(const std::string &family, enum qdcli_metric_type type) {
+    if (type == QDCLI_METRIC_COUNTER) return family + "_total";
+    if (type == QDCLI_METRIC_INFO) return family + "_info";
+    return family;
+}
+
+std::string help_of(const qdcli_attr_info &info) {
+    if (info.metric_type == QDCLI_METRIC_INFO) {
+        std::string what = info.metric != nullptr ? info.metric : info.name;
+        std::replace(what.begin(), what.end(), '_', ' ');
+        return "Configuration of each " + what + ", as labels (value 1)";
+    }
+    const char *help = info.metric_help != nullptr ? info.metric_help : info.help;
+    return help != nullptr ? help : info.name;
+}
+
+// A value as the exposition writes it: divided down to its base unit.
+std::string value_text(const qdcli_attr_info &info, std::uint64_t value) {
+    if (info.metric_divisor <= 1) return std::to_string(value);
+    char text[64];
+    std::snprintf(text, sizeof text, "%.10g", static_cast<double>(value) / info.metric_divisor);
+    return text;
 }
 
 // HELP text: backslash and newline escaped.
@@ -160,55 +214,72 @@ std::string label_text(const Labels &labels) {
     return out + "}";
 }
 
-void family_header(std::string &out, const std::string &family, bool counter, const std::string &help,
-                   Exposition dialect) {
-    const std::string named = dialect == Exposition::prometheus && counter ? family + "_total" : family;
+// HELP, TYPE and (OpenMetrics) UNIT of a family. In OpenMetrics a family
+// is named without the "_total" or "_info" of its samples; Prometheus' text
+// format names the samples' name and has no info type.
+void family_header(std::string &out, const std::string &family, enum qdcli_metric_type type, const char *unit,
+                   const std::string &help, Exposition dialect) {
+    const bool om = dialect == Exposition::openmetrics;
+    const std::string named = om ? family : sample_name(family, type);
+    const char *type_name = type == QDCLI_METRIC_COUNTER ? "counter" : type == QDCLI_METRIC_INFO && om ? "info" : "gauge";
     out += "# HELP " + named + " " + escape_help(help) + "\n";
-    out += "# TYPE " + named + (counter ? " counter\n" : " gauge\n");
+    out += "# TYPE " + named + " " + type_name + "\n";
+    if (om && unit != nullptr) out += "# UNIT " + named + " " + unit + "\n";
+}
+
+// The identity labels of the rows of `table`, after those of the tables it sits in.
+void table_labels(const qdcli_attr_info *entries, std::size_t count, const char *table, std::vector<std::string> &out,
+                  int depth = 0) {
+    if (table == nullptr || depth > 8) return;
+    for (std::size_t i = 0; i < count; ++i)
+        if (entries[i].table != nullptr && std::strcmp(entries[i].table, table) == 0 && entries[i].parent_table != nullptr) {
+            table_labels(entries, count, entries[i].parent_table, out, depth + 1);
+            break;
+        }
+    for (std::size_t i = 0; i < count; ++i) {
+        const qdcli_attr_info &a = entries[i];
+        if (a.table != nullptr && std::strcmp(a.table, table) == 0 && a.metric_type == QDCLI_METRIC_NONE &&
+            a.label != nullptr && std::find(out.begin(), out.end(), a.label) == out.end())
+            out.push_back(a.label);
+    }
 }
 
 }  // namespace
 
-std::pair<std::string, std::pair<std::string, std::string>> label_for(const std::string &id) {
-    using Implied = std::pair<std::string, std::string>;
-    auto direction = [&]() -> Implied {
-        for (const char *d : {"tx", "rx", "n2h", "h2n"}) {
-            const std::string prefix = std::string(d) + "_";
-            if (id.starts_with(prefix) || id.starts_with("sw_" + prefix)) return {"direction", d};
-        }
-        return {};
-    };
-    if (id == "if_name" || id == "ext_if_name") return {"interface", {}};
-    if (id == "vaq" || id == "asic_vaq") return {"extender", {}};
-    if (id.ends_with("qos_group") && id.find("unsupported") == std::string::npos) return {"qos_group", direction()};
-    if (id.ends_with("_glb_idx")) return {"port", direction()};
-    if (id == "queue_id" || id == "stats_queue" || id.ends_with("_row_queue") || id == "ext_pass_queue" ||
-        id == "ext_drop_queue")
-        return {"queue", direction()};
-    if (id == "queue_name") return {"queue", {}};
-    if (id == "ext_cos" || id == "pause_cos" || id == "ib_cos" || id == "queue_cos") return {"cos", {}};
-    return {id, {}};
-}
-
 std::string metric_names_table(const qdcli_attr_info *entries, std::size_t count) {
-    std::string out = "| Metric | Type | Unit | Meaning |\n|---|---|---|---|\n";
+    std::string out = "| Metric | Type | Unit | Labels | Meaning |\n|---|---|---|---|---|\n";
+    std::set<std::string> done;
     for (std::size_t i = 0; i < count; ++i) {
         const qdcli_attr_info &a = entries[i];
-        if (!is_metric(&a)) continue;
-        const bool counter = a.role == QDCLI_ROLE_COUNTER;
-        std::string help = a.help != nullptr ? a.help : "";
+        if (a.metric == nullptr || a.metric_type == QDCLI_METRIC_NONE) continue;
+        const std::string family = family_of(a);
+        if (!done.insert(family).second) continue;
+        std::vector<std::string> labels;
+        table_labels(entries, count, a.table, labels);
+        // Constants and configuration: of every entry of the family.
+        for (std::size_t j = i; j < count; ++j) {
+            const qdcli_attr_info &b = entries[j];
+            if (b.metric == nullptr || family_of(b) != family) continue;
+            Labels constants;
+            add_constants(b.metric_labels, constants);
+            for (const auto &c : constants)
+                if (std::find(labels.begin(), labels.end(), c.first) == labels.end()) labels.push_back(c.first);
+            if (b.metric_type == QDCLI_METRIC_INFO && b.label != nullptr) labels.push_back(b.label);
+        }
+        std::string label_list;
+        for (const std::string &l : labels) label_list += (label_list.empty() ? "`" : ", `") + l + "`";
+        std::string help = help_of(a);
         for (std::size_t p = 0; (p = help.find('|', p)) != std::string::npos; p += 2) help.replace(p, 1, "\\|");
-        out += "| `" + family_name(a) + (counter ? "_total" : "") + "` | " + (counter ? "counter" : "gauge") +
-               " | " + (a.unit != nullptr ? a.unit : "") + " | " + help + " |\n";
+        static const char *const kTypes[] = {"", "counter", "gauge", "info"};
+        out += "| `" + sample_name(family, a.metric_type) + "` | " + kTypes[a.metric_type] + " | " +
+               (a.metric_unit != nullptr ? a.metric_unit : "") + " | " + label_list + " | " + help + " |\n";
     }
     return out;
 }
 
-std::string Sample::key() const {
-    std::string k = info != nullptr ? info->name : "";
-    k += label_text(labels);
-    return k;
-}
+std::string Sample::family() const { return info != nullptr ? family_of(*info) : std::string(); }
+
+std::string Sample::key() const { return family() + label_text(labels); }
 
 std::vector<Sample> collect_samples(const Document &document, NameLookup lookup) {
     std::vector<Sample> out;
@@ -236,43 +307,53 @@ void drop_zero_rows(Document &document, NameLookup lookup) {
     document = std::move(kept);
 }
 
-Delta counter_delta(std::uint64_t previous, std::uint64_t current, unsigned width_bits) {
-    Delta d;
-    if (current >= previous) {
-        d.delta = current - previous;
-        return d;
-    }
-    if (width_bits > 0 && width_bits < 64 && previous < (std::uint64_t{1} << width_bits)) {
-        const std::uint64_t range = std::uint64_t{1} << width_bits;
-        const std::uint64_t through = range - previous + current;
-        if (through < range / 2) {
-            d.delta = through;
-            d.wrapped = true;
-            return d;
+std::vector<std::string> repeated_series(const std::vector<Sample> &samples) {
+    std::map<std::string, int> seen;
+    std::vector<std::string> out;
+    for (const Sample &s : samples)
+        if (++seen[s.key()] == 2) out.push_back(s.key());
+    return out;
+}
+
+void carry_counters(std::vector<Sample> &samples, CounterState &state) {
+    for (Sample &s : samples)
+        if (s.is_counter()) s.value = state.observe(s.key(), s.value, s.width_bits).count;
+    // A series missing from a few collections (a command that failed for a
+    // while) keeps its count; one gone for longer is forgotten.
+    state.end_round(16);
+}
+
+CommandHealth command_health(const Document &document, bool outcome_ok) {
+    CommandHealth h;
+    if (document.is_object()) {
+        for (const Document &e : document.value("errors", Document::array())) {
+            const bool has_kind = e.is_object() && e.contains("kind") && e["kind"].is_string();
+            ++h.errors[has_kind ? e["kind"].get<std::string>() : "unknown"];
         }
+        const Document unsupported = document.value("unsupported", Document::array());
+        h.unsupported = unsupported.is_array() ? static_cast<long>(unsupported.size()) : 0;
     }
-    d.delta = current;
-    d.restarted = true;
-    return d;
+    if (!outcome_ok && h.errors.empty()) h.errors["failed"] = 1;
+    h.ok = outcome_ok && h.errors.empty();
+    return h;
 }
 
 std::vector<DeltaTracker::Reading> DeltaTracker::update(const std::vector<Sample> &samples, double seconds) {
     std::vector<Reading> out(samples.size());
     interval_ = started_ ? seconds - last_ : 0;
-    std::map<std::string, std::uint64_t> now;
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const Sample &s = samples[i];
+        // Every count that grows, a saturating one included (the exporter
+        // calls that a gauge).
         if (s.info == nullptr || s.info->role != QDCLI_ROLE_COUNTER) continue;
-        const std::string key = s.key();
-        now[key] = s.value;
-        const auto before = previous_.find(key);
-        if (!started_ || before == previous_.end()) continue;
+        const CounterState::Step step = state_.observe(s.key(), s.value, s.width_bits);
+        if (!step.known) continue;
         Reading &r = out[i];
         r.known = true;
-        r.delta = counter_delta(before->second, s.value, s.width_bits);
+        r.delta = step.delta;
         r.rate = interval_ > 0 ? static_cast<double>(r.delta.delta) / interval_ : 0;
     }
-    previous_ = std::move(now);
+    state_.end_round(1);
     last_ = seconds;
     started_ = true;
     return out;
@@ -281,28 +362,31 @@ std::vector<DeltaTracker::Reading> DeltaTracker::update(const std::vector<Sample
 std::string write_exposition(const std::vector<Sample> &samples, const std::vector<ExtraFamily> &extra,
                              Exposition dialect) {
     // Families in order of first appearance, each with its samples.
-    std::vector<const qdcli_attr_info *> order;
-    std::map<const qdcli_attr_info *, std::vector<const Sample *>> families;
+    std::vector<std::string> order;
+    std::map<std::string, std::vector<const Sample *>> families;
     std::set<std::string> seen;
     for (const Sample &s : samples) {
-        if (!is_metric(s.info) || !seen.insert(s.key()).second) continue;
-        auto &list = families[s.info];
-        if (list.empty()) order.push_back(s.info);
+        if (s.info == nullptr || s.info->metric == nullptr || s.info->metric_type == QDCLI_METRIC_NONE ||
+            !seen.insert(s.key()).second)
+            continue;
+        auto &list = families[s.family()];
+        if (list.empty()) order.push_back(s.family());
         list.push_back(&s);
     }
     std::string out;
-    for (const qdcli_attr_info *info : order) {
-        const bool counter = info->role == QDCLI_ROLE_COUNTER;
-        const std::string family = family_name(*info);
-        family_header(out, family, counter, info->help != nullptr ? info->help : info->name, dialect);
-        const std::string sample_name = counter ? family + "_total" : family;
-        for (const Sample *s : families[info])
-            out += sample_name + label_text(s->labels) + " " + std::to_string(s->value) + "\n";
+    for (const std::string &family : order) {
+        const qdcli_attr_info &info = *families[family].front()->info;
+        family_header(out, family, info.metric_type, info.metric_unit, help_of(info), dialect);
+        const std::string name = sample_name(family, info.metric_type);
+        for (const Sample *s : families[family])
+            out += name + label_text(s->labels) + " " + value_text(*s->info, s->value) + "\n";
     }
     for (const ExtraFamily &f : extra) {
-        family_header(out, f.name, f.counter, f.help, dialect);
-        const std::string sample_name = f.counter ? f.name + "_total" : f.name;
-        for (const auto &[labels, value] : f.samples) out += sample_name + label_text(labels) + " " + value + "\n";
+        const enum qdcli_metric_type type = f.counter ? QDCLI_METRIC_COUNTER : QDCLI_METRIC_GAUGE;
+        const char *unit = f.name.ends_with("_seconds") ? "seconds" : nullptr;
+        family_header(out, f.name, type, unit, f.help, dialect);
+        const std::string name = sample_name(f.name, type);
+        for (const auto &[labels, value] : f.samples) out += name + label_text(labels) + " " + value + "\n";
     }
     if (dialect == Exposition::openmetrics) out += "# EOF\n";
     return out;

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "counters.hpp"
 #include "document.hpp"
 #include "qdcli/attributes.h"
 
@@ -21,39 +22,49 @@ using NameLookup = const qdcli_attr_info *(*)(const char *);
 
 using Labels = std::vector<std::pair<std::string, std::string>>;
 
-// One counter or gauge value of a document.
+// One sample of a document: a counter, a gauge, or the _info series of a
+// row's configuration.
 struct Sample {
-    const qdcli_attr_info *info = nullptr;  // its catalogue entry (counter or gauge)
-    Labels labels;                          // interface, qos_group, queue, direction, extender...
-    std::uint64_t value = 0;
-    unsigned width_bits = 0;                // where it wraps: the catalogue's width, or the
-                                            // row's NAME_bits where the value tells its field
+    const qdcli_attr_info *info = nullptr;  // its catalogue entry (for _info: the row's first configuration value)
+    Labels labels;                          // identity (interface, qos_group, queue, extender...), constants, configuration
+    std::uint64_t value = 0;                // raw; 1 for _info
+    unsigned width_bits = 0;                // where it wraps: the catalogue's, or the row's "NAME_bits"
     std::string row;                        // JSON pointer of the object that holds it
-    std::string key() const;                // name and labels: the same series in every sample
+    std::string family() const;             // "qdcli_" and the catalogue's metric name
+    std::string key() const;                // family and labels: the same series in every sample
+    bool is_counter() const { return info != nullptr && info->metric_type == QDCLI_METRIC_COUNTER; }
 };
 
-// Every counter and gauge of `document`, in document order. A member is
-// taken when the catalogue knows its name as a counter or a gauge and its
-// value is a non-negative integer; the identifiers of the enclosing objects
-// (not the labels of a state, which change) become its labels.
+// Every sample of `document`, in document order, as the catalogue's metric
+// columns say: a member whose metric type is counter or gauge and whose
+// value is a non-negative integer is a sample, labelled with the identity
+// labels of the objects around it and its own constant labels; the
+// configuration values of an object (metric type info) make one _info
+// sample of that object per family.
 std::vector<Sample> collect_samples(const Document &document, NameLookup lookup);
+
+// The series (Sample::key) that more than one sample of `samples` gives, each
+// once: within one command's samples, a row the labels fail to tell apart.
+std::vector<std::string> repeated_series(const std::vector<Sample> &samples);
+
+// Replaces the value of every counter by the monotonic count `state` keeps
+// for its series across wraps, and ends the round of readings.
+void carry_counters(std::vector<Sample> &samples, CounterState &state);
+
+// How one command of a collection went, from its document: the errors by
+// kind (an error with no kind is "unknown"; a failed command with none
+// counts once as "failed"), and the subjects it does not support here (not
+// errors).
+struct CommandHealth {
+    bool ok = true;
+    std::map<std::string, long> errors;  // kind -> count
+    long unsupported = 0;
+};
+CommandHealth command_health(const Document &document, bool outcome_ok);
 
 // Leaves out of every table the rows whose counters are all zero (rows with
 // no counter at all are kept): "--nonzero".
 void drop_zero_rows(Document &document, NameLookup lookup);
-
-// What a counter did between two readings of `width_bits` bits. A reading
-// below the previous one is a wrap when counting on from the previous value
-// through 2^width_bits reaches it in less than half the counter's range
-// (64-bit counters never wrap in practice: for them, and for anything
-// farther, it is a clear, and the delta starts again from zero: the reading
-// itself).
-struct Delta {
-    std::uint64_t delta = 0;
-    bool wrapped = false;
-    bool restarted = false;
-};
-Delta counter_delta(std::uint64_t previous, std::uint64_t current, unsigned width_bits);
 
 // Deltas and rates of the counters of successive samples of one command.
 class DeltaTracker {
@@ -71,7 +82,7 @@ public:
     double interval() const { return interval_; }
 
 private:
-    std::map<std::string, std::uint64_t> previous_;
+    CounterState state_;
     double last_ = 0;
     double interval_ = 0;
     bool started_ = false;
@@ -80,7 +91,7 @@ private:
 // A metric family of the exposition that does not come from a document
 // (the exporter's own): name, TYPE (counter or gauge), HELP and samples.
 struct ExtraFamily {
-    std::string name;  // without "_total"
+    std::string name;  // without "_total" (and with the unit as its last word)
     bool counter = false;
     std::string help;
     std::vector<std::pair<Labels, std::string>> samples;  // value as text
@@ -91,19 +102,17 @@ enum class Exposition {
     prometheus,   // Prometheus text 0.0.4: HELP and TYPE name the "_total" sample
 };
 
-// Families "qdcli_NAME" (samples "qdcli_NAME_total" for counters), HELP from
-// the catalogue, one sample per label set (the first wins when two commands
-// give the same series), then `extra`.
+// Families "qdcli_METRIC" (samples "qdcli_METRIC_total" for counters,
+// "qdcli_METRIC_info" for configuration), HELP, and in OpenMetrics UNIT,
+// from the catalogue; one sample per label set (the first wins when two
+// commands give the same series), then `extra`.
 std::string write_exposition(const std::vector<Sample> &samples, const std::vector<ExtraFamily> &extra,
                              Exposition dialect);
 
-// The metric families of a catalogue as a Markdown table (metric, type,
-// unit, meaning), in catalogue order: the README's list of metric names.
+// The metrics reference: every family of a catalogue as a Markdown table
+// (metric, type, unit, labels, meaning), in catalogue order. The labels are
+// those of the rows its table sits in, its constants and, for _info, its
+// configuration; a value of an interface's report has `interface` as well.
 std::string metric_names_table(const qdcli_attr_info *entries, std::size_t count);
-
-// The label name an identifier of the catalogue gives (if_name -> interface,
-// tx_qos_group -> qos_group with direction="tx", vaq -> extender, ...), and
-// the extra label it implies (empty when none).
-std::pair<std::string, std::pair<std::string, std::string>> label_for(const std::string &identifier);
 
 }  // namespace qdsh

@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstring>
 #include <deque>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -41,9 +42,9 @@ bool is_loopback(const std::string &host) {
 // What one collection gave: the counters of every command, and how it went.
 struct Collection {
     std::vector<Sample> samples;
-    std::vector<std::pair<std::string, bool>> commands;  // command, succeeded
+    std::vector<std::pair<std::string, CommandHealth>> commands;
+    std::map<std::pair<std::string, std::string>, long> errors;  // (command, kind) -> errors since the start
     double seconds = 0;
-    long errors = 0;
 };
 
 // Runs the collections on a thread of its own, one at a time: every handler
@@ -113,13 +114,14 @@ private:
             std::vector<Sample> samples = collect_samples(document, names_);
             c.samples.insert(c.samples.end(), std::make_move_iterator(samples.begin()),
                              std::make_move_iterator(samples.end()));
-            // Each error the command reported counts (a switch-wide command
-            // may fail on a few interfaces and report the rest).
-            const std::size_t errors = document.value("errors", Document::array()).size();
-            const bool ok = outcome.ok && errors == 0;
-            c.commands.emplace_back(command, ok);
-            c.errors += static_cast<long>(std::max<std::size_t>(errors, ok ? 0 : 1));
+            // Errors count by kind; a subject the switch does not support
+            // here is no error.
+            CommandHealth health = command_health(document, outcome.ok);
+            for (const auto &[kind, n] : health.errors) errors_[{command, kind}] += n;
+            c.commands.emplace_back(command, std::move(health));
         }
+        carry_counters(c.samples, counters_);
+        c.errors = errors_;
         c.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         return c;
     }
@@ -134,6 +136,8 @@ private:
     bool running_ = false;
     std::uint64_t requested_ = 0, started_ = 0, finished_ = 0;
     Collection last_;
+    CounterState counters_;  // the collector thread's own
+    std::map<std::pair<std::string, std::string>, long> errors_;
     std::thread thread_;
 };
 
@@ -142,11 +146,17 @@ std::string exposition(const Collection &c, Exposition dialect) {
     char seconds[40];
     std::snprintf(seconds, sizeof seconds, "%.6f", c.seconds);
     extra.push_back({"qdcli_scrape_duration_seconds", false, "Time the collection of this scrape took", {{{}, seconds}}});
-    extra.push_back({"qdcli_scrape_collection_errors", false,
-                     "Errors the commands of this scrape reported (a failed command counts at least once)", {{{}, std::to_string(c.errors)}}});
-    ExtraFamily success{"qdcli_scrape_command_success", false, "Whether a configured command succeeded (1) or not (0)", {}};
-    for (const auto &[command, ok] : c.commands) success.samples.push_back({{{"command", command}}, ok ? "1" : "0"});
+    ExtraFamily errors{"qdcli_collection_errors", true, "Errors the configured commands reported, by kind, since the exporter started", {}};
+    for (const auto &[at, n] : c.errors) errors.samples.push_back({{{"command", at.first}, {"kind", at.second}}, std::to_string(n)});
+    ExtraFamily success{"qdcli_scrape_command_success", false, "Whether a configured command succeeded (1) or not (0) in this scrape", {}};
+    ExtraFamily unsupported{"qdcli_scrape_unsupported_subjects", false, "Subjects a configured command does not support on this switch (not errors)", {}};
+    for (const auto &[command, health] : c.commands) {
+        success.samples.push_back({{{"command", command}}, health.ok ? "1" : "0"});
+        unsupported.samples.push_back({{{"command", command}}, std::to_string(health.unsupported)});
+    }
+    extra.push_back(std::move(errors));
     extra.push_back(std::move(success));
+    extra.push_back(std::move(unsupported));
     return write_exposition(c.samples, extra, dialect);
 }
 

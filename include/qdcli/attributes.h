@@ -52,6 +52,15 @@ enum qdcli_attr_role {
     QDCLI_ROLE_NONE        /* markers */
 };
 
+/* What an attribute is to a metrics exporter (qdcli_attr_info.metric_type):
+ * a sample of its own, a label of the samples of its row, or nothing. */
+enum qdcli_metric_type {
+    QDCLI_METRIC_NONE,    /* not exported; with a label name, it identifies its row (and the rows below) */
+    QDCLI_METRIC_COUNTER, /* monotonic: samples NAME_total; a narrow one is carried on across its wraps */
+    QDCLI_METRIC_GAUGE,   /* may go down: sizes, thresholds, settings, counts that saturate */
+    QDCLI_METRIC_INFO     /* configuration: label `label` of the row's series NAME_info (value 1) */
+};
+
 /* Flags of an attribute (qdcli_attr_info.flags). */
 #define QDCLI_ATTR_FLAG_ROW_START 0x1u /* a value of it starts a new row of its table */
 #define QDCLI_ATTR_FLAG_LIST 0x2u      /* printed once per element: its value is a list */
@@ -70,6 +79,15 @@ struct qdcli_attr_info {
     const char *help;                /* one-line description */
     const char *parent_table;        /* table whose current row holds this table's rows, or NULL */
     unsigned flags;                  /* QDCLI_ATTR_FLAG_... */
+    /* How a metrics exporter shows it: */
+    const char *metric;              /* family name without the "qdcli_" prefix and "_total"; for INFO the
+                                        family of the row's _info series; NULL when not exported */
+    enum qdcli_metric_type metric_type;
+    const char *metric_unit;         /* OpenMetrics UNIT ("bytes", "ratio", "seconds"), the name's last word; or NULL */
+    unsigned metric_divisor;         /* the value is divided by it on export (100: percent to a ratio); 0 or 1: as it is */
+    const char *label;               /* label name: of the row's identity (type NONE) or in the _info series (INFO) */
+    const char *metric_labels;       /* constant labels of its samples, "direction=n2h" or "channel=0", or NULL */
+    const char *metric_help;         /* HELP of a family several attributes share (NULL: `help`) */
 };
 
 /* The whole catalogue; *count (when not NULL) gets the number of entries. */

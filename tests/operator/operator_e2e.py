@@ -1,16 +1,18 @@
 #!/usr/bin/python3
 """End-to-end checks of qdsh's operator features on the default simulated
 switch: watch (rates against the switch's configured rates, a 32-bit wrap),
-metrics output (checked by promtool and parsed by prometheus_client),
---nonzero, and the serve exporter (scrapes, concurrency, the timeout,
-SIGTERM).
+metrics output (parsed by prometheus_client; on every shipped and fault
+scenario, every command's is clean for `promtool check metrics` and gives
+each series once), --nonzero, and the serve exporter (scrapes, concurrency,
+the timeout, SIGTERM).
 
     operator_e2e.py QDSH
 """
 import contextlib
+import glob
 import json
 import os
-import shutil
+import re
 import signal
 import subprocess
 import sys
@@ -23,6 +25,7 @@ from prometheus_client.openmetrics.parser import text_string_to_metric_families 
 from prometheus_client.parser import text_string_to_metric_families as parse_prometheus
 
 QDSH = sys.argv[1]
+SOURCE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
 E48 = "/interfaces/Ethernet1~148"
 failures = []
 
@@ -83,22 +86,42 @@ def watch_sees_a_32_bit_wrap():
 
 def metrics_output_is_valid():
     prom = qdsh("-o", "prometheus", "-c", "show queuing interface").stdout  # two interfaces unsupported: left out
-    promtool = shutil.which("promtool")
-    if promtool:
-        r = subprocess.run([promtool, "check", "metrics"], input=prom, capture_output=True, text=True)
-        check(r.returncode == 0, "promtool check metrics: " + r.stdout + r.stderr)
     families = {f.name: f for f in parse_prometheus(prom)}
     doc = documents(qdsh("-o", "json", "--compact", "-c", "show queuing interface ethernet1/48").stdout)[0]
     want = doc["interfaces"][0]["rx_queues"][0]["rx_port_pkts"]
     got = [s.value for s in families["qdcli_rx_port_pkts"].samples
-           if s.labels == {"interface": "Ethernet1/48", "qos_group": "0", "direction": "rx"}]
+           if s.labels == {"interface": "Ethernet1/48", "qos_group": "0"}]
     check(got == [want], f"qdcli_rx_port_pkts_total of Ethernet1/48 qos-group 0: {got}, JSON says {want}")
-    check(families["qdcli_rx_port_pkts"].type == "counter" and families["qdcli_q_size"].type == "gauge", "types")
+    check(families["qdcli_rx_port_pkts"].type == "counter" and families["qdcli_q_size_bytes"].type == "gauge", "types")
     om = qdsh("-o", "openmetrics", "-c", "show vaq no-credit-drops", "-c", "show queuing interface e1/1").stdout
     check(om.endswith("# EOF\n") and om.count("# EOF") == 1, "one OpenMetrics exposition for the run")
-    drops = {tuple(sorted(s.labels.items())): s.value for f in parse_openmetrics(om) for s in f.samples
-             if s.name == "qdcli_no_credit_drops_total"}
-    check(drops.get((("asic", "0"), ("extender", "101"), ("ss", "2"))) == 15, f"no-credit drops: {drops}")
+
+
+def every_scenario_follows_the_conventions():
+    scenarios = [[]] + [["--scenario", f] for f in sorted(glob.glob(os.path.join(SOURCE, "scenarios", "*.json")))]
+    scenarios += [["--scenario", f] for f in sorted(glob.glob(os.path.join(SOURCE, "tests/e2e/cases/*/scenario.json")))
+                  if '"faults"' in open(f).read()]
+    for scenario in scenarios:
+        where = os.path.basename(os.path.dirname(scenario[1])) if scenario else "the default switch"
+        names = [l.split()[0] for l in qdsh(*scenario, "-c", "sim interfaces").stdout.splitlines()[1:]]
+        commands = ["show queuing interface", "show vaq no-credit-drops", "show logging onboard flow-control pause-count"]
+        for name in dict.fromkeys(names[:1] + names[-1:] + [n for n in names if n.count("/") == 2][:1] +
+                                  [n for n in names if n.endswith("/48")]):
+            commands += [f"show queuing interface {name} extended", f"show queuing host-interface {name}",
+                         f"show system internal qd extender-stats interface {name}"]
+        args = [a for c in commands for a in ("-c", c)]
+        prom = subprocess.run([QDSH, *scenario, "-o", "prometheus", *args], capture_output=True, text=True, timeout=120)
+        repeats = [l for l in prom.stderr.splitlines() if "repeats within" in l]
+        check(not repeats, f"{where}: series repeat:\n  " + "\n  ".join(repeats[:10]))
+        r = subprocess.run(["promtool", "check", "metrics"], input=prom.stdout, capture_output=True, text=True)
+        check(r.returncode == 0 and not (r.stdout + r.stderr).strip(), f"{where}: promtool: {r.stdout[:2000]}{r.stderr[:2000]}")
+        lists = [l for l in prom.stdout.splitlines() if re.search(r'="[^"]*,', l) and "_info{" not in l]
+        check(not lists, f"{where}: a list in the labels of a value: {lists[:3]}")
+        om = subprocess.run([QDSH, *scenario, "-o", "openmetrics", *args], capture_output=True, text=True, timeout=120)
+        try:
+            check(scenario or any(f.unit == "bytes" for f in parse_openmetrics(om.stdout)), f"{where}: no UNIT bytes")
+        except ValueError as e:  # the parser's own errors name the line
+            check(False, f"{where}: the OpenMetrics parser refuses the exposition: {e}")
 
 
 def nonzero_leaves_out_zero_rows():
@@ -140,14 +163,17 @@ def serve_answers_scrapes_and_stops():
     with tempfile.TemporaryDirectory() as tmp:
         config = os.path.join(tmp, "serve.json")
         with open(config, "w") as f:
-            json.dump({"commands": ["show queuing interface ethernet1/48", "show vaq no-credit-drops"],
+            json.dump({"commands": ["show queuing interface", "show vaq no-credit-drops"],
                        "timeout_seconds": 20}, f)
         with serving("--config", config) as (p, port):
             results = [scrape(port)]  # many at once: serve_load.py
             check(results[0][0].startswith("text/plain; version=0.0.4"), "a scrape answered")
             families = {f.name: f for f in parse_prometheus(results[0][1])}
-            check(families["qdcli_scrape_collection_errors"].samples[0].value == 0,
-                  "an ASIC without the counters is no collection error")
+            errors = [(s.labels, s.value) for s in families["qdcli_collection_errors"].samples]
+            unsupported = {s.labels["command"]: s.value for s in families["qdcli_scrape_unsupported_subjects"].samples}
+            success = [s.value for s in families["qdcli_scrape_command_success"].samples]
+            check(not errors and success == [1, 1] and unsupported["show vaq no-credit-drops"] == 1,
+                  f"unsupported interfaces and ASICs are no collection errors: {errors} {success} {unsupported}")
             check("qdcli_scrape_duration_seconds" in families, "scrape duration")
             content_type, body = scrape(port, "application/openmetrics-text; version=1.0.0")
             check(content_type.startswith("application/openmetrics-text"), "OpenMetrics on request")
@@ -201,16 +227,16 @@ def serve_times_out_a_slow_collection():
             stop_serve(p)
 
 
-def readme_lists_the_metric_names():
-    readme = open(os.path.join(os.path.dirname(__file__), "..", "..", "README.md")).read()
-    listed = readme.split("<!-- metric-names begin -->\n", 1)[-1].split("<!-- metric-names end -->", 1)[0]
+def the_metrics_reference_is_current():
+    reference = open(os.path.join(os.path.dirname(__file__), "..", "..", "docs", "METRICS.md")).read()
+    listed = reference.split("<!-- metric-names begin -->\n", 1)[-1].split("<!-- metric-names end -->", 1)[0]
     names = [line.split("`")[1] for line in listed.splitlines()[2:]]
     check(len(names) == len(set(names)) > 50, "every metric family has a name of its own")
     check(listed == qdsh("--metric-names").stdout,
-          "README's metric names differ from qdsh --metric-names (paste its output between the markers)")
+          "docs/METRICS.md differs from qdsh --metric-names (paste its output between the markers)")
 
 
-for test in (readme_lists_the_metric_names, watch_rates_match_the_switch, watch_sees_a_32_bit_wrap, metrics_output_is_valid,
+for test in (the_metrics_reference_is_current, every_scenario_follows_the_conventions, watch_rates_match_the_switch, watch_sees_a_32_bit_wrap, metrics_output_is_valid,
              nonzero_leaves_out_zero_rows, serve_answers_scrapes_and_stops, serve_times_out_a_slow_collection):
     test()
 print(f"{len(failures)} failure(s)")

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <map>
 
 #include "filters.hpp"
 #include "line_context.hpp"
@@ -14,19 +15,24 @@ namespace {
 
 using qdsh::Document;
 
-// A small catalogue of the shape the library's has.
+// A small catalogue of the shape the library's has, metric columns included.
+constexpr auto N = QDCLI_METRIC_NONE, C = QDCLI_METRIC_COUNTER, G = QDCLI_METRIC_GAUGE, I = QDCLI_METRIC_INFO;
 const qdcli_attr_info kCatalogue[] = {
-    {1, "if_name", QDCLI_ATTR_TEXT, 0, QDCLI_ROLE_IDENTIFIER, nullptr, nullptr, nullptr, "Interface name", nullptr, 0},
-    {2, "rx_qos_group", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "rx_queues", "rx_qos_group", "Receive qos-group", nullptr, 0},
-    {3, "rx_port_pkts", QDCLI_ATTR_U64, 64, QDCLI_ROLE_COUNTER, "packets", "rx_queues", "rx_qos_group", "Packets received \\ over the port", nullptr, 0},
-    {4, "ingress_discards", QDCLI_ATTR_U32, 32, QDCLI_ROLE_COUNTER, "packets", "rx_queues", "rx_qos_group", "Discards", nullptr, 0},
-    {5, "q_size", QDCLI_ATTR_U32, 32, QDCLI_ROLE_GAUGE, "bytes", "rx_queues", "rx_qos_group", "Queue size", nullptr, 0},
-    {6, "drop_type", QDCLI_ATTR_TEXT, 0, QDCLI_ROLE_LABEL, nullptr, "rx_queues", "rx_qos_group", "Drop type", nullptr, 0},
-    {7, "vaq", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "extenders", "vaq", "Extender", nullptr, 0},
-    {8, "no_credit_drops", QDCLI_ATTR_U32, 8, QDCLI_ROLE_COUNTER, "packets", "ss", "ss", "No-credit drops", nullptr, 0},
-    {9, "ss", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "ss", "ss", "SS", nullptr, 0},
-    {10, "queue_name", QDCLI_ATTR_TEXT, 0, QDCLI_ROLE_LABEL, nullptr, "queues", "queue_id", "Name", nullptr, QDCLI_ATTR_FLAG_ROW_START},
-    {11, "queue_cos", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "queues", "queue_id", "CoS", nullptr, QDCLI_ATTR_FLAG_LIST},
+    {1, "if_name", QDCLI_ATTR_TEXT, 0, QDCLI_ROLE_IDENTIFIER, nullptr, nullptr, nullptr, "Interface name", nullptr, 0, nullptr, N, nullptr, 0, "interface", nullptr, nullptr},
+    {2, "rx_qos_group", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "rx_queues", "rx_qos_group", "Receive qos-group", nullptr, 0, nullptr, N, nullptr, 0, "qos_group", nullptr, nullptr},
+    {3, "rx_port_pkts", QDCLI_ATTR_U64, 64, QDCLI_ROLE_COUNTER, "packets", "rx_queues", "rx_qos_group", "Packets received \\ over the port", nullptr, 0, "rx_port_pkts", C, nullptr, 0, nullptr, nullptr, nullptr},
+    {4, "ingress_discards", QDCLI_ATTR_U32, 32, QDCLI_ROLE_COUNTER, "packets", "rx_queues", "rx_qos_group", "Discards", nullptr, 0, "ingress_discards", C, nullptr, 0, nullptr, nullptr, nullptr},
+    {5, "q_size", QDCLI_ATTR_U32, 32, QDCLI_ROLE_GAUGE, "bytes", "rx_queues", "rx_qos_group", "Queue size", nullptr, 0, "q_size_bytes", G, "bytes", 0, nullptr, nullptr, nullptr},
+    {6, "drop_type", QDCLI_ATTR_TEXT, 0, QDCLI_ROLE_LABEL, nullptr, "rx_queues", "rx_qos_group", "Drop type", nullptr, 0, "rx_queue", I, nullptr, 0, "drop_type", nullptr, nullptr},
+    {7, "vaq", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "extenders", "vaq", "Extender", nullptr, 0, nullptr, N, nullptr, 0, "extender", nullptr, nullptr},
+    {8, "no_credit_drops", QDCLI_ATTR_U32, 8, QDCLI_ROLE_GAUGE, "packets", "ss", "ss", "No-credit drops", "extenders", 0, "no_credit_drops", G, nullptr, 0, nullptr, nullptr, nullptr},
+    {9, "ss", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "ss", "ss", "SS", "extenders", 0, nullptr, N, nullptr, 0, "ss", nullptr, nullptr},
+    {10, "queue_name", QDCLI_ATTR_TEXT, 0, QDCLI_ROLE_LABEL, nullptr, "queues", "queue_name", "Name", nullptr, QDCLI_ATTR_FLAG_ROW_START, nullptr, N, nullptr, 0, "queue", nullptr, nullptr},
+    {11, "queue_cos", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "queues", "queue_name", "CoS", nullptr, QDCLI_ATTR_FLAG_LIST, "queue", I, nullptr, 0, "cos", nullptr, nullptr},
+    {12, "bandwidth", QDCLI_ATTR_U32, 32, QDCLI_ROLE_GAUGE, "percent", "queues", "queue_name", "Bandwidth", nullptr, 0, "bandwidth_ratio", G, "ratio", 100, nullptr, nullptr, nullptr},
+    {13, "pass_ch0", QDCLI_ATTR_U64, 64, QDCLI_ROLE_COUNTER, "packets", "queues", "queue_name", "Passed, channel 0", nullptr, 0, "passed", C, nullptr, 0, nullptr, "channel=0", "Packets passed on a channel"},
+    {15, "n2h_idx", QDCLI_ATTR_U32, 32, QDCLI_ROLE_IDENTIFIER, nullptr, "n2h", "n2h_idx", "Port", nullptr, QDCLI_ATTR_FLAG_ROW_START, nullptr, N, nullptr, 0, "port", nullptr, nullptr},
+    {16, "n2h_rcvd", QDCLI_ATTR_U64, 64, QDCLI_ROLE_COUNTER, "packets", "n2h", "n2h_idx", "Received", nullptr, 0, "hif_rcvd", C, nullptr, 0, nullptr, "direction=n2h", nullptr},
 };
 
 const qdcli_attr_info *find(const char *name) {
@@ -165,84 +171,112 @@ TEST(LineContext, WatchOptionsCommandAndFilters) {
     EXPECT_EQ(qdsh::watch_option_completions("--n"), (std::vector<std::string>{"--nonzero"}));
 }
 
-// ---- Deltas ----
+// ---- Deltas and counts ----
 
-TEST(CounterDelta, WrapsAndClears) {
+// The exporter's counts: monotonic across wraps, a reset where the switch
+// cleared, and forgotten after the series is gone for `keep` rounds.
+TEST(CounterState, CountsCarryOnAcrossWraps) {
     struct Case {
-        std::uint64_t previous, current;
+        const char *what;
         unsigned width;
-        std::uint64_t delta;
-        bool wrapped, restarted;
+        std::vector<std::uint64_t> raw, count;
     } cases[] = {
-        {100, 150, 32, 50, false, false},
-        {4294967290u, 4, 32, 10, true, false},                  // wrapped at 2^32
-        {1000000000u, 5, 32, 5, false, true},                  // cleared: wrapping would be 3.3e9
-        {100, 5, 32, 5, false, true},                          // cleared
-        {18446744073709551610ull, 4, 64, 4, false, true},      // 64-bit: a clear
-        {250, 3, 8, 9, true, false},
-        {5000000000ull, 7, 32, 7, false, true},                // above 32 bits: not a 32-bit wrap
-        {7, 7, 32, 0, false, false},
+        {"32-bit, two wraps", 32, {4294967000u, 200, 4294967000u, 5}, {4294967000u, 4294967496u, 8589934296u, 8589934597u}},
+        {"16-bit wrap then clear", 16, {65000, 100, 3}, {65000, 65636, 3}},
+        {"64-bit passes through", 64, {1, 18446744073709551615ull, 2}, {1, 18446744073709551615ull, 2}},
+        {"32-bit, too far to be a wrap: a clear", 32, {1000000000u, 5, 7}, {1000000000u, 5, 7}},
+        {"above 32 bits: no 32-bit wrap", 32, {5000000000ull, 7}, {5000000000ull, 7}},
     };
     for (const Case &c : cases) {
-        const qdsh::Delta d = qdsh::counter_delta(c.previous, c.current, c.width);
-        EXPECT_EQ(d.delta, c.delta) << c.previous << " -> " << c.current;
-        EXPECT_EQ(d.wrapped, c.wrapped) << c.previous << " -> " << c.current;
-        EXPECT_EQ(d.restarted, c.restarted) << c.previous << " -> " << c.current;
+        qdsh::CounterState state;
+        for (std::size_t i = 0; i < c.raw.size(); ++i) {
+            EXPECT_EQ(state.observe("x", c.raw[i], c.width).count, c.count[i]) << c.what << " reading " << i;
+            state.end_round(2);
+        }
     }
+    qdsh::CounterState state;  // a series not read in the last `keep` rounds is forgotten
+    state.observe("gone", 4294967000u, 32);
+    state.end_round(1);
+    state.end_round(1);
+    EXPECT_EQ(state.size(), 0u);
 }
 
-TEST(DeltaTracker, RatesPerSecondAndNewSeriesUnknown) {
-    qdsh::DeltaTracker tracker;
-    auto first = tracker.update(qdsh::collect_samples(queues(1000, 4294967295u, 0), find), 10);
-    for (const auto &r : first) EXPECT_FALSE(r.known);
-    const std::vector<qdsh::Sample> s = qdsh::collect_samples(queues(3000, 1, 8), find);
-    const auto second = tracker.update(s, 12);
-    EXPECT_DOUBLE_EQ(tracker.interval(), 2);
-    ASSERT_EQ(s.size(), 6u);  // q_size, rx_port_pkts, ingress_discards per row
-    EXPECT_FALSE(second[0].known);  // a gauge
-    EXPECT_EQ(second[1].delta.delta, 2000u);
-    EXPECT_DOUBLE_EQ(second[1].rate, 1000);
-    EXPECT_EQ(second[2].delta.delta, 2u);  // 32-bit wrap
-    EXPECT_TRUE(second[2].delta.wrapped);
-    EXPECT_EQ(second[4].delta.delta, 8u);
-}
+// ---- Samples, health and exposition ----
 
-// ---- Samples and exposition ----
-
-TEST(Samples, IdentifiersOfEnclosingRowsAreLabels) {
+TEST(Samples, IdentityLabelsConstantsAndConfiguration) {
     const Document d = Document::parse(R"({"extenders": [{"vaq": 101, "ss": [{"ss": 2, "no_credit_drops": 3}]}],
         "interfaces": [{"if_name": "E1/1", "q_size": -1, "rx_port_pkts": "12", "unknown_pkts": 4,
-                        "queues": [{"queue_name": "ctrl-hi", "queue_cos": [6, 7], "drop_type": "drop", "q_size": 5}]}]})");
-    const std::vector<qdsh::Sample> s = qdsh::collect_samples(d, find);
-    ASSERT_EQ(s.size(), 2u);
-    EXPECT_EQ(s[0].key(), "no_credit_drops{extender=\"101\",ss=\"2\"}");
-    EXPECT_EQ(s[0].row, "/extenders/0/ss/0");
-    // A state that starts a row names it; a state that does not is no label.
-    EXPECT_EQ(s[1].key(), "q_size{interface=\"E1/1\",queue=\"ctrl-hi\",cos=\"6,7\"}");
+                        "queues": [{"queue_name": "ctrl-hi", "queue_cos": [6, 7], "drop_type": "drop", "q_size": 5,
+                                    "pass_ch0": 1}]}],
+        "n2h": [{"if_name": "E1/48", "vaq": 101, "n2h_idx": 0, "n2h_rcvd": 5}, {"if_name": "E2/48", "vaq": 102, "n2h_idx": 0, "n2h_rcvd": 6}],
+        "errors": [{"if_name": "E1/2", "kind": "send", "q_size": 4}], "unsupported": [{"if_name": "E1/3", "q_size": 9}]})");
+    const std::vector<qdsh::Sample> samples = qdsh::collect_samples(d, find);
+    std::vector<std::string> keys;
+    for (const qdsh::Sample &s : samples) keys.push_back(s.key() + " " + std::to_string(s.value));
+    EXPECT_EQ(keys, (std::vector<std::string>{
+                        "qdcli_no_credit_drops{extender=\"101\",ss=\"2\"} 3",
+                        // The CoS list is configuration: an _info series, not a label of the values.
+                        "qdcli_queue{interface=\"E1/1\",queue=\"ctrl-hi\",cos=\"6,7\"} 1",
+                        "qdcli_rx_queue{interface=\"E1/1\",queue=\"ctrl-hi\",drop_type=\"drop\"} 1",
+                        "qdcli_q_size_bytes{interface=\"E1/1\",queue=\"ctrl-hi\"} 5",
+                        "qdcli_passed{interface=\"E1/1\",queue=\"ctrl-hi\",channel=\"0\"} 1",
+                        // Extender statistics rows that name their subject are told apart.
+                        "qdcli_hif_rcvd{interface=\"E1/48\",extender=\"101\",port=\"0\",direction=\"n2h\"} 5",
+                        "qdcli_hif_rcvd{interface=\"E2/48\",extender=\"102\",port=\"0\",direction=\"n2h\"} 6",
+                    }));
+    EXPECT_TRUE(qdsh::repeated_series(samples).empty());
+    EXPECT_EQ(qdsh::repeated_series({samples[0], samples[1], samples[0], samples[0]}), std::vector<std::string>{samples[0].key()});
+}
+
+TEST(Health, ErrorsByKindAndUnsupportedSubjects) {
+    qdsh::CommandHealth h = qdsh::command_health(Document::parse(R"({"errors": [], "unsupported": [{"if_name": "E1/1"}, {"if_name": "E1/2"}]})"), true);
+    EXPECT_TRUE(h.ok && h.errors.empty() && h.unsupported == 2);
+    h = qdsh::command_health(Document::parse(R"({"errors": [{"kind": "send"}, {"kind": "send"}, {"message": "no kind"}]})"), false);
+    EXPECT_EQ(h.errors, (std::map<std::string, long>{{"send", 2}, {"unknown", 1}}));
+    h = qdsh::command_health(Document::parse(R"({"errors": []})"), false);  // failed, saying nothing
+    EXPECT_EQ(h.errors, (std::map<std::string, long>{{"failed", 1}}));
+    EXPECT_FALSE(qdsh::command_health(Document::parse(R"({"errors": [{"kind": "refused"}]})"), true).ok);
 }
 
 TEST(Exposition, BothDialects) {
-    const std::vector<qdsh::Sample> s = qdsh::collect_samples(queues(7, 0, 9), find);
+    std::vector<qdsh::Sample> s = qdsh::collect_samples(queues(7, 0, 9), find);
+    const std::vector<qdsh::Sample> queue = qdsh::collect_samples(
+        Document::parse(R"({"queues": [{"queue_name": "q", "bandwidth": 25, "pass_ch0": 3}]})"), find);
+    s.insert(s.end(), queue.begin(), queue.end());
     const std::vector<qdsh::ExtraFamily> extra{{"qdcli_scrape_duration_seconds", false, "Time", {{{}, "0.5"}}},
-                                               {"qdcli_x", false, "X", {{{{"command", "a\"b\\c\nd"}}, "1"}}}};
-    const std::string rows =
-        "qdcli_q_size{interface=\"Ethernet1/1\",qos_group=\"0\",direction=\"rx\"} 100\n"
-        "qdcli_q_size{interface=\"Ethernet1/1\",qos_group=\"1\",direction=\"rx\"} 200\n";
+                                               {"qdcli_x", true, "X", {{{{"command", "a\"b\\c\nd"}}, "1"}}}};
     const std::string om = qdsh::write_exposition(s, extra, qdsh::Exposition::openmetrics);
-    EXPECT_TRUE(om.starts_with("# HELP qdcli_q_size Queue size\n# TYPE qdcli_q_size gauge\n" + rows)) << om;
-    EXPECT_NE(om.find("# HELP qdcli_rx_port_pkts Packets received \\\\ over the port\n"
-                      "# TYPE qdcli_rx_port_pkts counter\n"
-                      "qdcli_rx_port_pkts_total{interface=\"Ethernet1/1\",qos_group=\"0\",direction=\"rx\"} 7\n"),
-              std::string::npos)
-        << om;
-    EXPECT_NE(om.find("qdcli_x{command=\"a\\\"b\\\\c\\nd\"} 1\n# EOF\n"), std::string::npos) << om;
+    for (const char *part : {
+             "# HELP qdcli_rx_queue Configuration of each rx queue, as labels (value 1)\n"
+             "# TYPE qdcli_rx_queue info\n"
+             "qdcli_rx_queue_info{interface=\"Ethernet1/1\",qos_group=\"0\",drop_type=\"drop\"} 1\n"
+             "qdcli_rx_queue_info{interface=\"Ethernet1/1\",qos_group=\"1\",drop_type=\"no-drop\"} 1\n"
+             "# HELP qdcli_q_size_bytes Queue size\n# TYPE qdcli_q_size_bytes gauge\n# UNIT qdcli_q_size_bytes bytes\n"
+             "qdcli_q_size_bytes{interface=\"Ethernet1/1\",qos_group=\"0\"} 100\n",
+             "# HELP qdcli_rx_port_pkts Packets received \\\\ over the port\n# TYPE qdcli_rx_port_pkts counter\n"
+             "qdcli_rx_port_pkts_total{interface=\"Ethernet1/1\",qos_group=\"0\"} 7\n",
+             "# UNIT qdcli_bandwidth_ratio ratio\nqdcli_bandwidth_ratio{queue=\"q\"} 0.25\n",
+             "# TYPE qdcli_scrape_duration_seconds gauge\n# UNIT qdcli_scrape_duration_seconds seconds\n",
+             "qdcli_x_total{command=\"a\\\"b\\\\c\\nd\"} 1\n# EOF\n",
+         })
+        EXPECT_NE(om.find(part), std::string::npos) << part << "\nin\n" << om;
     const std::string prom = qdsh::write_exposition(s, {}, qdsh::Exposition::prometheus);
-    EXPECT_NE(prom.find("# TYPE qdcli_ingress_discards_total counter\n"), std::string::npos) << prom;
-    EXPECT_EQ(prom.find("# EOF"), std::string::npos);
+    EXPECT_TRUE(prom.find("# TYPE qdcli_ingress_discards_total counter\n") != prom.npos && prom.find("# TYPE qdcli_rx_queue_info gauge\n") != prom.npos);
+    EXPECT_EQ(prom.find("# EOF"), prom.find("# UNIT"));  // neither
     // The same series twice (two commands): the first wins.
     std::vector<qdsh::Sample> twice = s;
     twice.insert(twice.end(), s.begin(), s.end());
     EXPECT_EQ(qdsh::write_exposition(twice, {}, qdsh::Exposition::prometheus), prom);
+    // The exporter's counts: a row that says its counter is 16 bits wide wraps there.
+    const auto narrow = [&](int v) {
+        return qdsh::collect_samples(Document::parse(R"({"rx_queues": [{"rx_qos_group": 0, "ingress_discards_bits": 16,
+                                                         "ingress_discards": )" + std::to_string(v) + "}]}"), find);
+    };
+    qdsh::CounterState state;
+    std::vector<qdsh::Sample> before = narrow(65530), after = narrow(4);
+    qdsh::carry_counters(before, state);
+    qdsh::carry_counters(after, state);
+    EXPECT_EQ(after[0].value, 65540u);
 }
 
 TEST(NonZero, RowsWithOnlyZeroCountersGo) {
