@@ -346,7 +346,7 @@ def main():
             fail("catalogue", f"printed but not catalogued: {sorted(unknown)}")
         # Stream attributes the simulated daemon never sends (the alternative
         # limits of another stream layout, a threshold no scenario sets).
-        never = declared - seen - {"sw_buffer_threshold", "sw_queue_limit_tx_alt", "sw_queue_limit_rx_alt"}
+        never = declared - seen - structural - {"sw_buffer_threshold", "sw_queue_limit_tx_alt", "sw_queue_limit_rx_alt"}
         if never:
             fail("catalogue", f"catalogued but never printed: {sorted(never)}")
         schemas_reject_mutations(validator, xsd, work)
