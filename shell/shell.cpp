@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "shell.hpp"
 
-#include "model/json_input.hpp"
-
 #include <algorithm>
 #include <array>
 #include <cctype>

@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "model/json_access.hpp"
+#include "qdsim/sim.h"
 
 namespace qdsim {
 
@@ -54,11 +55,7 @@ bool read_json_document(const std::string &path, Json &out, std::string &error);
 // hostile value.
 std::string quoted_excerpt(std::string_view text);
 
-// Text for a terminal: valid UTF-8 passes, every control character (C0
-// but newline and tab, DEL, the C1 range U+0080-U+009F) and every byte that
-// is not part of valid UTF-8 becomes \xNN, so no input can drive the
-// terminal. Printable ASCII is byte for byte as it was.
-std::string terminal_safe(std::string_view text);
+// terminal_safe(), the text for a terminal, is in qdsim/sim.h: hosts use it too.
 
 // Whether `text` is valid UTF-8 without control characters of any kind
 // (newline and tab included); false with `why` naming the first fault.

@@ -10,6 +10,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "qdcli/observer.h"
@@ -83,6 +84,12 @@ struct PrinterFlush {
     std::vector<Attribute> values;
 };
 void set_flush_sink(std::function<void(const PrinterFlush &)> sink);
+
+// Text for a terminal: valid UTF-8 passes, every control character (C0
+// but newline and tab, DEL, the C1 range U+0080-U+009F) and every byte that
+// is not part of valid UTF-8 becomes \xNN, so no input can drive the
+// terminal. Printable ASCII is byte for byte as it was.
+std::string terminal_safe(std::string_view text);
 
 // The observer that the platform's qdcli_observer_get() hands the handler
 // library (qdcli/observer.h): the handlers tell it their subjects, rows,
