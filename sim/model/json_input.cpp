@@ -122,51 +122,53 @@ bool check_json_depth(std::string_view text, std::string &error, std::size_t &of
     return true;
 }
 
-bool parse_json_value(std::string_view text, Json &out, std::string &error) {
+namespace {
+
+enum class Parsed { ok, refused, syntax };
+
+// Parses `text` within the nesting limit: refused with `error` saying why, or
+// a syntax error that `failure` places.
+Parsed parse_checked(std::string_view text, Json &out, ParseFailure &failure, std::string &error) {
     std::size_t offset = 0;
     if (!check_json_depth(text, error, offset)) {
         error += " (at byte " + std::to_string(offset + 1) + ")";
-        return false;
+        return Parsed::refused;
     }
     try {
         PositionMap positions;
-        ParseFailure failure;
-        if (!parse_with_positions(text, {}, out, positions, failure)) {
-            error = "is not JSON: " + failure.reason + " (line " + std::to_string(failure.where.line) + ", column " +
-                    std::to_string(failure.where.column) + ")";
-            return false;
-        }
+        if (!parse_with_positions(text, {}, out, positions, failure)) return Parsed::syntax;
     } catch (const std::bad_alloc &) {
         error = "does not fit in memory";
-        return false;
+        return Parsed::refused;
+    }
+    return Parsed::ok;
+}
+
+}  // namespace
+
+bool parse_json_value(std::string_view text, Json &out, std::string &error) {
+    ParseFailure failure;
+    try {
+        const Parsed parsed = parse_checked(text, out, failure, error);
+        if (parsed == Parsed::syntax)
+            error = "is not JSON: " + failure.reason + " (line " + std::to_string(failure.where.line) + ", column " +
+                    std::to_string(failure.where.column) + ")";
+        return parsed == Parsed::ok;
     } catch (const std::exception &) {
         error = "is not JSON";
         return false;
     }
-    return true;
 }
 
 bool read_json_document(const std::string &path, Json &out, std::string &error) {
     std::string text;
     if (!read_json_file(path, text, error)) return false;
-    std::size_t offset = 0;
-    if (!check_json_depth(text, error, offset)) {
-        error += " (at byte " + std::to_string(offset + 1) + ")";
-        return false;
-    }
-    try {
-        PositionMap positions;
-        ParseFailure failure;
-        if (!parse_with_positions(text, {}, out, positions, failure)) {
-            error = "line " + std::to_string(failure.where.line) + ", column " + std::to_string(failure.where.column) +
-                    ": " + failure.reason;
-            return false;
-        }
-    } catch (const std::bad_alloc &) {
-        error = "does not fit in memory";
-        return false;
-    }
-    return true;
+    ParseFailure failure;
+    const Parsed parsed = parse_checked(text, out, failure, error);
+    if (parsed == Parsed::syntax)
+        error = "line " + std::to_string(failure.where.line) + ", column " + std::to_string(failure.where.column) +
+                ": " + failure.reason;
+    return parsed == Parsed::ok;
 }
 
 namespace {
