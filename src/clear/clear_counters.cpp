@@ -15,6 +15,7 @@
 #include <cstring>
 
 #include "frame/bounded_string.hpp"
+#include "catalogue/attribute_ids.hpp"
 #include "frame/enumeration.hpp"
 #include "frame/exchange.hpp"
 #include "frame/exchange_failure.hpp"
@@ -38,7 +39,6 @@ constexpr char kClearAllPauseCounters[] = "clear interface priority-flow-control
 // Told to the observer, not printed: what a clear has cleared ("queuing" for
 // the daemon's counters, "qos" for a host interface's QoS counters, "pause"
 // for the pause counters the shell was asked to clear).
-constexpr std::uint32_t kAttrCleared = 0x30ff0107;
 
 // A zero-filled shell command record with the fixed words of a clear command.
 vsh_cmd_req pause_clear_request() {
@@ -69,14 +69,14 @@ void clear_pause_counters_of(std::uint32_t if_index) {
     append_to_line(request, kPriorityFlowControl, sizeof kPriorityFlowControl - 1);
     append_to_line(request, name, sizeof name);
     vsh_system2(&request);  // the shell tells its own failures; nothing to add
-    observe::text(kAttrCleared, "pause");
+    observe::text(attr::cleared, "pause");
 }
 
 void clear_all_pause_counters() {
     vsh_cmd_req request = pause_clear_request();
     strncpy_s(request.cmd_line, sizeof request.cmd_line, kClearAllPauseCounters, sizeof kClearAllPauseCounters - 1);
     vsh_system2(&request);
-    observe::text(kAttrCleared, "pause");
+    observe::text(attr::cleared, "pause");
 }
 
 // The interface the one-interface clear is about: its first argument, when
@@ -112,7 +112,7 @@ extern "C" std::int32_t qd_cli_clear_qos_stats_ifindex(std::uint32_t if_index) {
             if (type != IF_TYPE_HIF) return 0;  // only host interfaces have QoS counters here
             const observe::Subject subject(observe::interface(if_index));
             const std::int32_t result = statscl_clear_qos_counters(0, if_index, 0, nullptr);
-            if (result == 0) observe::text(kAttrCleared, "qos");
+            if (result == 0) observe::text(attr::cleared, "qos");
             return result;
         },
         -1);
@@ -159,7 +159,7 @@ extern "C" std::int32_t qd_cli_clear_queuing_interface(cmd_paraminfo *pinfo) {
             const ExchangeResult exchange = qd_exchange(pinfo->mts_handle, QD_CLI_CMD_CLEAR_QUEUING_IF,
                                                         argument.if_index, 0, Reply::confirm_only, reply);
             if (const auto status = told_by_interface_clear(exchange)) return *status;
-            observe::text(kAttrCleared, "queuing");
+            observe::text(attr::cleared, "queuing");
 
             qd_cli_clear_qos_stats_ifindex(argument.if_index);
             if (in_vdc_one()) clear_pause_counters_of(argument.if_index);
@@ -177,7 +177,7 @@ extern "C" std::int32_t qd_cli_clear_queuing_all(cmd_paraminfo *pinfo) {
             const ExchangeResult exchange =
                 qd_exchange(pinfo->mts_handle, QD_CLI_CMD_CLEAR_QUEUING_ALL, 0, 0, Reply::confirm_only, reply);
             if (const auto status = told_on_stdout(exchange)) return *status;
-            observe::text(kAttrCleared, "queuing");
+            observe::text(attr::cleared, "queuing");
 
             qd_cli_clear_qos_stats_all(pinfo);
             if (in_vdc_one()) clear_all_pause_counters();

@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "frame/exchange.hpp"
+#include "catalogue/attribute_ids.hpp"
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/observe.hpp"
@@ -35,8 +36,6 @@ const char kNotSupported[] = "Command not supported on this platform";
 
 // Told to the observer beside the printed map: a row per queue with the CoS
 // values mapped to it.
-constexpr std::uint32_t kAttrMcastQueue = 0x14ff0105;
-constexpr std::uint32_t kAttrMcastCos = 0x14ff0106;
 
 void refuse_on_platform() { observe::fail_on_stdout(QDCLI_FAILURE_NOT_SUPPORTED, 0, "%s\n", kNotSupported); }
 
@@ -88,11 +87,11 @@ void print_cosmap(const CosMap &map) {
     std::puts("MCAST Queue ID\t\t Cos Map");
     for (unsigned queue = 0; queue < kMcastQueues; ++queue) {
         const observe::Row row("mcast_queues");
-        observe::u32(kAttrMcastQueue, queue);
+        observe::u32(attr::mcast_queue, queue);
         std::printf("%d\t\t\t", static_cast<int>(queue));
         for (unsigned cos = 0; cos < kCosValues; ++cos) {
             if (map.queue_of_cos[cos] != queue) continue;
-            observe::u32(kAttrMcastCos, cos);
+            observe::u32(attr::mcast_cos, cos);
             std::printf("%d ", static_cast<int>(cos));
         }
         std::putchar('\n');

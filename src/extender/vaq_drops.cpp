@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "catalogue/attribute_ids.hpp"
 #include "frame/exchange.hpp"
 #include "frame/guard.hpp"
 #include "frame/observe.hpp"
@@ -17,6 +18,7 @@ namespace {
 
 using qdcli::PayloadReader;
 using qdcli::u32;
+namespace attr = qdcli::attr;
 
 constexpr std::uint32_t kFirstVaq = 100;
 constexpr std::uint32_t kLastVaq = 199;
@@ -29,14 +31,6 @@ constexpr std::uint32_t kMaxAsics = 4;   // SS counts fill offsets 33 to 36
 constexpr std::uint32_t kMaxSs = 12;
 
 constexpr std::size_t kMessageSize = 80;
-
-constexpr std::uint32_t kAttrAsicsVaq = ATTR_ID(ATTR_TYPE_UINT, 0x0001);
-constexpr std::uint32_t kAttrAsics = ATTR_ID(ATTR_TYPE_UINT, 0x0002);
-constexpr std::uint32_t kAttrVaq = ATTR_ID(ATTR_TYPE_UINT, 0x0003);
-constexpr std::uint32_t kAttrAsic = ATTR_ID(ATTR_TYPE_UINT, 0x0004);
-constexpr std::uint32_t kAttrSsCount = ATTR_ID(ATTR_TYPE_UINT, 0x0005);
-constexpr std::uint32_t kAttrSs = ATTR_ID(ATTR_TYPE_UINT, 0x0006);
-constexpr std::uint32_t kAttrDrops = ATTR_ID(ATTR_TYPE_UINT, 0x0007);
 
 std::size_t drops_at(std::uint32_t asic, std::uint32_t ss) { return kDropsAt + kMaxSs * asic + ss; }
 
@@ -59,7 +53,7 @@ void print_asic(qdcli::Printer &out, const PayloadReader &payload, std::uint32_t
     const std::uint32_t ss_count = payload.u8(kSsCountAt + asic);
     const qdcli_subject subject = qdcli::observe::asic(vaq, asic);
     if (ss_count == 0) {
-        out.line_untold("\nCommand not supported on vaq %s for asic_id %s", u32(kAttrVaq, vaq), u32(kAttrAsic, asic));
+        out.line_untold("\nCommand not supported on vaq %s for asic_id %s", u32(attr::asic_vaq, vaq), u32(attr::asic, asic));
         char message[kMessageSize];
         std::snprintf(message, sizeof message, "\nCommand not supported on vaq %u for asic_id %u", vaq, asic);
         qdcli::observe::failure(QDCLI_FAILURE_NOT_SUPPORTED, message, 0, &subject);
@@ -71,12 +65,12 @@ void print_asic(qdcli::Printer &out, const PayloadReader &payload, std::uint32_t
         return;
     }
     const qdcli::observe::Row row("asics");
-    out.line("\nNo. of SS present in vaq %s for asic %s is = %s", u32(kAttrVaq, vaq), u32(kAttrAsic, asic),
-             u32(kAttrSsCount, ss_count));
+    out.line("\nNo. of SS present in vaq %s for asic %s is = %s", u32(attr::asic_vaq, vaq), u32(attr::asic, asic),
+             u32(attr::ss_count, ss_count));
     for (std::uint32_t ss = 0; ss < ss_count; ++ss) {
         const qdcli::observe::Row ss_row("ss");
-        out.line("\nNo-credit drop count on 'no-drop class' for SS %s is = %s", u32(kAttrSs, ss),
-                 u32(kAttrDrops, payload.u8(drops_at(asic, ss))));
+        out.line("\nNo-credit drop count on 'no-drop class' for SS %s is = %s", u32(attr::ss, ss),
+                 u32(attr::no_credit_drops, payload.u8(drops_at(asic, ss))));
     }
 }
 
@@ -104,7 +98,7 @@ void print_reply(qdcli::Printer &out, const PayloadReader &payload, std::uint32_
                  static_cast<int>(vaq), static_cast<unsigned>(payload.length()), static_cast<unsigned>(needed));
         return;
     }
-    out.line("\nNo. of Asics present in vaq %s is = %s", u32(kAttrAsicsVaq, vaq), u32(kAttrAsics, asics));
+    out.line("\nNo. of Asics present in vaq %s is = %s", u32(attr::vaq, vaq), u32(attr::asic_count, asics));
     for (std::uint32_t a = 0; a < asics; ++a) print_asic(out, payload, vaq, a);
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "hif/hif_report.hpp"
+#include "catalogue/attribute_ids.hpp"
 
 #include <array>
 #include <cstring>
@@ -14,63 +15,8 @@ namespace qdcli::hif {
 namespace {
 
 // Attribute IDs of the typed report, in report order.
-constexpr std::uint32_t HIF_ATTR_SLOT = 0x14ff0073u;
-constexpr std::uint32_t HIF_ATTR_IF_INDEX = 0x14ff0074u;
-constexpr std::uint32_t HIF_ATTR_IB_QOS_GROUP = 0x14ff0075u;
-constexpr std::uint32_t HIF_ATTR_IB_FRH = 0x14ff0076u;
-constexpr std::uint32_t HIF_ATTR_IB_DROP_TYPE = 0x30ff0077u;
-constexpr std::uint32_t HIF_ATTR_IB_COS = 0x14ff0078u;
-constexpr std::uint32_t HIF_ATTR_IB_XON = 0x14ff0079u;
-constexpr std::uint32_t HIF_ATTR_IB_XOFF = 0x14ff007au;
-constexpr std::uint32_t HIF_ATTR_IB_BUFFER_SIZE = 0x14ff007bu;
-constexpr std::uint32_t HIF_ATTR_IB_UNSUPPORTED = 0x14ff007cu;
 // Told to the observer, not printed: the control queues' names and the kind
 // of a statistics row are text of the report's own lines.
-constexpr std::uint32_t HIF_ATTR_QUEUE_NAME = 0x30ff0088u;
-constexpr std::uint32_t HIF_ATTR_STATS_FLAGS = 0x30ff0089u;
-constexpr std::uint32_t HIF_ATTR_ROW_FLAGS = 0x30ff00a9u;
-constexpr std::uint32_t HIF_ATTR_QUEUE_ID = 0x14ff007du;
-constexpr std::uint32_t HIF_ATTR_QUEUE_QOS_GROUP = 0x11ff007eu;
-constexpr std::uint32_t HIF_ATTR_QUEUE_COS = 0x14ff007fu;
-constexpr std::uint32_t HIF_ATTR_QUEUE_PRIORITY = 0x30ff0080u;
-constexpr std::uint32_t HIF_ATTR_QUEUE_BANDWIDTH = 0x14ff0081u;
-constexpr std::uint32_t HIF_ATTR_QUEUE_MTU = 0x14ff0082u;
-constexpr std::uint32_t HIF_ATTR_QUEUE_UNSUPPORTED = 0x14ff0083u;
-constexpr std::uint32_t HIF_ATTR_BUFFER_THRESHOLD = 0x14ff0084u;
-constexpr std::uint32_t HIF_ATTR_QUEUE_LIMIT = 0x14ff0085u;
-constexpr std::uint32_t HIF_ATTR_QUEUE_LIMIT_TX = 0x14ff0086u;
-constexpr std::uint32_t HIF_ATTR_QUEUE_LIMIT_RX = 0x14ff0087u;
-constexpr std::uint32_t HIF_ATTR_STATS_QUEUE = 0x14ff008au;
-constexpr std::uint32_t HIF_ATTR_STATS_RX = 0x14ff008bu;
-constexpr std::uint32_t HIF_ATTR_STATS_TX = 0x14ff008cu;
-constexpr std::uint32_t HIF_ATTR_RX_ROW_QUEUE = 0x14ff008du;
-constexpr std::uint32_t HIF_ATTR_RX_ROW_RECEIVED = 0x14ff008eu;
-constexpr std::uint32_t HIF_ATTR_RX_ROW_TAIL_DROP = 0x14ff008fu;
-constexpr std::uint32_t HIF_ATTR_RX_ROW_NO_BUFFER = 0x14ff0090u;
-constexpr std::uint32_t HIF_ATTR_RX_ROW_MAC_ERROR = 0x14ff0091u;
-constexpr std::uint32_t HIF_ATTR_TX_ROW_QUEUE = 0x14ff0092u;
-constexpr std::uint32_t HIF_ATTR_TX_ROW_TRANSMITTED = 0x14ff0093u;
-constexpr std::uint32_t HIF_ATTR_TX_ROW_TAIL_DROP = 0x14ff0094u;
-constexpr std::uint32_t HIF_ATTR_TX_ROW_NO_BUFFER = 0x14ff0095u;
-constexpr std::uint32_t HIF_ATTR_TX_ROW_MAC_ERROR = 0x14ff0096u;
-constexpr std::uint32_t HIF_ATTR_TX_ROW_MCAST_TAIL_DROP = 0x14ff0097u;
-constexpr std::uint32_t HIF_ATTR_PORT_RX_DROP = 0x14ff0098u;
-constexpr std::uint32_t HIF_ATTR_PORT_RX_MCAST_DROP = 0x14ff0099u;
-constexpr std::uint32_t HIF_ATTR_PORT_RX_ERROR = 0x14ff009au;
-constexpr std::uint32_t HIF_ATTR_PORT_TX_DROP = 0x14ff009bu;
-constexpr std::uint32_t HIF_ATTR_PORT_MUX_OVFLOW = 0x30ff009cu;
-constexpr std::uint32_t HIF_ATTR_PORT_TX_QUEUE_DROP = 0x14ff009du;
-constexpr std::uint32_t HIF_ATTR_PORT_MUX_STATE = 0x30ff009eu;
-constexpr std::uint32_t HIF_ATTR_PORT_OVFLOW_PORT = 0x14ff009fu;
-constexpr std::uint32_t HIF_ATTR_PFC_ENABLED = 0x30ff00a0u;
-constexpr std::uint32_t HIF_ATTR_PAUSE_RX_STATE = 0x14ff00a1u;
-constexpr std::uint32_t HIF_ATTR_PAUSE_TX_STATE = 0x14ff00a2u;
-constexpr std::uint32_t HIF_ATTR_PFC_RX_MASK = 0x14ff00a3u;
-constexpr std::uint32_t HIF_ATTR_PAUSE_COS = 0x14ff00a4u;
-constexpr std::uint32_t HIF_ATTR_PAUSE_QOS_GROUP = 0x11ff00a5u;
-constexpr std::uint32_t HIF_ATTR_PAUSE_RX = 0x30ff00a6u;
-constexpr std::uint32_t HIF_ATTR_PAUSE_TX = 0x30ff00a7u;
-constexpr std::uint32_t HIF_ATTR_PAUSE_MASKED_RX = 0x30ff00a8u;
 
 constexpr std::uint8_t HIF_QUEUING_VARIANT = 3;
 constexpr std::uint8_t QUEUE_ID_CTRL_HI = 0;
@@ -121,7 +67,7 @@ unsigned input_buffer_groups(const InputBuffer &buffer, bool detailed, Unsupport
             if (!detailed) continue;
         }
         if (printed > 0) out.put(" ");
-        out.put("%d ", {word(HIF_ATTR_IB_QOS_GROUP, g)});
+        out.put("%d ", {word(attr::ib_qos_group, g)});
         ++printed;
     }
     return printed;
@@ -141,7 +87,7 @@ void queue_groups(const Queue &queue, bool detailed, UnsupportedGroups &unsuppor
             out.put(" ");
             ++width;
         }
-        out.put("%d", {word(HIF_ATTR_QUEUE_QOS_GROUP, g)});
+        out.put("%d", {word(attr::queue_qos_group, g)});
         ++width;
     }
     for (std::size_t n = width; n < QOS_GROUP_COLUMN; ++n) out.put(" ");
@@ -153,7 +99,7 @@ void queue_cos(const Queue &queue, HifOutput &out) {
     for (unsigned k = 0; k < 8; ++k) {
         if (!bit(queue.cos_map, k)) continue;
         if (width > 0) out.put(" ");
-        out.put("%d", {word(HIF_ATTR_QUEUE_COS, k)});
+        out.put("%d", {word(attr::queue_cos, k)});
         width = width == 0 ? 1 : width + 2;
     }
     for (std::size_t n = width; n < COS_COLUMN; ++n) out.put(" ");
@@ -183,23 +129,23 @@ void input_buffers(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
             const unsigned printed = input_buffer_groups(buffer, detailed, unsupported, out);
             out.put(printed >= 2 ? " (shared)\n" : "\n");
         }
-        out.put("  frh: %d\n", {word(HIF_ATTR_IB_FRH, buffer.frh)});
-        out.put("  drop-type: %s\n", {label(HIF_ATTR_IB_DROP_TYPE, buffer.no_drop ? "no-drop" : "drop")});
+        out.put("  frh: %d\n", {word(attr::ib_frh, buffer.frh)});
+        out.put("  drop-type: %s\n", {label(attr::ib_drop_type, buffer.no_drop ? "no-drop" : "drop")});
         out.put("  cos: ");
         bool first = true;
         for (unsigned k = 0; k < 8; ++k) {
             if (!bit(buffer.cos_map, k)) continue;
             if (!first) out.put(" ");
-            out.put("%d", {word(HIF_ATTR_IB_COS, k)});
+            out.put("%d", {word(attr::ib_cos, k)});
             first = false;
         }
         out.put("\n");
         out.put("  xon       xoff      buffer-size\n");
         out.put("  ---------+---------+-----------\n");
-        out.put("  %-9d %-9d %-9d\n", {word(HIF_ATTR_IB_XON, buffer.xon), word(HIF_ATTR_IB_XOFF, buffer.xoff),
-                                       word(HIF_ATTR_IB_BUFFER_SIZE, buffer.buffer_size)});
+        out.put("  %-9d %-9d %-9d\n", {word(attr::ib_xon, buffer.xon), word(attr::ib_xoff, buffer.xoff),
+                                       word(attr::ib_buffer_size, buffer.buffer_size)});
     }
-    footnote("\n* qos-group ", unsupported, HIF_ATTR_IB_UNSUPPORTED, detailed, out);
+    footnote("\n* qos-group ", unsupported, attr::ib_unsupported_qos_group, detailed, out);
 }
 
 void queueing(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
@@ -212,21 +158,21 @@ void queueing(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
         if (!detailed && (queue.flags & QUEUE_FLAG_CTRL)) continue;
         const observe::Row row("queues");
         if (queue.queue_id == QUEUE_ID_CTRL_HI || queue.queue_id == QUEUE_ID_CTRL_LO) {
-            out.tell(word(HIF_ATTR_QUEUE_ID, queue.queue_id));
-            out.tell(label(HIF_ATTR_QUEUE_NAME, queue.queue_id == QUEUE_ID_CTRL_HI ? "ctrl-hi" : "ctrl-lo"));
+            out.tell(word(attr::queue_id, queue.queue_id));
+            out.tell(label(attr::queue_name, queue.queue_id == QUEUE_ID_CTRL_HI ? "ctrl-hi" : "ctrl-lo"));
             out.formatted("  %s", queue.queue_id == QUEUE_ID_CTRL_HI ? "ctrl-hi  " : "ctrl-lo  ");
             out.put("n/a");
             for (std::size_t n = 0; n < QUEUE_NAME_BLANKS; ++n) out.put(" ");
         } else {
-            out.put("  %d        ", {word(HIF_ATTR_QUEUE_ID, queue.queue_id)});
+            out.put("  %d        ", {word(attr::queue_id, queue.queue_id)});
             queue_groups(queue, detailed, unsupported, out);
         }
         queue_cos(queue, out);
-        out.put(" %3s     %5d", {label(HIF_ATTR_QUEUE_PRIORITY, (queue.sched & SCHED_STRICT_PRIORITY) ? "PRI" : "WRR"),
-                                 word(HIF_ATTR_QUEUE_BANDWIDTH, queue.sched & SCHED_BANDWIDTH)});
-        out.put("      %4d\n", {word(HIF_ATTR_QUEUE_MTU, queue.mtu)});
+        out.put(" %3s     %5d", {label(attr::queue_priority, (queue.sched & SCHED_STRICT_PRIORITY) ? "PRI" : "WRR"),
+                                 word(attr::queue_bandwidth, queue.sched & SCHED_BANDWIDTH)});
+        out.put("      %4d\n", {word(attr::queue_mtu, queue.mtu)});
     }
-    footnote("\n  * qos-group ", unsupported, HIF_ATTR_QUEUE_UNSUPPORTED, detailed, out);
+    footnote("\n  * qos-group ", unsupported, attr::queue_unsupported_qos_group, detailed, out);
 }
 
 void limit(std::uint32_t value, std::uint32_t attr, HifOutput &out) {
@@ -237,7 +183,7 @@ void limit(std::uint32_t value, std::uint32_t attr, HifOutput &out) {
 }
 
 void flags_column(const QueueStats &stats, HifOutput &out) {
-    out.tell(label(HIF_ATTR_STATS_FLAGS, (stats.flags & QUEUE_FLAG_CTRL) ? "ctrl" : "data"));
+    out.tell(label(attr::stats_flags, (stats.flags & QUEUE_FLAG_CTRL) ? "ctrl" : "data"));
     out.formatted(" %s\n", (stats.flags & QUEUE_FLAG_CTRL) ? " ctrl" : " data");
 }
 
@@ -261,14 +207,14 @@ void statistics_rows(const HifQueuingInfo &info, bool detailed, const char *tabl
 
 void statistics_single(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
     out.put("\n  Queue limit: ");
-    limit(info.queue_limit, HIF_ATTR_QUEUE_LIMIT, out);
+    limit(info.queue_limit, attr::queue_limit, out);
     out.put("\n  Queue Statistics:\n");
     out.put("  queue  rx              ");
     out.put(detailed ? " flags\n" : "      \n");
     out.put("  ------+---------------");
     out.put(detailed ? "+-----\n" : "      \n");
     statistics_rows(info, detailed, "queue_stats", [&](const QueueStats &s) {
-        out.put("  %d      %-15llu", {word(HIF_ATTR_STATS_QUEUE, s.queue_num), counter(HIF_ATTR_STATS_RX, s.rx_count)});
+        out.put("  %d      %-15llu", {word(attr::stats_queue, s.queue_num), counter(attr::stats_rx, s.rx_count)});
         if (detailed)
             flags_column(s, out);
         else
@@ -280,9 +226,9 @@ void statistics_rows_format(const HifQueuingInfo &info, bool detailed, HifOutput
     const char *separator = detailed ? "  ---+----------------+-----------+------------+----------+-----------+-----+\n"
                                      : "  ---+----------------+-----------+------------+----------+-----------+\n";
     out.put("\n  Queue Limit Tx: ");
-    limit(info.queue_limit, HIF_ATTR_QUEUE_LIMIT_TX, out);
+    limit(info.queue_limit, attr::queue_limit_tx, out);
     out.put("  Queue Limit Rx: ");
-    limit(info.queue_limit_rx, HIF_ATTR_QUEUE_LIMIT_RX, out);
+    limit(info.queue_limit_rx, attr::queue_limit_rx, out);
     out.put("\n  Queue Statistics:\n");
     out.put(separator);
     if (detailed) {
@@ -295,13 +241,13 @@ void statistics_rows_format(const HifQueuingInfo &info, bool detailed, HifOutput
     out.put(separator);
     statistics_rows(info, detailed, nullptr, [&](const QueueStats &s) {
         observe::row_begin("rx_queue_stats");
-        out.put("%3urx|%16llu", {word(HIF_ATTR_RX_ROW_QUEUE, s.queue_num), counter(HIF_ATTR_RX_ROW_RECEIVED, s.rx_count)});
-        out.put("|%11llu", {counter(HIF_ATTR_RX_ROW_TAIL_DROP, s.tail_drop_rx)});
-        out.put("|%12llu", {counter(HIF_ATTR_RX_ROW_NO_BUFFER, s.no_buffer_rx)});
-        out.put("|%10llu", {counter(HIF_ATTR_RX_ROW_MAC_ERROR, s.mac_error_rx)});
+        out.put("%3urx|%16llu", {word(attr::rx_row_queue, s.queue_num), counter(attr::rx_row_received, s.rx_count)});
+        out.put("|%11llu", {counter(attr::rx_row_tail_drop, s.tail_drop_rx)});
+        out.put("|%12llu", {counter(attr::rx_row_no_buffer, s.no_buffer_rx)});
+        out.put("|%10llu", {counter(attr::rx_row_mac_error, s.mac_error_rx)});
         out.put("|     -     |");
         if (detailed) {
-            out.tell(label(HIF_ATTR_ROW_FLAGS, (s.flags & QUEUE_FLAG_CTRL) ? "ctrl" : "data"));
+            out.tell(label(attr::row_flags, (s.flags & QUEUE_FLAG_CTRL) ? "ctrl" : "data"));
             out.put((s.flags & QUEUE_FLAG_CTRL) ? " ctrl|\n" : " data|\n");
         } else {
             out.put("\n");
@@ -309,11 +255,11 @@ void statistics_rows_format(const HifQueuingInfo &info, bool detailed, HifOutput
         observe::row_end("rx_queue_stats");
         observe::row_begin("tx_queue_stats");
         out.put("%3utx|%16llu",
-                {word(HIF_ATTR_TX_ROW_QUEUE, s.queue_num), counter(HIF_ATTR_TX_ROW_TRANSMITTED, s.tx_count)});
-        out.put("|%11llu", {counter(HIF_ATTR_TX_ROW_TAIL_DROP, s.tail_drop_tx)});
-        out.put("|%12llu", {counter(HIF_ATTR_TX_ROW_NO_BUFFER, s.no_buffer_tx)});
-        out.put("|%10llu", {counter(HIF_ATTR_TX_ROW_MAC_ERROR, s.mac_error_tx)});
-        out.put("|%11llu|", {counter(HIF_ATTR_TX_ROW_MCAST_TAIL_DROP, s.mcast_tail_drop)});
+                {word(attr::tx_row_queue, s.queue_num), counter(attr::tx_row_transmitted, s.tx_count)});
+        out.put("|%11llu", {counter(attr::tx_row_tail_drop, s.tail_drop_tx)});
+        out.put("|%12llu", {counter(attr::tx_row_no_buffer, s.no_buffer_tx)});
+        out.put("|%10llu", {counter(attr::tx_row_mac_error, s.mac_error_tx)});
+        out.put("|%11llu|", {counter(attr::tx_row_mcast_tail_drop, s.mcast_tail_drop)});
         observe::row_end("tx_queue_stats");
         out.put(detailed ? "     |\n" : "\n");
         out.put(separator);
@@ -322,15 +268,15 @@ void statistics_rows_format(const HifQueuingInfo &info, bool detailed, HifOutput
 
 void statistics_rx_tx(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
     out.put("\n  Queue limit: ");
-    limit(info.queue_limit, HIF_ATTR_QUEUE_LIMIT, out);
+    limit(info.queue_limit, attr::queue_limit, out);
     out.put("\n  Queue Statistics:\n");
     out.put("  queue  rx              tx             ");
     out.put(detailed ? " flags\n" : "      \n");
     out.put("  ------+---------------+---------------");
     out.put(detailed ? "+-----\n" : "      \n");
     statistics_rows(info, detailed, "queue_stats", [&](const QueueStats &s) {
-        out.put("  %d      %-15llu", {word(HIF_ATTR_STATS_QUEUE, s.queue_num), counter(HIF_ATTR_STATS_RX, s.rx_count)});
-        out.put(" %-15llu", {counter(HIF_ATTR_STATS_TX, s.tx_count)});
+        out.put("  %d      %-15llu", {word(attr::stats_queue, s.queue_num), counter(attr::stats_rx, s.rx_count)});
+        out.put(" %-15llu", {counter(attr::stats_tx, s.tx_count)});
         if (detailed)
             flags_column(s, out);
         else
@@ -345,20 +291,20 @@ void port_statistics(const HifQueuingInfo &info, std::uint64_t tx_queue_drops, H
     if (info.stats_format == STATS_FORMAT_SINGLE) {
         out.put("  tx queue drop   mux ovflow \n");
         out.put("  ---------------+-----------\n");
-        out.put("  %-15Lu %8s ", {wide(HIF_ATTR_PORT_TX_QUEUE_DROP, tx_queue_drops),
-                                  label(HIF_ATTR_PORT_MUX_STATE, overflow)});
-        if (info.mux_ovflow_ports == MUX_OVFLOW_PORT_1) out.put("(Port %d)", {word(HIF_ATTR_PORT_OVFLOW_PORT, 1)});
-        if (info.mux_ovflow_ports == MUX_OVFLOW_PORT_3) out.put("(Port %d)", {word(HIF_ATTR_PORT_OVFLOW_PORT, 3)});
+        out.put("  %-15Lu %8s ", {wide(attr::port_tx_queue_drop, tx_queue_drops),
+                                  label(attr::mux_ovflow, overflow)});
+        if (info.mux_ovflow_ports == MUX_OVFLOW_PORT_1) out.put("(Port %d)", {word(attr::mux_ovflow_port, 1)});
+        if (info.mux_ovflow_ports == MUX_OVFLOW_PORT_3) out.put("(Port %d)", {word(attr::mux_ovflow_port, 3)});
         out.put("\n");
         return;
     }
     out.put("  rx drop         rx mcast drop   rx error        tx drop         mux ovflow    \n");
     out.put("  ---------------+---------------+---------------+---------------+--------------\n");
-    out.put("  %-15llu", {counter(HIF_ATTR_PORT_RX_DROP, info.rx_drop)});
-    out.put(" %-15llu", {counter(HIF_ATTR_PORT_RX_MCAST_DROP, info.rx_mcast_drop)});
-    out.put(" %-15llu", {counter(HIF_ATTR_PORT_RX_ERROR, info.rx_error)});
-    out.put(" %-15llu", {counter(HIF_ATTR_PORT_TX_DROP, info.tx_drop)});
-    out.overflow_column(label(HIF_ATTR_PORT_MUX_OVFLOW, overflow));
+    out.put("  %-15llu", {counter(attr::port_rx_drop, info.rx_drop)});
+    out.put(" %-15llu", {counter(attr::port_rx_mcast_drop, info.rx_mcast_drop)});
+    out.put(" %-15llu", {counter(attr::port_rx_error, info.rx_error)});
+    out.put(" %-15llu", {counter(attr::port_tx_drop, info.tx_drop)});
+    out.overflow_column(label(attr::port_mux_ovflow, overflow));
     out.put("\n");
 }
 
@@ -372,28 +318,28 @@ void flow_control(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
     const std::uint32_t tx = pause_state(info.pause_tx);
     const std::uint32_t mask = info.pfc_rx_mask;
     const std::uint32_t masked = mask & rx;
-    out.put("\n  Priority-flow-control enabled: %s\n", {label(HIF_ATTR_PFC_ENABLED, info.pfc_enabled ? "yes" : "no")});
+    out.put("\n  Priority-flow-control enabled: %s\n", {label(attr::pfc_enabled, info.pfc_enabled ? "yes" : "no")});
     out.put("  Flow-control status: ");
     if (detailed)
-        out.put("rx 0x%x, tx 0x%x, rx_mask 0x%x\n", {word(HIF_ATTR_PAUSE_RX_STATE, rx), word(HIF_ATTR_PAUSE_TX_STATE, tx),
-                                                     word(HIF_ATTR_PFC_RX_MASK, mask)});
+        out.put("rx 0x%x, tx 0x%x, rx_mask 0x%x\n", {word(attr::pause_rx_state, rx), word(attr::pause_tx_state, tx),
+                                                     word(attr::pfc_rx_mask, mask)});
     else
         out.put("\n");
     out.put("  cos     qos-group   rx pause  tx pause  masked rx pause\n");
     out.put("  -------+-----------+---------+---------+---------------\n");
     for (unsigned k = 0; k < 8; ++k) {
         const observe::Row row("pause");
-        const Field rx_text = label(HIF_ATTR_PAUSE_RX, xoff_or_xon(rx, k));
-        const Field tx_text = label(HIF_ATTR_PAUSE_TX, xoff_or_xon(tx, k));
-        const Field masked_text = label(HIF_ATTR_PAUSE_MASKED_RX, xoff_or_xon(masked, k));
+        const Field rx_text = label(attr::rx_pause, xoff_or_xon(rx, k));
+        const Field tx_text = label(attr::tx_pause, xoff_or_xon(tx, k));
+        const Field masked_text = label(attr::masked_rx_pause, xoff_or_xon(masked, k));
         const std::uint8_t groups = k < kCosWithGroupMap ? info.cos_qos_group_map[k] : 0;
         if (groups != 0) {
             const auto lowest = static_cast<std::uint32_t>(__builtin_ctz(groups));
             out.put("  %d       %8d    %-8s  %-8s  %-4s\n",
-                    {word(HIF_ATTR_PAUSE_COS, k), word(HIF_ATTR_PAUSE_QOS_GROUP, lowest), rx_text, tx_text, masked_text});
+                    {word(attr::pause_cos, k), word(attr::pause_qos_group, lowest), rx_text, tx_text, masked_text});
         } else {
             out.put("  %d            n/a    %-8s  %-8s  %-4s\n",
-                    {word(HIF_ATTR_PAUSE_COS, k), rx_text, tx_text, masked_text});
+                    {word(attr::pause_cos, k), rx_text, tx_text, masked_text});
         }
     }
 }
@@ -441,7 +387,7 @@ void print_hif_queuing(const HifQueuingInfo &info, const ReportContext &context,
     input_buffers(info, detailed, out);
     queueing(info, detailed, out);
     if (info.buffer_threshold != kNoValue)
-        out.put("\n  Buffer threshold: %u bytes", {word(HIF_ATTR_BUFFER_THRESHOLD, info.buffer_threshold)});
+        out.put("\n  Buffer threshold: %u bytes", {word(attr::buffer_threshold, info.buffer_threshold)});
     if (info.stats_format == STATS_FORMAT_SINGLE)
         statistics_single(info, detailed, out);
     else if (info.stats_format == STATS_FORMAT_ROWS)
@@ -460,7 +406,7 @@ std::int32_t show_hif_queuing(cmd_paraminfo *pinfo, std::uint32_t if_index, cons
     // The slot stays 0 when the platform does not know the interface.
     std::uint8_t slot = 0;
     if_index_get_slot(if_index, &slot);
-    out.put("if_slot %d, ifidx 0x%x\n", {word(HIF_ATTR_SLOT, slot), word(HIF_ATTR_IF_INDEX, if_index)});
+    out.put("if_slot %d, ifidx 0x%x\n", {word(attr::hif_slot, slot), word(attr::hif_if_index, if_index)});
 
     lc_stats_req request = make_lc_request(LC_STATS_CMD_HIF_QUEUING, HIF_QUEUING_VARIANT);
     const std::uint32_t target = hton_if_index(if_index);  // already in the agent's byte order

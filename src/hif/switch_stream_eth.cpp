@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "frame/guard.hpp"
+#include "catalogue/attribute_ids.hpp"
 #include "frame/platform_query.hpp"
 #include "hif/switch_stream_table.hpp"
 #include "qdcli/handlers.h"
@@ -17,6 +18,7 @@ namespace {
 
 using namespace qdcli::stream;
 using qdcli::PayloadReader;
+namespace attr = qdcli::attr;
 
 // Platform type on which the per-ASIC multicast tail drops replace the
 // total multicast cross-bar statistics.
@@ -57,8 +59,8 @@ void interface_row(EthContext &c, const PayloadReader &v) {
 }
 
 constexpr std::array<Row<EthContext>, 22> kEthRows{{
-    {0x0cff00b7u, u32, interface_row},
-    {0x14ff00b8u, u8,
+    {attr::sw_if_index, u32, interface_row},
+    {attr::sw_tx_qos_group, u8,
      [](EthContext &, const PayloadReader &v) {
          if (byte_of(v) == 0) {
              std::puts("  TX Queuing");
@@ -66,62 +68,62 @@ constexpr std::array<Row<EthContext>, 22> kEthRows{{
          }
          std::printf("        %u", static_cast<unsigned>(byte_of(v)));
      }},
-    {0x02ff00b9u, u8,
+    {attr::sw_sched_priority, u8,
      [](EthContext &, const PayloadReader &v) { std::printf("       %s", byte_of(v) != 0 ? "priority" : "WRR     "); }},
-    {0x14ff00bau, u8, [](EthContext &, const PayloadReader &v) { std::printf("     %5d\n", byte_of(v)); }},
-    {0x15ff00bbu, u64,
+    {attr::sw_oper_bandwidth, u8, [](EthContext &, const PayloadReader &v) { std::printf("     %5d\n", byte_of(v)); }},
+    {attr::sw_mcast_tail_drops, u64,
      [](EthContext &, const PayloadReader &v) {
          if (qd_cli_platform_type_get() != kPlatformPerAsicMcast) return;
          std::puts("    Statistics:");
          std::printf("        Mcast pkts tail dropped on this egress asic\t: %llu \n", counter_of(v));
      }},
-    {0x14ff00bcu, u8,
+    {attr::sw_rx_qos_group, u8,
      [](EthContext &, const PayloadReader &v) {
          if (byte_of(v) == 0) std::puts("\n  RX Queuing");
          std::printf("    qos-group %u\n", static_cast<unsigned>(byte_of(v)));
      }},
-    {0x14ff00bdu, u32, [](EthContext &, const PayloadReader &v) { std::printf("    q-size: %d, ", signed_of(v)); }},
-    {0x14ff00beu, u32, [](EthContext &, const PayloadReader &v) { std::printf("q-size-40g: %d, ", signed_of(v)); }},
-    {0x14ff00bfu, u16, [](EthContext &, const PayloadReader &v) { std::printf("HW MTU: %4d ", half_of(v)); }},
-    {0x14ff00c0u, u16, [](EthContext &, const PayloadReader &v) { std::printf("(%4d configured)\n", half_of(v)); }},
-    {0x02ff00c1u, u8,
+    {attr::sw_q_size, u32, [](EthContext &, const PayloadReader &v) { std::printf("    q-size: %d, ", signed_of(v)); }},
+    {attr::sw_q_size_40g, u32, [](EthContext &, const PayloadReader &v) { std::printf("q-size-40g: %d, ", signed_of(v)); }},
+    {attr::sw_mtu_hw, u16, [](EthContext &, const PayloadReader &v) { std::printf("HW MTU: %4d ", half_of(v)); }},
+    {attr::sw_mtu_configured, u16, [](EthContext &, const PayloadReader &v) { std::printf("(%4d configured)\n", half_of(v)); }},
+    {attr::sw_no_drop, u8,
      [](EthContext &, const PayloadReader &v) {
          std::printf("    drop-type: %s, ", byte_of(v) != 0 ? "no-drop" : "drop");
      }},
-    {0x14ff00c2u, u32, [](EthContext &, const PayloadReader &v) { std::printf("xon: %u, ", word_of(v)); }},
-    {0x14ff00c3u, u32, [](EthContext &, const PayloadReader &v) { std::printf("xoff: %u\n", word_of(v)); }},
-    {0x14ff00c4u, u32,
+    {attr::sw_xon, u32, [](EthContext &, const PayloadReader &v) { std::printf("xon: %u, ", word_of(v)); }},
+    {attr::sw_xoff, u32, [](EthContext &, const PayloadReader &v) { std::printf("xoff: %u\n", word_of(v)); }},
+    {attr::sw_rx_port_pkts, u32,
      [](EthContext &, const PayloadReader &v) {
          std::puts("    Statistics:");
          std::printf("        Pkts received over the port\t\t: %u\n", word_of(v));
      }},
-    {0x14ff00c5u, u32,
+    {attr::sw_ucast_to_xbar, u32,
      [](EthContext &, const PayloadReader &v) {
          std::printf("        Ucast pkts sent to the cross-bar\t: %u\n", word_of(v));
      }},
-    {0x14ff00c6u, u32,
+    {attr::sw_mcast_to_xbar, u32,
      [](EthContext &, const PayloadReader &v) {
          std::printf("        Mcast pkts sent to the cross-bar\t: %u\n", word_of(v));
      }},
-    {0x14ff00c7u, u32,
+    {attr::sw_ucast_from_xbar, u32,
      [](EthContext &, const PayloadReader &v) {
          std::printf("        Ucast pkts received from the cross-bar\t: %u\n", word_of(v));
      }},
-    {0x14ff00c8u, u32,
+    {attr::sw_tx_port_pkts, u32,
      [](EthContext &, const PayloadReader &v) { std::printf("        Pkts sent to the port\t\t\t: %u\n", word_of(v)); }},
-    {0x14ff00c9u, u32,
+    {attr::sw_ingress_discards, u32,
      [](EthContext &, const PayloadReader &v) {
          std::printf("        Pkts discarded on ingress\t\t: %u\n", word_of(v));
      }},
     // The pause states carry the one-byte type but are sent and tested as
     // 32-bit words.
-    {0x02ff00cau, u32,
+    {attr::sw_pfc_rx_active, u32,
      [](EthContext &, const PayloadReader &v) {
          std::printf("        Per-priority-pause status\t\t: Rx (%s), ", active_text(word_of(v)));
      }},
-    {0x02ff00cbu, u32,
+    {attr::sw_pfc_tx_active, u32,
      [](EthContext &, const PayloadReader &v) { std::printf("Tx (%s)\n\n", active_text(word_of(v))); }},
-    {0x14ff00ccu, u32,
+    {attr::sw_mcast_from_xbar_total, u32,
      [](EthContext &, const PayloadReader &v) {
          if (qd_cli_platform_type_get() == kPlatformPerAsicMcast) return;
          std::puts("  Total Multicast crossbar statistics:");

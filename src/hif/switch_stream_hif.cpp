@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "frame/guard.hpp"
+#include "catalogue/attribute_ids.hpp"
 #include "hif/switch_stream_table.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
@@ -16,6 +17,7 @@ namespace {
 
 using namespace qdcli::stream;
 using qdcli::PayloadReader;
+namespace attr = qdcli::attr;
 
 constexpr std::uint32_t kNotApplicable = 0xffffffffu;  // -1 in the signed attributes
 constexpr std::uint32_t kLimitDisabled = 0xffffffffu;
@@ -86,14 +88,14 @@ void run_hif_report(HifContext &c, const PayloadReader &) {
 
 constexpr std::array<Row<HifContext>, 48> kHifRows{{
     // Heading and input buffers.
-    {0x14ff00cdu, u8, [](HifContext &, const PayloadReader &v) { std::printf("if_slot %d, ", byte_of(v)); }},
-    {0x14ff00ceu, u32,
+    {attr::sw_hif_slot, u8, [](HifContext &, const PayloadReader &v) { std::printf("if_slot %d, ", byte_of(v)); }},
+    {attr::sw_hif_if_index, u32,
      [](HifContext &c, const PayloadReader &v) {
          std::printf("ifidx 0x%x\n", word_of(v));
          std::printf("%s queuing information:\n", c.name);
          std::printf("  Input buffer allocation:");
      }},
-    {0x14ff00cfu, u8,
+    {attr::sw_ib_qos_group, u8,
      [](HifContext &c, const PayloadReader &v) {
          if (c.qg_first != 0) {
              std::printf("\n  Qos-group: %d ", byte_of(v));
@@ -103,7 +105,7 @@ constexpr std::array<Row<HifContext>, 48> kHifRows{{
              c.qg_shared = 1;
          }
      }},
-    {0x14ff00d0u, u8,
+    {attr::sw_ib_frh, u8,
      [](HifContext &c, const PayloadReader &v) {
          if (c.qg_shared != 0) {
              std::puts(" (shared)");
@@ -114,11 +116,11 @@ constexpr std::array<Row<HifContext>, 48> kHifRows{{
          std::printf("  frh: %d\n", byte_of(v));
          c.qg_first = 1;
      }},
-    {0x02ff00d1u, u8,
+    {attr::sw_ib_no_drop, u8,
      [](HifContext &, const PayloadReader &v) {
          std::printf("  drop-type: %s\n", byte_of(v) != 0 ? "no-drop" : "drop");
      }},
-    {0x14ff00d2u, u8,
+    {attr::sw_ib_cos, u8,
      [](HifContext &c, const PayloadReader &v) {
          if (c.cos_first != 0) {
              std::printf("  cos: %d", byte_of(v));
@@ -127,7 +129,7 @@ constexpr std::array<Row<HifContext>, 48> kHifRows{{
              std::printf(" %d", byte_of(v));
          }
      }},
-    {0x14ff00d3u, u32,
+    {attr::sw_ib_xon, u32,
      [](HifContext &c, const PayloadReader &v) {
          std::putchar('\n');
          std::puts("  xon       xoff      buffer-size");
@@ -135,12 +137,12 @@ constexpr std::array<Row<HifContext>, 48> kHifRows{{
          std::printf("  %-9d", signed_of(v));
          c.cos_first = 1;
      }},
-    {0x14ff00d4u, u32, [](HifContext &, const PayloadReader &v) { std::printf(" %-9d", signed_of(v)); }},
-    {0x14ff00d5u, u32, [](HifContext &, const PayloadReader &v) { std::printf(" %-9d\n", signed_of(v)); }},
+    {attr::sw_ib_xoff, u32, [](HifContext &, const PayloadReader &v) { std::printf(" %-9d", signed_of(v)); }},
+    {attr::sw_ib_buffer_size, u32, [](HifContext &, const PayloadReader &v) { std::printf(" %-9d\n", signed_of(v)); }},
 
     // Queueing table: queue, qos-groups, cos values, priority, bandwidth,
     // MTU. The column counters assume one-digit qos-groups and cos values.
-    {0x14ff00d6u, u8,
+    {attr::sw_queue_id, u8,
      [](HifContext &c, const PayloadReader &v) {
          if (c.queueing_hdr != 0) {
              std::puts("\n  Queueing:");
@@ -157,7 +159,7 @@ constexpr std::array<Row<HifContext>, 48> kHifRows{{
          c.queueing_hdr = 0;
      }},
     // Tested as a 32-bit word, printed from its low byte.
-    {0x11ff00d7u, u32,
+    {attr::sw_queue_qos_group, u32,
      [](HifContext &c, const PayloadReader &v) {
          const std::uint32_t word = word_of(v);
          const auto low = static_cast<std::uint8_t>(word);
@@ -175,7 +177,7 @@ constexpr std::array<Row<HifContext>, 48> kHifRows{{
              c.qg_col_width += 2;
          }
      }},
-    {0x14ff00d8u, u32,
+    {attr::sw_queue_cos, u32,
      [](HifContext &c, const PayloadReader &v) {
          const std::uint32_t word = word_of(v);
          const auto low = static_cast<std::uint8_t>(word);
@@ -193,33 +195,33 @@ constexpr std::array<Row<HifContext>, 48> kHifRows{{
          }
          c.row_qg_first = 1;
      }},
-    {0x14ff00d9u, u8,
+    {attr::sw_queue_priority, u8,
      [](HifContext &c, const PayloadReader &v) {
          blanks(15 - c.cos_col_width);
          std::printf(" %3s", byte_of(v) != 0 ? "PRI" : "WRR");
          c.row_cos_first = 1;
      }},
-    {0x14ff00dau, u8, [](HifContext &, const PayloadReader &v) { std::printf("     %5d", byte_of(v)); }},
-    {0x14ff00dbu, u16, [](HifContext &, const PayloadReader &v) { std::printf("      %4d\n", half_of(v)); }},
+    {attr::sw_queue_bandwidth, u8, [](HifContext &, const PayloadReader &v) { std::printf("     %5d", byte_of(v)); }},
+    {attr::sw_queue_mtu, u16, [](HifContext &, const PayloadReader &v) { std::printf("      %4d\n", half_of(v)); }},
 
     // Threshold and queue limits.
-    {0x14ff00dcu, u32,
+    {attr::sw_buffer_threshold, u32,
      [](HifContext &, const PayloadReader &v) { std::printf("\n  Buffer threshold: %u bytes", word_of(v)); }},
-    {0x14ff00ddu, u32,
+    {attr::sw_queue_limit, u32,
      [](HifContext &, const PayloadReader &v) {
          std::printf("\n  Queue limit: ");
          print_limit(word_of(v));
          two_column_heading();
      }},
-    {0x14ff00deu, u32, limit_tx},
-    {0x14ff00dfu, u32,
+    {attr::sw_queue_limit_tx, u32, limit_tx},
+    {attr::sw_queue_limit_rx, u32,
      [](HifContext &, const PayloadReader &v) {
          std::printf("  Queue Limit Rx: ");
          print_limit(word_of(v));
          six_column_heading();
      }},
-    {0x14ff00e0u, u32, limit_tx},
-    {0x14ff00e1u, u32,
+    {attr::sw_queue_limit_tx_alt, u32, limit_tx},
+    {attr::sw_queue_limit_rx_alt, u32,
      [](HifContext &, const PayloadReader &v) {
          std::printf("  Queue Limit Rx: ");
          print_limit(word_of(v));
@@ -227,31 +229,31 @@ constexpr std::array<Row<HifContext>, 48> kHifRows{{
      }},
 
     // Queue statistics, two-column rows.
-    {0x14ff00e2u, u8, [](HifContext &, const PayloadReader &v) { std::printf("  %d", byte_of(v)); }},
-    {0x14ff00e3u, u64, [](HifContext &, const PayloadReader &v) { std::printf("      %-15llu", counter_of(v)); }},
-    {0x14ff00e4u, u64,
+    {attr::sw_stats_queue, u8, [](HifContext &, const PayloadReader &v) { std::printf("  %d", byte_of(v)); }},
+    {attr::sw_stats_rx, u64, [](HifContext &, const PayloadReader &v) { std::printf("      %-15llu", counter_of(v)); }},
+    {attr::sw_stats_tx, u64,
      [](HifContext &, const PayloadReader &v) {
          std::printf(" %-15llu", counter_of(v));
          std::putchar('\n');
      }},
 
     // Queue statistics, six-column receive and transmit rows.
-    {0x14ff00e5u, u32, [](HifContext &, const PayloadReader &v) { std::printf("%3urx|", word_of(v)); }},
-    {0x14ff00e6u, u64, count_column},
-    {0x14ff00e7u, u64, tail_drop_column},
-    {0x14ff00e8u, u64, no_buffer_column},
-    {0x14ff00e9u, u64,
+    {attr::sw_rx_row_queue, u32, [](HifContext &, const PayloadReader &v) { std::printf("%3urx|", word_of(v)); }},
+    {attr::sw_rx_row_received, u64, count_column},
+    {attr::sw_rx_row_tail_drop, u64, tail_drop_column},
+    {attr::sw_rx_row_no_buffer, u64, no_buffer_column},
+    {attr::sw_rx_row_mac_error, u64,
      [](HifContext &, const PayloadReader &v) {
          std::printf("|%10llu", counter_of(v));
          std::printf("|     -     |");
          std::putchar('\n');
      }},
-    {0x14ff00eau, u32, [](HifContext &, const PayloadReader &v) { std::printf("%3utx|", word_of(v)); }},
-    {0x14ff00ebu, u64, count_column},
-    {0x14ff00ecu, u64, tail_drop_column},
-    {0x14ff00edu, u64, no_buffer_column},
-    {0x14ff00eeu, u64, [](HifContext &, const PayloadReader &v) { std::printf("|%10llu", counter_of(v)); }},
-    {0x14ff00efu, u64,
+    {attr::sw_tx_row_queue, u32, [](HifContext &, const PayloadReader &v) { std::printf("%3utx|", word_of(v)); }},
+    {attr::sw_tx_row_transmitted, u64, count_column},
+    {attr::sw_tx_row_tail_drop, u64, tail_drop_column},
+    {attr::sw_tx_row_no_buffer, u64, no_buffer_column},
+    {attr::sw_tx_row_mac_error, u64, [](HifContext &, const PayloadReader &v) { std::printf("|%10llu", counter_of(v)); }},
+    {attr::sw_tx_row_mcast_tail_drop, u64,
      [](HifContext &, const PayloadReader &v) {
          std::printf("|%11llu|", counter_of(v));
          std::putchar('\n');
@@ -259,18 +261,18 @@ constexpr std::array<Row<HifContext>, 48> kHifRows{{
      }},
 
     // Port statistics.
-    {0x14ff00f0u, u64,
+    {attr::sw_port_rx_drop, u64,
      [](HifContext &, const PayloadReader &v) {
          std::puts("\n  Port Statistics:");
          std::puts("  rx drop         rx mcast drop   rx error        tx drop         mux ovflow    ");
          std::puts("  ---------------+---------------+---------------+---------------+--------------");
          std::printf("  %-15llu", counter_of(v));
      }},
-    {0x14ff00f1u, u64, port_counter},
-    {0x14ff00f2u, u64, port_counter},
-    {0x14ff00f3u, u64, port_counter},
+    {attr::sw_port_rx_mcast_drop, u64, port_counter},
+    {attr::sw_port_rx_error, u64, port_counter},
+    {attr::sw_port_tx_drop, u64, port_counter},
     // Overflow flags and port word: active when any of the eight bytes is set.
-    {0x02ff00f4u, u64,
+    {attr::sw_mux_ovflow, u64,
      [](HifContext &, const PayloadReader &v) {
          bool active = false;
          for (std::size_t i = 0; i < 8; ++i) active = active || v.u8(i) != 0;
@@ -279,7 +281,7 @@ constexpr std::array<Row<HifContext>, 48> kHifRows{{
      }},
 
     // Priority flow control, one row per cos.
-    {0x02ff00f5u, u8,
+    {attr::sw_pfc_enabled, u8,
      [](HifContext &, const PayloadReader &v) {
          std::printf("\n  Priority-flow-control enabled: %s\n", byte_of(v) != 0 ? "yes" : "no");
          std::printf("  Flow-control status: ");
@@ -287,21 +289,21 @@ constexpr std::array<Row<HifContext>, 48> kHifRows{{
          std::puts("  cos     qos-group   rx pause  tx pause  masked rx pause");
          std::puts("  -------+-----------+---------+---------+---------------");
      }},
-    {0x14ff00f6u, u32, [](HifContext &, const PayloadReader &v) { std::printf("  %d", signed_of(v)); }},
-    {0x11ff00f7u, u32,
+    {attr::sw_pause_cos, u32, [](HifContext &, const PayloadReader &v) { std::printf("  %d", signed_of(v)); }},
+    {attr::sw_pause_qos_group, u32,
      [](HifContext &, const PayloadReader &v) {
          if (word_of(v) == kNotApplicable)
              std::printf("            n/a");
          else
              std::printf("       %8d", signed_of(v));
      }},
-    {0x02ff00f8u, u8, [](HifContext &, const PayloadReader &v) { std::printf("    %-8s", pause_text(byte_of(v))); }},
-    {0x02ff00f9u, u8, [](HifContext &, const PayloadReader &v) { std::printf("  %-8s", pause_text(byte_of(v))); }},
-    {0x02ff00fau, u8, [](HifContext &, const PayloadReader &v) { std::printf("  %-4s\n", pause_text(byte_of(v))); }},
+    {attr::sw_rx_pause, u8, [](HifContext &, const PayloadReader &v) { std::printf("    %-8s", pause_text(byte_of(v))); }},
+    {attr::sw_tx_pause, u8, [](HifContext &, const PayloadReader &v) { std::printf("  %-8s", pause_text(byte_of(v))); }},
+    {attr::sw_masked_rx_pause, u8, [](HifContext &, const PayloadReader &v) { std::printf("  %-4s\n", pause_text(byte_of(v))); }},
 
     // The stream describes the interface it was handed over for: a further
     // interface attribute is skipped and the name stays the one given.
-    {0x0cff00b7u, none, [](HifContext &, const PayloadReader &) {}},
+    {attr::sw_if_index, none, [](HifContext &, const PayloadReader &) {}},
     {ATTR_RUN_HIF_REPORT, none, run_hif_report},
 }};
 static_assert(ids_unique(kHifRows), "one row per attribute ID");

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "frame/guard.hpp"
+#include "catalogue/attribute_ids.hpp"
 #include "frame/observe.hpp"
 #include "frame/printer.hpp"
 #include "internal_stats/port_records.hpp"
@@ -170,7 +171,6 @@ void print_direction(Printer &out, const char *title) {
 
 // Told to the observer, not printed as a value: the port class of a row of
 // the port map ("eNIF", "iHIF", "iNIF"), printed as the row's first text.
-constexpr std::uint32_t kAttrGlbType = 0x30ff0104;
 
 const char *kind_label(std::uint16_t kind) {
     switch (kind) {
@@ -195,12 +195,12 @@ void print_port_map(Printer &out, const Tables &t) {
         char type_text[5];
         std::snprintf(type_text, sizeof type_text, "%s", e.port_type == PORT_TYPE_NIF ? "NIF" : "HIF");
         const observe::Row row("port_map");
-        observe::text(kAttrGlbType, label);
+        observe::text(attr::port_glb_type, label);
         out.literal(label);
-        out.line(" %-9s", u32(0x14ff006f, e.glb_idx));
-        out.line(" %-9s", u32(0x14ff0070, e.asic_no));
-        out.line(" %-9s", text(0x30ff0071, type_text));
-        out.line(" %-9s", u32(0x14ff0072, e.port_id));
+        out.line(" %-9s", u32(attr::port_glb_idx, e.glb_idx));
+        out.line(" %-9s", u32(attr::port_asic_no, e.asic_no));
+        out.line(" %-9s", text(attr::port_type, type_text));
+        out.line(" %-9s", u32(attr::port_id, e.port_id));
         out.line("\n");
     }
     out.line(kMapRule);
@@ -211,18 +211,18 @@ void print_report(Printer &out, const Tables &t) {
     out.line("\n");
     print_direction(out, " N2H direction \n");
     print_pkts_table(out, " ctrl pkts     \n", kN2hHeading, t.rows,
-                     {"n2h_ctrl", t.n2h_ctrl, n2h_width, 0x14ff0054, " %-7s", 0x14ff0055});
+                     {"n2h_ctrl", t.n2h_ctrl, n2h_width, attr::n2h_ctrl_glb_idx, " %-7s", attr::n2h_ctrl_enif_rcvd});
     print_pkts_table(out, " data pkts     \n", kN2hHeading, t.rows,
-                     {"n2h_data", t.n2h_data, n2h_width, 0x14ff0058, " %-7s", 0x14ff0059});
+                     {"n2h_data", t.n2h_data, n2h_width, attr::n2h_data_glb_idx, " %-7s", attr::n2h_data_enif_rcvd});
     print_drop_table(out, kN2hDropRule, kN2hDropHeading, t.rows,
-                     {"n2h_drop", t.n2h_drop, n2h_drop_width, 0x14ff005c, " %-3s", 0x14ff005d});
+                     {"n2h_drop", t.n2h_drop, n2h_drop_width, attr::n2h_drop_glb_idx, " %-3s", attr::n2h_drop_enif_rx_drop});
     print_direction(out, " H2N direction \n");
     print_pkts_table(out, " ctrl pkts     \n", kH2nHeading, t.rows,
-                     {"h2n_ctrl", t.h2n_ctrl, h2n_width, 0x14ff0062, " %-7s", 0x14ff0063});
+                     {"h2n_ctrl", t.h2n_ctrl, h2n_width, attr::h2n_ctrl_glb_idx, " %-7s", attr::h2n_ctrl_inif_sent});
     print_pkts_table(out, " data pkts     \n", kH2nHeading, t.rows,
-                     {"h2n_data", t.h2n_data, h2n_width, 0x14ff0066, " %-7s", 0x14ff0067});
+                     {"h2n_data", t.h2n_data, h2n_width, attr::h2n_data_glb_idx, " %-7s", attr::h2n_data_inif_sent});
     print_drop_table(out, kH2nDropRule, kH2nDropHeading, t.rows,
-                     {"h2n_drop", t.h2n_drop, h2n_drop_width, 0x14ff006a, " %-3s", 0x14ff006b});
+                     {"h2n_drop", t.h2n_drop, h2n_drop_width, attr::h2n_drop_glb_idx, " %-3s", attr::h2n_drop_inif_tx_drop});
     print_port_map(out, t);
     out.flush();
 }

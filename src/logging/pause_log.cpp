@@ -18,6 +18,7 @@
 #include <cstring>
 
 #include "frame/guard.hpp"
+#include "catalogue/attribute_ids.hpp"
 #include "frame/observe.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
@@ -35,12 +36,6 @@ static_assert(sizeof kCountsDashes - 1 == 28 && sizeof kEventsDashes - 1 == 52);
 // Told to the observer beside the printed lines: a row per port with pause
 // events (module and port counted from 1, as printed) and its count, a row
 // per event with its port and its time stamp (escaped as printed).
-constexpr std::uint32_t kAttrModule = 0x14ff0108;
-constexpr std::uint32_t kAttrPort = 0x14ff0109;
-constexpr std::uint32_t kAttrPauseEvents = 0x14ff010a;
-constexpr std::uint32_t kAttrEventModule = 0x14ff010c;
-constexpr std::uint32_t kAttrEventPort = 0x14ff010d;
-constexpr std::uint32_t kAttrStamp = 0x30ff010b;
 
 // One pause_event_rec in the segment, host order.
 constexpr std::size_t kStampOffset = 4;
@@ -97,9 +92,9 @@ void print_event(const std::uint8_t *record) {
 
     // Module and port are stored counted from 0 and shown counted from 1.
     const observe::Row row("pause_events");
-    observe::u32(kAttrEventModule, module + 1u);
-    observe::u32(kAttrEventPort, port + 1u);
-    observe::text(kAttrStamp, stamp);
+    observe::u32(attr::event_module, module + 1u);
+    observe::u32(attr::event_port, port + 1u);
+    observe::text(attr::event_time, stamp);
     std::printf(" %d/%d             %-26s \n", module + 1, static_cast<int>(port + 1u), stamp);
 }
 
@@ -151,9 +146,9 @@ extern "C" std::int32_t qd_cli_show_logging_onboard_flow_control_td(void) {
                     // Shown signed, as the service's counts always were:
                     // 2^31 and above print negative.
                     const observe::Row row("pause_counts");
-                    observe::u32(kAttrModule, static_cast<std::uint32_t>(module));
-                    observe::u32(kAttrPort, static_cast<std::uint32_t>(port));
-                    observe::u32(kAttrPauseEvents, count);
+                    observe::u32(attr::pause_module, static_cast<std::uint32_t>(module));
+                    observe::u32(attr::pause_port, static_cast<std::uint32_t>(port));
+                    observe::u32(attr::pause_events, count);
                     std::printf(" %d/%d            %d \n", module, port, static_cast<int>(count));
                     any = true;
                 }

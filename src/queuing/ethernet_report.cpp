@@ -2,6 +2,7 @@
 // qd_cli_show_queuing_if: the queuing report of one front-panel Ethernet
 // interface, printed through the shell's printer with typed values.
 #include "queuing/ethernet_report.hpp"
+#include "catalogue/attribute_ids.hpp"
 
 #include "frame/exchange.hpp"
 #include "frame/exchange_failure.hpp"
@@ -23,53 +24,23 @@ constexpr std::size_t kMessageBuffer = 50;
 // multicast tail drops in place of the port's multicast cross-bar total.
 constexpr std::int32_t kPlatformPerAsicMcast = 3;
 
-namespace attr {
-constexpr std::uint32_t kIfName = 0x30ff003a;
-constexpr std::uint32_t kTxQosGroup = 0x14ff003b;
-constexpr std::uint32_t kSchedType = 0x30ff003c;
-constexpr std::uint32_t kOperBandwidth = 0x14ff003d;
-constexpr std::uint32_t kMcastTailDrops = 0x15ff003e;
-constexpr std::uint32_t kRxQosGroup = 0x14ff003f;
-constexpr std::uint32_t kQSize = 0x14ff0040;
-constexpr std::uint32_t kQSize40g = 0x14ff0041;
-constexpr std::uint32_t kMtuHw = 0x14ff0042;
-constexpr std::uint32_t kMtuConfigured = 0x14ff0043;
-constexpr std::uint32_t kDropType = 0x30ff0044;
-constexpr std::uint32_t kXon = 0x14ff0045;
-constexpr std::uint32_t kXoff = 0x14ff0046;
-constexpr std::uint32_t kRxPortPkts = 0x14ff0047;
-constexpr std::uint32_t kUcastToXbar = 0x14ff0048;
-constexpr std::uint32_t kMcastToXbar = 0x14ff0049;
-constexpr std::uint32_t kUcastFromXbar = 0x14ff004a;
-constexpr std::uint32_t kTxPortPkts = 0x14ff004b;
-constexpr std::uint32_t kIngressDiscards = 0x14ff004c;
-constexpr std::uint32_t kIngressDiscardsBits = 0x14ff0101;  // told, not printed
-constexpr std::uint32_t kPauseRx = 0x30ff004d;
-constexpr std::uint32_t kPauseTx = 0x30ff004e;
-constexpr std::uint32_t kMcastFromXbarTotal = 0x14ff004f;
-constexpr std::uint32_t kVaqDropClassBuf = 0x14ff0050;
-constexpr std::uint32_t kVaqUplinkRxDrops = 0x14ff0051;
-constexpr std::uint32_t kVaqUplinkErrDrops = 0x14ff0052;
-constexpr std::uint32_t kVaqUplinkMcastDrops = 0x14ff0053;
-}  // namespace attr
-
 const char *pause_text(bool active) { return active ? "Active" : "Inactive"; }
 
 void print_transmit_section(Printer &out, const char *if_name, const QueuingReply &reply, bool per_asic_mcast) {
-    out.line("%s queuing information:\n", text(attr::kIfName, if_name));
+    out.line("%s queuing information:\n", text(attr::if_name, if_name));
     out.line("  TX Queuing\n");
     out.line("    qos-group  sched-type  oper-bandwidth\n");
     for (unsigned i = 0; i < reply.header().group_count; ++i) {
         const QosGroup g = reply.group(i);
         const observe::Row row("tx_queues");
-        out.line("        %s       %s     %5s\n", u32(attr::kTxQosGroup, g.qos_group),
-                 text(attr::kSchedType, g.strict_priority ? "priority" : "WRR     "),
-                 u32(attr::kOperBandwidth, g.oper_bandwidth));
+        out.line("        %s       %s     %5s\n", u32(attr::tx_qos_group, g.qos_group),
+                 text(attr::sched_type, g.strict_priority ? "priority" : "WRR     "),
+                 u32(attr::oper_bandwidth, g.oper_bandwidth));
     }
     if (per_asic_mcast) {
         out.line("    Statistics:\n");
         out.line("       Mcast pkts tail dropped on this egress asic\t: %s \n",
-                 u64(attr::kMcastTailDrops, reply.header().mcast_tail_drops));
+                 u64(attr::mcast_tail_drops, reply.header().mcast_tail_drops));
     }
 }
 
@@ -80,23 +51,23 @@ void print_receive_section(Printer &out, const QueuingReply &reply, bool per_asi
     for (unsigned i = 0; i < reply.header().group_count; ++i) {
         const QosGroup g = reply.group(i);
         const observe::Row row("rx_queues");
-        out.line("    qos-group %s\n", u32(attr::kRxQosGroup, g.qos_group));
-        out.line("    q-size: %s, q-size-40g: %s, HW MTU: %s (%s configured)\n", u32(attr::kQSize, g.q_size),
-                 u32(attr::kQSize40g, g.q_size_40g), u32(attr::kMtuHw, g.mtu_hw),
-                 u32(attr::kMtuConfigured, g.mtu_configured));
-        out.line("    drop-type: %s, xon: %s, xoff: %s\n", text(attr::kDropType, g.no_drop ? "no-drop" : "drop"),
-                 u32(attr::kXon, g.xon), u32(attr::kXoff, g.xoff));
+        out.line("    qos-group %s\n", u32(attr::rx_qos_group, g.qos_group));
+        out.line("    q-size: %s, q-size-40g: %s, HW MTU: %s (%s configured)\n", u32(attr::q_size, g.q_size),
+                 u32(attr::q_size_40g, g.q_size_40g), u32(attr::mtu_hw, g.mtu_hw),
+                 u32(attr::mtu_configured, g.mtu_configured));
+        out.line("    drop-type: %s, xon: %s, xoff: %s\n", text(attr::drop_type, g.no_drop ? "no-drop" : "drop"),
+                 u32(attr::xon, g.xon), u32(attr::xoff, g.xoff));
         out.line("    Statistics:\n");
-        out.line("        Pkts received over the port\t\t: %s\n", u32(attr::kRxPortPkts, g.rx_port_pkts));
-        out.line("        Ucast pkts sent to the cross-bar\t: %s\n", u32(attr::kUcastToXbar, g.ucast_to_xbar));
-        out.line("        Mcast pkts sent to the cross-bar\t: %s\n", u32(attr::kMcastToXbar, g.mcast_to_xbar));
+        out.line("        Pkts received over the port\t\t: %s\n", u32(attr::rx_port_pkts, g.rx_port_pkts));
+        out.line("        Ucast pkts sent to the cross-bar\t: %s\n", u32(attr::ucast_to_xbar, g.ucast_to_xbar));
+        out.line("        Mcast pkts sent to the cross-bar\t: %s\n", u32(attr::mcast_to_xbar, g.mcast_to_xbar));
         out.line("        Ucast pkts received from the cross-bar\t: %s\n",
-                 u32(attr::kUcastFromXbar, g.ucast_from_xbar));
-        out.line("        Pkts sent to the port\t\t\t: %s\n", u32(attr::kTxPortPkts, g.tx_port_pkts));
-        observe::u32(attr::kIngressDiscardsBits, g.ingress_discards_bits);
-        out.line("        Pkts discarded on ingress\t\t: %s\n", u32(attr::kIngressDiscards, g.ingress_discards));
+                 u32(attr::ucast_from_xbar, g.ucast_from_xbar));
+        out.line("        Pkts sent to the port\t\t\t: %s\n", u32(attr::tx_port_pkts, g.tx_port_pkts));
+        observe::u32(attr::ingress_discards_bits, g.ingress_discards_bits);
+        out.line("        Pkts discarded on ingress\t\t: %s\n", u32(attr::ingress_discards, g.ingress_discards));
         out.line("        Per-priority-pause status\t\t: Rx (%s), Tx (%s)\n\n",
-                 text(attr::kPauseRx, pause_text(g.pfc_rx_active)), text(attr::kPauseTx, pause_text(g.pfc_tx_active)));
+                 text(attr::pfc_rx_status, pause_text(g.pfc_rx_active)), text(attr::pfc_tx_status, pause_text(g.pfc_tx_active)));
         out.flush();
     }
     if (!per_asic_mcast) {
@@ -109,19 +80,19 @@ void print_receive_section(Printer &out, const QueuingReply &reply, bool per_asi
         }
         out.line("  Total Multicast crossbar statistics:\n");
         out.line("    Mcast pkts received from the cross-bar\t: %s\n",
-                 u32(attr::kMcastFromXbarTotal, reply.mcast_total()));
+                 u32(attr::mcast_from_xbar_total, reply.mcast_total()));
     }
 }
 
 void print_vaq_block(Printer &out, const Header &h) {
     if (!h.vaq_buf_hidden) {
         out.line("\n  VAQ interface info:\n");
-        out.line("    VAQ Drop Class Buffer Size: %6s\n", u32(attr::kVaqDropClassBuf, h.vaq_drop_class_buf));
+        out.line("    VAQ Drop Class Buffer Size: %6s\n", u32(attr::vaq_drop_class_buf, h.vaq_drop_class_buf));
     }
     out.line("\n  Total VAQ interface statistics:\n");
-    out.line("    VAQ Uplink Interface Rx Drops   : %s\n", u32(attr::kVaqUplinkRxDrops, h.vaq_uplink_rx_drops));
-    out.line("    Vaq Uplink Interface Err Drops  : %s\n", u32(attr::kVaqUplinkErrDrops, h.vaq_uplink_err_drops));
-    out.line("    Vaq Uplink Interface Mcast Drops: %s\n", u32(attr::kVaqUplinkMcastDrops, h.vaq_uplink_mcast_drops));
+    out.line("    VAQ Uplink Interface Rx Drops   : %s\n", u32(attr::vaq_uplink_rx_drops, h.vaq_uplink_rx_drops));
+    out.line("    Vaq Uplink Interface Err Drops  : %s\n", u32(attr::vaq_uplink_err_drops, h.vaq_uplink_err_drops));
+    out.line("    Vaq Uplink Interface Mcast Drops: %s\n", u32(attr::vaq_uplink_mcast_drops, h.vaq_uplink_mcast_drops));
 }
 
 std::int32_t show_queuing_if(cmd_paraminfo *pinfo, std::uint32_t if_index, const char *if_name) {

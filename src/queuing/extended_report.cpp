@@ -15,6 +15,7 @@
 //     is read and nothing of a short reply is printed.
 //   - A null parameter-info record ends a handler with 1 and no output.
 #include "queuing/extended_report.hpp"
+#include "catalogue/attribute_ids.hpp"
 
 #include <cstdint>
 
@@ -35,19 +36,10 @@ namespace {
 // text although their type byte is that of unsigned integers: the shell's
 // attribute catalogue marks both as text, and they are handed over as
 // NUL-terminated text with the NUL counted in the length.
-constexpr std::uint32_t kAttrName = 0x14ff00aau;
-constexpr std::uint32_t kAttrCos = 0x14ff00abu;
-constexpr std::uint32_t kAttrCosQueue = 0x14ff00acu;
-constexpr std::uint32_t kAttrSpLevel = 0x14ff00adu;
-constexpr std::uint32_t kAttrDropMode = 0x14ff00aeu;
-constexpr std::uint32_t kAttrPassQueue = 0x14ff00afu;
-constexpr std::uint32_t kAttrPassCount[kIngressChannels] = {0x14ff00b0u, 0x14ff00b1u, 0x14ff00b2u};
-constexpr std::uint32_t kAttrDropQueue = 0x14ff00b3u;
-constexpr std::uint32_t kAttrDropCount[kIngressChannels] = {0x14ff00b4u, 0x14ff00b5u, 0x14ff00b6u};
+constexpr std::uint32_t kAttrPassCount[kIngressChannels] = {attr::ext_pass_count_ch0, attr::ext_pass_count_ch1, attr::ext_pass_count_ch2};
+constexpr std::uint32_t kAttrDropCount[kIngressChannels] = {attr::ext_drop_count_ch0, attr::ext_drop_count_ch1, attr::ext_drop_count_ch2};
 // Told to the observer, not printed: a line of the map carries two rows, the
 // queue a CoS goes to and the scheduling of the queue numbered like the CoS.
-constexpr std::uint32_t kAttrQueue = 0x14ff0102u;
-constexpr std::uint32_t kAttrSched = 0x30ff0103u;
 
 // Transport failures are formatted into a buffer of this size (longer
 // error texts are cut).
@@ -72,18 +64,18 @@ void print_counter_rows(Printer &out, std::uint32_t queue_attr, const std::uint3
 void tell_map_line(std::uint32_t n, const ExtendedQueuing &report, const char *drop_mode) {
     {
         const observe::Row row("cos_map");
-        observe::u32(kAttrCos, n);
-        observe::u32(kAttrCosQueue, report.cos_to_queue[n]);
+        observe::u32(attr::ext_cos, n);
+        observe::u32(attr::ext_cos_queue, report.cos_to_queue[n]);
     }
     const observe::Row row("ingress_queues");
-    observe::u32(kAttrQueue, n);
-    observe::text(kAttrSched, report.sp_level[n] == 0 ? "dwrr" : "sp");
-    if (report.sp_level[n] != 0) observe::u32(kAttrSpLevel, report.sp_level[n]);
-    observe::text(kAttrDropMode, drop_mode);
+    observe::u32(attr::ext_queue, n);
+    observe::text(attr::ext_sched, report.sp_level[n] == 0 ? "dwrr" : "sp");
+    if (report.sp_level[n] != 0) observe::u32(attr::ext_sp_level, report.sp_level[n]);
+    observe::text(attr::ext_drop_mode, drop_mode);
 }
 
 void print_report(Printer &out, const char *if_name, const ExtendedQueuing &report) {
-    out.line("%s queuing information extend:\n", text(kAttrName, if_name));
+    out.line("%s queuing information extend:\n", text(attr::ext_if_name, if_name));
     out.line("Ingress Queuing\n");
     out.line("COS to Queue Map  |  Q#        Type         Drop-mode\n");
     out.line("======================================================\n");
@@ -91,21 +83,21 @@ void print_report(Printer &out, const char *if_name, const ExtendedQueuing &repo
         const char *drop_mode = (report.drop_mode_bits >> n) & 1u ? "YES" : "NO";
         tell_map_line(n, report, drop_mode);
         if (report.sp_level[n] == 0)
-            out.line_untold("COS[%s] ===> Q[%s]  |  Q[%s]      DWRR           %s\n", u32(kAttrCos, n),
-                     u32(kAttrCosQueue, report.cos_to_queue[n]), u32(kAttrCos, n), text(kAttrDropMode, drop_mode));
+            out.line_untold("COS[%s] ===> Q[%s]  |  Q[%s]      DWRR           %s\n", u32(attr::ext_cos, n),
+                     u32(attr::ext_cos_queue, report.cos_to_queue[n]), u32(attr::ext_cos, n), text(attr::ext_drop_mode, drop_mode));
         else
-            out.line_untold("COS[%s] ===> Q[%s]  |  Q[%s]      SP[%s]          %s\n", u32(kAttrCos, n),
-                     u32(kAttrCosQueue, report.cos_to_queue[n]), u32(kAttrCos, n),
-                     u32(kAttrSpLevel, report.sp_level[n]), text(kAttrDropMode, drop_mode));
+            out.line_untold("COS[%s] ===> Q[%s]  |  Q[%s]      SP[%s]          %s\n", u32(attr::ext_cos, n),
+                     u32(attr::ext_cos_queue, report.cos_to_queue[n]), u32(attr::ext_cos, n),
+                     u32(attr::ext_sp_level, report.sp_level[n]), text(attr::ext_drop_mode, drop_mode));
     }
     out.line("\nIngress Queue Packet Pass Count:\n");
     out.line(kChannelHeading);
     out.line(kChannelRule);
-    print_counter_rows(out, kAttrPassQueue, kAttrPassCount, report.pass_count, "pass_counts");
+    print_counter_rows(out, attr::ext_pass_queue, kAttrPassCount, report.pass_count, "pass_counts");
     out.line("\nIngress Queue Packet Drop Count:\n");
     out.line(kChannelHeading);
     out.line(kChannelRule);
-    print_counter_rows(out, kAttrDropQueue, kAttrDropCount, report.drop_count, "drop_counts");
+    print_counter_rows(out, attr::ext_drop_queue, kAttrDropCount, report.drop_count, "drop_counts");
 }
 
 std::int32_t show_if_extend(cmd_paraminfo *pinfo, std::uint32_t if_index, const char *if_name) {
