@@ -14,10 +14,6 @@
 namespace qdcli::hif {
 namespace {
 
-// Attribute IDs of the typed report, in report order.
-// Told to the observer, not printed: the control queues' names and the kind
-// of a statistics row are text of the report's own lines.
-
 constexpr std::uint8_t HIF_QUEUING_VARIANT = 3;
 constexpr std::uint8_t QUEUE_ID_CTRL_HI = 0;
 constexpr std::uint8_t QUEUE_ID_CTRL_LO = 1;
