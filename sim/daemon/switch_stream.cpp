@@ -61,6 +61,7 @@
 #include <string>
 #include <vector>
 
+#include "attribute_ids.hpp"
 #include "core/wire_writer.hpp"
 #include "model/sections.hpp"
 #include "qdcli/wire.h"
@@ -68,6 +69,8 @@
 
 namespace qdsim::daemon {
 namespace {
+
+namespace attr = qdcli::attr;
 
 constexpr std::uint32_t kNone32 = 0xffffffffu;  // -1: "n/a", or no limit / threshold
 constexpr std::uint32_t kNoCos = 8;
@@ -141,38 +144,38 @@ void ethernet_interface(StreamOut &out, const Interface &i, const Json &queuing)
         return get_u64(*a, "/qos_group") < get_u64(*b, "/qos_group");
     });
 
-    out.u32(0x0cff00b7u, i.if_index);
+    out.u32(attr::sw_if_index, i.if_index);
     for (const Json *g : groups) {
-        out.u8(0x14ff00b8u, get_u64(*g, "/qos_group"));
-        out.flag(0x02ff00b9u, get_bool(*g, "/priority"));
-        out.u8(0x14ff00bau, get_u64(*g, "/bandwidth"));
+        out.u8(attr::sw_tx_qos_group, get_u64(*g, "/qos_group"));
+        out.flag(attr::sw_sched_priority, get_bool(*g, "/priority"));
+        out.u8(attr::sw_oper_bandwidth, get_u64(*g, "/bandwidth"));
     }
-    out.u64(0x15ff00bbu, get_u64(queuing, "/counters/mcast_tail_drops"));
+    out.u64(attr::sw_mcast_tail_drops, get_u64(queuing, "/counters/mcast_tail_drops"));
     for (const Json *g : groups) {
         const Json &c = section_of(g, "counters");
-        out.u8(0x14ff00bcu, get_u64(*g, "/qos_group"));
-        out.u32(0x14ff00bdu, get_u64(*g, "/q_size"));
-        out.u32(0x14ff00beu, get_u64(*g, "/q_size_40g"));
+        out.u8(attr::sw_rx_qos_group, get_u64(*g, "/qos_group"));
+        out.u32(attr::sw_q_size, get_u64(*g, "/q_size"));
+        out.u32(attr::sw_q_size_40g, get_u64(*g, "/q_size_40g"));
         const std::uint64_t mtu = get_u64(*g, "/mtu", kDefaultMtu);
-        out.u16(0x14ff00bfu, get_u64(*g, "/mtu_hw", mtu));
-        out.u16(0x14ff00c0u, mtu);
-        out.flag(0x02ff00c1u, get_bool(*g, "/no_drop"));
-        out.u32(0x14ff00c2u, get_u64(*g, "/xon"));
-        out.u32(0x14ff00c3u, get_u64(*g, "/xoff"));
-        out.u32(0x14ff00c4u, get_u64(c, "/rx_port_pkts"));
-        out.u32(0x14ff00c5u, get_u64(c, "/ucast_to_xbar"));
-        out.u32(0x14ff00c6u, get_u64(c, "/mcast_to_xbar"));
-        out.u32(0x14ff00c7u, get_u64(c, "/ucast_from_xbar"));
-        out.u32(0x14ff00c8u, get_u64(c, "/tx_port_pkts"));
+        out.u16(attr::sw_mtu_hw, get_u64(*g, "/mtu_hw", mtu));
+        out.u16(attr::sw_mtu_configured, mtu);
+        out.flag(attr::sw_no_drop, get_bool(*g, "/no_drop"));
+        out.u32(attr::sw_xon, get_u64(*g, "/xon"));
+        out.u32(attr::sw_xoff, get_u64(*g, "/xoff"));
+        out.u32(attr::sw_rx_port_pkts, get_u64(c, "/rx_port_pkts"));
+        out.u32(attr::sw_ucast_to_xbar, get_u64(c, "/ucast_to_xbar"));
+        out.u32(attr::sw_mcast_to_xbar, get_u64(c, "/mcast_to_xbar"));
+        out.u32(attr::sw_ucast_from_xbar, get_u64(c, "/ucast_from_xbar"));
+        out.u32(attr::sw_tx_port_pkts, get_u64(c, "/tx_port_pkts"));
         // The 16-bit form of the discards counts when it is not zero, as in
         // the Ethernet report.
         const std::uint32_t discards16 = static_cast<std::uint16_t>(get_u64(c, "/ingress_discards16"));
-        out.u32(0x14ff00c9u, discards16 != 0 ? discards16 : get_u64(c, "/ingress_discards32"));
-        out.u32(0x02ff00cau, get_bool(*g, "/pfc_rx_active") ? 1 : 0);
-        out.u32(0x02ff00cbu, get_bool(*g, "/pfc_tx_active") ? 1 : 0);
+        out.u32(attr::sw_ingress_discards, discards16 != 0 ? discards16 : get_u64(c, "/ingress_discards32"));
+        out.u32(attr::sw_pfc_rx_active, get_bool(*g, "/pfc_rx_active") ? 1 : 0);
+        out.u32(attr::sw_pfc_tx_active, get_bool(*g, "/pfc_tx_active") ? 1 : 0);
     }
     const Json *first = written.empty() ? nullptr : written.front();
-    out.u32(0x14ff00ccu, first ? get_u64(section_of(first, "counters"), "/mcast_from_xbar") : 0);
+    out.u32(attr::sw_mcast_from_xbar_total, first ? get_u64(section_of(first, "counters"), "/mcast_from_xbar") : 0);
 }
 
 // ---- The host interface ----
@@ -182,31 +185,31 @@ void input_buffers(StreamOut &out, const Json &hif, std::uint32_t stats_format) 
         if (get_u64(*b, "/frh") == 1) continue;
         if (get_bool(*b, "/ctrl") && stats_format != 0) continue;
         const std::uint32_t shown = bits_of(*b, "/qos_groups") & ~bits_of(*b, "/unsupported_qos_groups");
-        for (std::uint32_t g : members_of(shown)) out.u8(0x14ff00cfu, g);
-        out.u8(0x14ff00d0u, get_u64(*b, "/frh"));
-        out.flag(0x02ff00d1u, get_bool(*b, "/no_drop"));
-        for (std::uint32_t cos : members_of(bits_of(*b, "/cos"))) out.u8(0x14ff00d2u, cos);
-        out.u32(0x14ff00d3u, get_u64(*b, "/xon"));
-        out.u32(0x14ff00d4u, get_u64(*b, "/xoff"));
-        out.u32(0x14ff00d5u, get_u64(*b, "/buffer_size"));
+        for (std::uint32_t g : members_of(shown)) out.u8(attr::sw_ib_qos_group, g);
+        out.u8(attr::sw_ib_frh, get_u64(*b, "/frh"));
+        out.flag(attr::sw_ib_no_drop, get_bool(*b, "/no_drop"));
+        for (std::uint32_t cos : members_of(bits_of(*b, "/cos"))) out.u8(attr::sw_ib_cos, cos);
+        out.u32(attr::sw_ib_xon, get_u64(*b, "/xon"));
+        out.u32(attr::sw_ib_xoff, get_u64(*b, "/xoff"));
+        out.u32(attr::sw_ib_buffer_size, get_u64(*b, "/buffer_size"));
     }
 }
 
 void queue_rows(StreamOut &out, const std::vector<const Json *> &queues) {
     for (const Json *q : queues) {
         const std::uint64_t id = get_u64(*q, "/queue_id");
-        out.u8(0x14ff00d6u, id);
+        out.u8(attr::sw_queue_id, id);
         const std::uint32_t shown = bits_of(*q, "/qos_groups") & ~bits_of(*q, "/unsupported_qos_groups");
-        if (id <= 1 || shown == 0) out.u32(0x11ff00d7u, kNone32);
+        if (id <= 1 || shown == 0) out.u32(attr::sw_queue_qos_group, kNone32);
         else
-            for (std::uint32_t g : members_of(shown)) out.u32(0x11ff00d7u, g);
+            for (std::uint32_t g : members_of(shown)) out.u32(attr::sw_queue_qos_group, g);
         const std::uint32_t cos = bits_of(*q, "/cos");
-        if (cos == 0) out.u32(0x14ff00d8u, kNoCos);
+        if (cos == 0) out.u32(attr::sw_queue_cos, kNoCos);
         else
-            for (std::uint32_t k : members_of(cos)) out.u32(0x14ff00d8u, k);
-        out.flag(0x14ff00d9u, get_bool(*q, "/priority"));
-        out.u8(0x14ff00dau, get_u64(*q, "/bandwidth") & 0x7f);
-        out.u16(0x14ff00dbu, get_u64(*q, "/mtu"));
+            for (std::uint32_t k : members_of(cos)) out.u32(attr::sw_queue_cos, k);
+        out.flag(attr::sw_queue_priority, get_bool(*q, "/priority"));
+        out.u8(attr::sw_queue_bandwidth, get_u64(*q, "/bandwidth") & 0x7f);
+        out.u16(attr::sw_queue_mtu, get_u64(*q, "/mtu"));
     }
 }
 
@@ -234,43 +237,43 @@ QueueStats stats_of(const Json &hif, const Json &queue) {
 void queue_statistics(StreamOut &out, const Json &hif, const std::vector<const Json *> &queues,
                       std::uint32_t stats_format) {
     if (stats_format == kStatsSixColumns) {
-        out.u32(0x14ff00deu, limit_of(hif, "/queue_limit"));
-        out.u32(0x14ff00dfu, limit_of(hif, "/queue_limit_rx"));
+        out.u32(attr::sw_queue_limit_tx, limit_of(hif, "/queue_limit"));
+        out.u32(attr::sw_queue_limit_rx, limit_of(hif, "/queue_limit_rx"));
     } else {
-        out.u32(0x14ff00ddu, limit_of(hif, "/queue_limit"));
+        out.u32(attr::sw_queue_limit, limit_of(hif, "/queue_limit"));
     }
     for (const Json *q : queues) {
         const QueueStats s = stats_of(hif, *q);
         if (s.ctrl) continue;
         if (stats_format == kStatsSixColumns) {
-            out.u32(0x14ff00e5u, s.number);
-            out.u64(0x14ff00e6u, s.count("rx"));
-            out.u64(0x14ff00e7u, s.count("tail_drop_rx"));
-            out.u64(0x14ff00e8u, s.count("no_buffer_rx"));
-            out.u64(0x14ff00e9u, s.count("mac_error_rx"));
-            out.u32(0x14ff00eau, s.number);
-            out.u64(0x14ff00ebu, s.count("tx"));
-            out.u64(0x14ff00ecu, s.count("tail_drop_tx"));
-            out.u64(0x14ff00edu, s.count("no_buffer_tx"));
-            out.u64(0x14ff00eeu, s.count("mac_error_tx"));
-            out.u64(0x14ff00efu, s.count("mcast_tail_drop"));
+            out.u32(attr::sw_rx_row_queue, s.number);
+            out.u64(attr::sw_rx_row_received, s.count("rx"));
+            out.u64(attr::sw_rx_row_tail_drop, s.count("tail_drop_rx"));
+            out.u64(attr::sw_rx_row_no_buffer, s.count("no_buffer_rx"));
+            out.u64(attr::sw_rx_row_mac_error, s.count("mac_error_rx"));
+            out.u32(attr::sw_tx_row_queue, s.number);
+            out.u64(attr::sw_tx_row_transmitted, s.count("tx"));
+            out.u64(attr::sw_tx_row_tail_drop, s.count("tail_drop_tx"));
+            out.u64(attr::sw_tx_row_no_buffer, s.count("no_buffer_tx"));
+            out.u64(attr::sw_tx_row_mac_error, s.count("mac_error_tx"));
+            out.u64(attr::sw_tx_row_mcast_tail_drop, s.count("mcast_tail_drop"));
         } else {
-            out.u8(0x14ff00e2u, s.number);
-            out.u64(0x14ff00e3u, s.count("rx"));
-            out.u64(0x14ff00e4u, s.count("tx"));
+            out.u8(attr::sw_stats_queue, s.number);
+            out.u64(attr::sw_stats_rx, s.count("rx"));
+            out.u64(attr::sw_stats_tx, s.count("tx"));
         }
     }
 }
 
 void port_statistics(StreamOut &out, const Json &hif) {
     const Json &c = section_of(&hif, "counters");
-    out.u64(0x14ff00f0u, get_u64(c, "/rx_drop"));
-    out.u64(0x14ff00f1u, get_u64(c, "/rx_mcast_drop"));
-    out.u64(0x14ff00f2u, get_u64(c, "/rx_error"));
-    out.u64(0x14ff00f3u, get_u64(c, "/tx_drop"));
+    out.u64(attr::sw_port_rx_drop, get_u64(c, "/rx_drop"));
+    out.u64(attr::sw_port_rx_mcast_drop, get_u64(c, "/rx_mcast_drop"));
+    out.u64(attr::sw_port_rx_error, get_u64(c, "/rx_error"));
+    out.u64(attr::sw_port_tx_drop, get_u64(c, "/tx_drop"));
     WireWriter overflow;
     overflow.host32(get_u32(hif, "/mux_ovflow_flags")).host32(get_u32(hif, "/mux_ovflow_ports"));
-    out.put(0x02ff00f4u, overflow);
+    out.put(attr::sw_mux_ovflow, overflow);
 }
 
 std::uint32_t pause_word(const Json &hif, const char *pointer) {
@@ -281,15 +284,15 @@ std::uint32_t pause_word(const Json &hif, const char *pointer) {
 void flow_control(StreamOut &out, const Json &hif) {
     const std::uint32_t rx = pause_word(hif, "/pause_rx"), tx = pause_word(hif, "/pause_tx");
     const std::uint32_t masked = get_u32(hif, "/pfc_rx_mask") & rx;
-    out.flag(0x02ff00f5u, get_bool(hif, "/pfc_enabled"));
+    out.flag(attr::sw_pfc_enabled, get_bool(hif, "/pfc_enabled"));
     for (std::uint32_t cos = 0; cos < 8; ++cos) {
         // Cos 7 has no qos-group entry; the lowest bit of an entry is its group.
         const std::uint32_t groups = cos < 7 ? get_u32(hif, "/cos_qos_group/" + std::to_string(cos)) & 0xffu : 0;
-        out.u32(0x14ff00f6u, cos);
-        out.u32(0x11ff00f7u, groups != 0 ? members_of(groups).front() : kNone32);
-        out.flag(0x02ff00f8u, (rx >> cos) & 1u);
-        out.flag(0x02ff00f9u, (tx >> cos) & 1u);
-        out.flag(0x02ff00fau, (masked >> cos) & 1u);
+        out.u32(attr::sw_pause_cos, cos);
+        out.u32(attr::sw_pause_qos_group, groups != 0 ? members_of(groups).front() : kNone32);
+        out.flag(attr::sw_rx_pause, (rx >> cos) & 1u);
+        out.flag(attr::sw_tx_pause, (tx >> cos) & 1u);
+        out.flag(attr::sw_masked_rx_pause, (masked >> cos) & 1u);
     }
 }
 
@@ -323,13 +326,13 @@ void host_interface(StreamOut &out, const Interface &i, bool full_report) {
     for (const Json *q : queues)
         if (!get_bool(*q, "/ctrl")) rows.push_back(q);
 
-    out.u32(0x0cff00b7u, i.if_index);
-    out.u8(0x14ff00cdu, i.slot);
-    out.u32(0x14ff00ceu, i.if_index);
+    out.u32(attr::sw_if_index, i.if_index);
+    out.u8(attr::sw_hif_slot, i.slot);
+    out.u32(attr::sw_hif_if_index, i.if_index);
     input_buffers(out, hif, stats_format);
     queue_rows(out, rows);
     if (const std::uint32_t threshold = limit_of(hif, "/buffer_threshold"); threshold != kNone32)
-        out.u32(0x14ff00dcu, threshold);
+        out.u32(attr::sw_buffer_threshold, threshold);
     queue_statistics(out, hif, queues, stats_format);
     if (stats_format != kStatsSixColumns) port_statistics(out, hif);
     flow_control(out, hif);

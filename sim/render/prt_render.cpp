@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "attribute_ids.hpp"
 #include "qdcli/wire.h"
 
 namespace qdprt {
@@ -25,7 +26,7 @@ ArgView decode_arg(const cmd_prt_arg *record) {
 }
 
 bool is_text_attr(std::uint32_t attr) {
-    return ATTR_ID_TYPE(attr) == ATTR_TYPE_TEXT || attr == 0x14ff00aau || attr == 0x14ff00aeu;
+    return ATTR_ID_TYPE(attr) == ATTR_TYPE_TEXT || attr == qdcli::attr::ext_if_name || attr == qdcli::attr::ext_drop_mode;
 }
 
 std::string value_text(const ArgView &arg) {
