@@ -5,7 +5,7 @@
 
 #include <functional>
 
-#include "document.hpp"
+#include "render/document.hpp"
 
 namespace {
 

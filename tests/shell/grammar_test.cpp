@@ -8,8 +8,8 @@
 #include <set>
 #include <sstream>
 
-#include "grammar.hpp"
-#include "iflist.hpp"
+#include "cli/grammar.hpp"
+#include "cli/iflist.hpp"
 
 namespace {
 

@@ -6,10 +6,10 @@
 #include <cstring>
 #include <map>
 
-#include "filters.hpp"
-#include "line_context.hpp"
-#include "metrics.hpp"
-#include "watch.hpp"
+#include "cli/pipeline.hpp"
+
+#include "render/metrics.hpp"
+#include "cli/options.hpp"
 
 namespace {
 
@@ -168,7 +168,7 @@ TEST(LineContext, WatchOptionsCommandAndFilters) {
         EXPECT_EQ(context.line_start, c.line_start) << c.before;
     }
     EXPECT_EQ(qdsh::filter_completions("e"), (std::vector<std::string>{"exclude"}));
-    EXPECT_EQ(qdsh::watch_option_completions("--n"), (std::vector<std::string>{"--nonzero"}));
+    EXPECT_EQ(qdsh::cli::option_completions(qdsh::cli::Scope::watch, "--n"), (std::vector<std::string>{"--nonzero"}));
 }
 
 // ---- Deltas and counts ----
@@ -323,18 +323,18 @@ TEST(Watch, ArgumentsAreChecked) {
         {"-c \"show x\" --count 2", "nothing may follow -c COMMAND"},
     };
     for (const Case &c : cases) {
-        qdsh::WatchOptions o;
+        qdsh::cli::WatchOptions o;
         std::string error;
-        const bool ok = qdsh::parse_watch_arguments(qdsh::split_words(c.line), o, error);
+        const bool ok = qdsh::cli::parse_watch_arguments(qdsh::split_words(c.line), o, error);
         if (*c.error == '\0') {
             EXPECT_TRUE(ok) << c.line << ": " << error;
         } else {
             EXPECT_NE(error.find(c.error), std::string::npos) << c.line << " -> " << error;
         }
     }
-    qdsh::WatchOptions o;
+    qdsh::cli::WatchOptions o;
     std::string error;
-    ASSERT_TRUE(qdsh::parse_watch_arguments(qdsh::split_words("--interval 0.5 --count 3 show queuing interface e1/1"), o, error));
+    ASSERT_TRUE(qdsh::cli::parse_watch_arguments(qdsh::split_words("--interval 0.5 --count 3 show queuing interface e1/1"), o, error));
     EXPECT_EQ(o.command, "show queuing interface e1/1");
     EXPECT_EQ(o.count, 3);
     EXPECT_DOUBLE_EQ(o.interval, 0.5);
