@@ -91,12 +91,12 @@ void add_configuration(const Document &object, NameLookup lookup, const Labels &
     }
 }
 
-void walk(const Document &node, const Document::json_pointer &pointer, NameLookup lookup, Labels labels,
+void gather(const Document &node, const Document::json_pointer &pointer, NameLookup lookup, Labels labels,
           std::vector<Sample> &out) {
     if (node.is_array()) {
         for (std::size_t i = 0; i < node.size(); ++i)
             if (node[i].is_object() || node[i].is_array())
-                walk(node[i], pointer / i, lookup, labels, out);
+                gather(node[i], pointer / i, lookup, labels, out);
         return;
     }
     if (!node.is_object()) return;
@@ -105,7 +105,7 @@ void walk(const Document &node, const Document::json_pointer &pointer, NameLooku
     for (auto it = node.begin(); it != node.end(); ++it) {
         const Document &v = it.value();
         if (v.is_object() || v.is_array()) {
-            if (it.key() != "errors" && it.key() != "unsupported") walk(v, pointer / it.key(), lookup, labels, out);
+            if (it.key() != "errors" && it.key() != "unsupported") gather(v, pointer / it.key(), lookup, labels, out);
             continue;
         }
         if (!v.is_number_unsigned() && !(v.is_number_integer() && v.get<std::int64_t>() >= 0)) continue;
@@ -174,32 +174,12 @@ std::string value_text(const qdcli_attr_info &info, std::uint64_t value) {
     return text;
 }
 
-// HELP text: backslash and newline escaped.
-std::string escape_help(std::string_view s) {
+// HELP text and (`quotes`) label values: backslash, newline and double quote escaped.
+std::string escaped(std::string_view s, bool quotes) {
     std::string out;
     for (char c : s) {
-        if (c == '\\')
-            out += "\\\\";
-        else if (c == '\n')
-            out += "\\n";
-        else
-            out += c;
-    }
-    return out;
-}
-
-// A label value: backslash, double quote and newline escaped.
-std::string escape_label(std::string_view s) {
-    std::string out;
-    for (char c : s) {
-        if (c == '\\')
-            out += "\\\\";
-        else if (c == '"')
-            out += "\\\"";
-        else if (c == '\n')
-            out += "\\n";
-        else
-            out += c;
+        if (c == '\\' || (c == '"' && quotes)) out += '\\';
+        out += c == '\n' ? std::string("\\n") : std::string(1, c);
     }
     return out;
 }
@@ -209,7 +189,7 @@ std::string label_text(const Labels &labels) {
     std::string out = "{";
     for (std::size_t i = 0; i < labels.size(); ++i) {
         if (i > 0) out += ',';
-        out += labels[i].first + "=\"" + escape_label(labels[i].second) + "\"";
+        out += labels[i].first + "=\"" + escaped(labels[i].second, true) + "\"";
     }
     return out + "}";
 }
@@ -222,7 +202,7 @@ void family_header(std::string &out, const std::string &family, enum qdcli_metri
     const bool om = dialect == Exposition::openmetrics;
     const std::string named = om ? family : sample_name(family, type);
     const char *type_name = type == QDCLI_METRIC_COUNTER ? "counter" : type == QDCLI_METRIC_INFO && om ? "info" : "gauge";
-    out += "# HELP " + named + " " + escape_help(help) + "\n";
+    out += "# HELP " + named + " " + escaped(help, false) + "\n";
     out += "# TYPE " + named + " " + type_name + "\n";
     if (om && unit != nullptr) out += "# UNIT " + named + " " + unit + "\n";
 }
@@ -305,7 +285,7 @@ std::string Sample::key() const { return family() + label_text(labels); }
 
 std::vector<Sample> collect_samples(const Document &document, NameLookup lookup) {
     std::vector<Sample> out;
-    if (lookup != nullptr) walk(document, Document::json_pointer(), lookup, {}, out);
+    if (lookup != nullptr) gather(document, Document::json_pointer(), lookup, {}, out);
     return out;
 }
 

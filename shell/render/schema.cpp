@@ -40,7 +40,8 @@ Shape shape_of(const qdcli_attr_info *catalogue, std::size_t count) {
     Shape s;
     for (std::size_t i = 0; i < count; ++i) {
         const qdcli_attr_info &a = catalogue[i];
-        if (!printed(a)) continue;
+        // The interface's name is declared on its own, first.
+        if (!printed(a) || std::strcmp(a.name, "if_name") == 0) continue;
         if (a.table == nullptr) {
             s.scalars.push_back(&a);
             continue;
@@ -254,8 +255,7 @@ std::string json_schema(const qdcli_attr_info *catalogue, std::size_t count, Sta
 
     json iface_props = json::object();
     iface_props["if_name"] = json{{"type", "string"}, {"description", "Interface name"}};
-    for (const qdcli_attr_info *a : s.scalars)
-        if (std::strcmp(a->name, "if_name") != 0) iface_props[a->name] = json_type(s, *a);
+    for (const qdcli_attr_info *a : s.scalars) iface_props[a->name] = json_type(s, *a);
     for (const std::string &name : s.roots) iface_props[name] = json{{"$ref", "#/$defs/table_" + name}};
     watch_members(iface_props);
     defs["interface"] = json{{"type", "object"},
@@ -288,8 +288,7 @@ std::string json_schema(const qdcli_attr_info *catalogue, std::size_t count, Sta
     props["interfaces"] = json{{"type", "array"}, {"items", json{{"$ref", "#/$defs/interface"}}}};
     for (const std::string &name : s.roots) props[name] = json{{"$ref", "#/$defs/table_" + name}};
     // Values told about no interface or extender.
-    for (const qdcli_attr_info *a : s.scalars)
-        if (std::strcmp(a->name, "if_name") != 0) props[a->name] = json_type(s, *a);
+    for (const qdcli_attr_info *a : s.scalars) props[a->name] = json_type(s, *a);
     props["lines"] = json{{"type", "array"}, {"items", json{{"type", "string"}}},
                           {"description", "Lines of text outside the typed report"}};
     props["unsupported"] = json{{"type", "array"},
@@ -337,8 +336,7 @@ std::string xml_schema(const qdcli_attr_info *catalogue, std::size_t count, Stat
     out += "          <xs:element name=\"interface\" minOccurs=\"0\" maxOccurs=\"unbounded\">\n";
     out += "            <xs:complexType><xs:all>\n";
     out += "              <xs:element name=\"if_name\" type=\"xs:string\"/>\n";
-    for (const qdcli_attr_info *a : s.scalars)
-        if (std::strcmp(a->name, "if_name") != 0) xsd_value(s, out, *a, 7);
+    for (const qdcli_attr_info *a : s.scalars) xsd_value(s, out, *a, 7);
     for (const std::string &name : s.roots) xsd_table(out, s, name, 7);
     xsd_watch_members(out, 7);
     out += "            </xs:all></xs:complexType>\n          </xs:element>\n";
@@ -347,8 +345,7 @@ std::string xml_schema(const qdcli_attr_info *catalogue, std::size_t count, Stat
     out += "      <xs:element name=\"lines\">\n        <xs:complexType><xs:sequence>\n";
     out += "          <xs:element name=\"line\" type=\"xs:string\" minOccurs=\"0\" maxOccurs=\"unbounded\"/>\n";
     out += "        </xs:sequence></xs:complexType>\n      </xs:element>\n";
-    for (const qdcli_attr_info *a : s.scalars)
-        if (std::strcmp(a->name, "if_name") != 0) xsd_value(s, out, *a, 3);
+    for (const qdcli_attr_info *a : s.scalars) xsd_value(s, out, *a, 3);
     xsd_failures(out, "unsupported", "entry");
     xsd_failures(out, "errors", "error");
     out += "    </xs:all></xs:complexType>\n  </xs:element>\n</xs:schema>\n";
