@@ -230,19 +230,24 @@ json failure_kinds() {
                         "truncated", "damaged", "platform", "memory", "internal", "refused"});
 }
 
-void xsd_failures(std::string &out, const char *list, const char *item) {
-    out += std::string("      <xs:element name=\"") + list + "\">\n        <xs:complexType><xs:sequence>\n";
-    out += std::string("          <xs:element name=\"") + item + "\" minOccurs=\"0\" maxOccurs=\"unbounded\">\n";
-    out += "            <xs:complexType><xs:sequence>\n";
-    out += "              <xs:element name=\"kind\"><xs:simpleType><xs:restriction base=\"xs:string\">";
-    for (const auto &k : failure_kinds()) out += "<xs:enumeration value=\"" + k.get<std::string>() + "\"/>";
-    out += "</xs:restriction></xs:simpleType></xs:element>\n";
-    out += "              <xs:element name=\"if_name\" type=\"xs:string\" minOccurs=\"0\"/>\n";
-    out += "              <xs:element name=\"vaq\" type=\"xs:unsignedInt\" minOccurs=\"0\"/>\n";
-    out += "              <xs:element name=\"asic\" type=\"xs:unsignedInt\" minOccurs=\"0\"/>\n";
-    out += "              <xs:element name=\"message\" type=\"xs:string\"/>\n";
-    out += "            </xs:sequence></xs:complexType>\n          </xs:element>\n";
-    out += "        </xs:sequence></xs:complexType>\n      </xs:element>\n";
+// The list of failures called `list`, one `item` each.
+void xsd_failures(std::string &out, const std::string &list, const std::string &item) {
+    std::string kinds;
+    for (const auto &k : failure_kinds()) kinds += "<xs:enumeration value=\"" + k.get<std::string>() + "\"/>";
+    out += "      <xs:element name=\"" + list + "\">\n        <xs:complexType><xs:sequence>\n          <xs:element name=\"" +
+           item + R"(" minOccurs="0" maxOccurs="unbounded">
+            <xs:complexType><xs:sequence>
+              <xs:element name="kind"><xs:simpleType><xs:restriction base="xs:string">)" + kinds +
+           R"(</xs:restriction></xs:simpleType></xs:element>
+              <xs:element name="if_name" type="xs:string" minOccurs="0"/>
+              <xs:element name="vaq" type="xs:unsignedInt" minOccurs="0"/>
+              <xs:element name="asic" type="xs:unsignedInt" minOccurs="0"/>
+              <xs:element name="message" type="xs:string"/>
+            </xs:sequence></xs:complexType>
+          </xs:element>
+        </xs:sequence></xs:complexType>
+      </xs:element>
+)";
 }
 
 }  // namespace
@@ -316,26 +321,31 @@ std::string xml_schema(const qdcli_attr_info *catalogue, std::size_t count, Stat
     Shape s = shape_of(catalogue, count);
     s.states = states;
     std::string out;
-    out += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-    out += "<!-- qdsh structured output: <document> per command; with -o xml and several commands,\n"
-           "     the documents are the children of one <qdsh> element. Generated from the attribute\n"
-           "     catalogue by qdsh, option schema. -->\n";
-    out += "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\" elementFormDefault=\"qualified\">\n";
-    out += "  <xs:element name=\"qdsh\">\n    <xs:complexType><xs:sequence>\n";
-    out += "      <xs:element ref=\"document\" minOccurs=\"0\" maxOccurs=\"unbounded\"/>\n";
-    out += "    </xs:sequence></xs:complexType>\n  </xs:element>\n";
-    out += "  <xs:element name=\"document\">\n    <xs:complexType><xs:all>\n";
-    out += "      <xs:element name=\"timestamp\" type=\"xs:string\" minOccurs=\"0\"/>\n";
-    out += "      <xs:element name=\"interval\" type=\"xs:decimal\" minOccurs=\"0\"/>\n";
-    out += "      <xs:element name=\"sample\" type=\"xs:positiveInteger\" minOccurs=\"0\"/>\n";
-    out += "      <xs:element name=\"command\" type=\"xs:string\"/>\n";
-    out += "      <xs:element name=\"status\"><xs:simpleType><xs:restriction base=\"xs:string\">"
-           "<xs:enumeration value=\"ok\"/><xs:enumeration value=\"failed\"/></xs:restriction></xs:simpleType></xs:element>\n";
-    out += "      <xs:element name=\"text_only\" type=\"xs:boolean\"/>\n";
-    out += "      <xs:element name=\"interfaces\">\n        <xs:complexType><xs:sequence>\n";
-    out += "          <xs:element name=\"interface\" minOccurs=\"0\" maxOccurs=\"unbounded\">\n";
-    out += "            <xs:complexType><xs:all>\n";
-    out += "              <xs:element name=\"if_name\" type=\"xs:string\"/>\n";
+    out += R"(<?xml version="1.0" encoding="UTF-8"?>
+<!-- qdsh structured output: <document> per command; with -o xml and several commands,
+     the documents are the children of one <qdsh> element. Generated from the attribute
+     catalogue by qdsh, option schema. -->
+<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema" elementFormDefault="qualified">
+  <xs:element name="qdsh">
+    <xs:complexType><xs:sequence>
+      <xs:element ref="document" minOccurs="0" maxOccurs="unbounded"/>
+    </xs:sequence></xs:complexType>
+  </xs:element>
+  <xs:element name="document">
+    <xs:complexType><xs:all>
+      <xs:element name="timestamp" type="xs:string" minOccurs="0"/>
+      <xs:element name="interval" type="xs:decimal" minOccurs="0"/>
+      <xs:element name="sample" type="xs:positiveInteger" minOccurs="0"/>
+      <xs:element name="command" type="xs:string"/>
+      <xs:element name="status"><xs:simpleType><xs:restriction base="xs:string">)"
+           R"(<xs:enumeration value="ok"/><xs:enumeration value="failed"/></xs:restriction></xs:simpleType></xs:element>
+      <xs:element name="text_only" type="xs:boolean"/>
+      <xs:element name="interfaces">
+        <xs:complexType><xs:sequence>
+          <xs:element name="interface" minOccurs="0" maxOccurs="unbounded">
+            <xs:complexType><xs:all>
+              <xs:element name="if_name" type="xs:string"/>
+)";
     for (const qdcli_attr_info *a : s.scalars) xsd_value(s, out, *a, 7);
     for (const std::string &name : s.roots) xsd_table(out, s, name, 7);
     xsd_watch_members(out, 7);
