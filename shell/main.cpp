@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <string>
 
-#include "cli/grammar.hpp"
 #include "cli/options.hpp"
 #include "exec/library.hpp"
 #include "operator/serve.hpp"
@@ -96,10 +95,7 @@ int main(int argc, char **argv) {
     Executor executor(library);
     // Command lines that handlers run through vsh_system2 take the same path;
     // a line qdsh does not know goes to the platform's own commands.
-    qdsim::set_command_runner([&executor](const std::string &line) {
-        if (!match_line(line).ok) return qdsim::run_platform_command(line);
-        return executor.run(line) ? 0 : 1;
-    });
+    qdsim::set_command_runner([&executor](const std::string &line) { return executor.run_nested(line); });
     Presenter::OperatorSettings ops;
     ops.names = reinterpret_cast<NameLookup>(library.symbol("qdcli_attr_find_name"));
     if (options.output == "openmetrics") ops.metrics = Exposition::openmetrics;

@@ -19,7 +19,6 @@ struct CommandOutcome {
     Document document;  // when asked for
     std::string text;   // what it printed, when asked for
     bool ok = true;     // false: refused or failed
-    int exit_status() const { return ok ? 0 : 1; }
 };
 
 struct RunOptions {

@@ -196,10 +196,24 @@ bool Executor::run_line(std::string_view line) {
         report_error(m.error);
         return false;
     }
-    executed_->command = m.match.command;
-    if (!resolve(m.match)) return false;
-    if (m.match.command->call == Call::builtin) return run_builtin(m.match);
-    return call_handler(m.match);
+    return execute(m.match);
+}
+
+int Executor::run_nested(std::string_view line) {
+    const MatchResult m = match_line(line);
+    if (!m.ok) return qdsim::run_platform_command(std::string(line));
+    Executed executed;
+    Executed *const outer = executed_;
+    executed_ = &executed;
+    executed.ok = execute(m.match);
+    executed_ = outer;
+    return executed.ok ? 0 : 1;
+}
+
+bool Executor::execute(const Match &match) {
+    executed_->command = match.command;
+    if (!resolve(match)) return false;
+    return match.command->call == Call::builtin ? run_builtin(match) : call_handler(match);
 }
 
 // Resolves the interfaces the line names, before anything is sent.

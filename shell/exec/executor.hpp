@@ -38,6 +38,10 @@ public:
         return run(line, executed);
     }
 
+    // A command line a handler runs (vsh_system2), matched once: a line qdsh
+    // does not know goes to the platform's own commands. 0 when it succeeded.
+    int run_nested(std::string_view line);
+
     bool exit_requested() const { return exit_requested_; }
 
     // Whether a "?" typed after `before` asks for help: as a word of its own
@@ -53,6 +57,7 @@ public:
 
 private:
     bool run_line(std::string_view line);
+    bool execute(const Match &match);
     bool resolve(const Match &match);
     bool call_handler(const Match &match);
     bool run_builtin(const Match &match);

@@ -46,12 +46,6 @@ private:
     struct sigaction saved_ {};
 };
 
-std::string format_number(double v) {
-    char text[40];
-    std::snprintf(text, sizeof text, "%.2f", v);
-    return text;
-}
-
 std::string rfc3339(std::time_t seconds, int millis) {
     std::tm tm{};
     gmtime_r(&seconds, &tm);
@@ -216,7 +210,11 @@ bool run_watch(Executor &executor, AttributeLookup attrs, NameLookup names, cons
         if (output.format == Format::text) {
             std::string header = every + options.command + "    sample " + std::to_string(n);
             if (options.count > 0) header += " of " + std::to_string(options.count);
-            if (n > 1) header += ", " + format_number(tracker.interval()) + " s after the last";
+            if (n > 1) {
+                char after[64];
+                std::snprintf(after, sizeof after, ", %.2f s after the last", tracker.interval());
+                header += after;
+            }
             std::string screen = render_watch_text(header, samples, readings, output.terminal);
             for (const Document &e : document.value("errors", Document::array()))
                 screen += "  error: " + e.value("message", std::string{}) + "\n";
