@@ -280,35 +280,33 @@ TEST(Watch, DocumentCarriesDeltasAndRatesBesideTheValues) {
 }
 
 TEST(Watch, ArgumentsAreChecked) {
-    struct Case {
+    const struct {
         const char *line;
-        const char *error;  // empty: accepted
+        const char *error;    // empty: accepted, watching `command`
+        const char *command;
     } cases[] = {
-        {"--interval 0.5 --count 3 show queuing interface e1/1", ""},
-        {"-n 2 --nonzero -- show queuing", ""},
+        {"--interval 0.5 --count 3 show queuing interface e1/1", "", "show queuing interface e1/1"},
+        {"-n 2 --nonzero -- show queuing", "", "show queuing"},
+        {"--count 2 -c \"show x\"", "", "show x"},
         {"--interval 0 show x", "interval \"0\" is not a number of seconds"},
         {"--count -1 show x", "count \"-1\" is not a number of samples"},
         {"--count", "--count needs a value"},
         {"--bogus show x", "unknown option --bogus"},
         {"--count 2", "which command?"},
         {"watch show x", "cannot watch a watch"},
-        {"--count 2 -c \"show x\"", ""},
         {"-c \"show x\" --count 2", "nothing may follow -c COMMAND"},
     };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         qdsh::cli::WatchOptions o;
         std::string error;
         const bool ok = qdsh::cli::parse_watch_arguments(qdsh::split_words(c.line), o, error);
-        if (*c.error == '\0') {
-            EXPECT_TRUE(ok) << c.line << ": " << error;
-        } else {
-            EXPECT_NE(error.find(c.error), std::string::npos) << c.line << " -> " << error;
-        }
+        EXPECT_EQ(ok, *c.error == '\0') << c.line << ": " << error;
+        if (ok) EXPECT_EQ(o.command, c.command) << c.line;
+        else EXPECT_NE(error.find(c.error), std::string::npos) << c.line << " -> " << error;
     }
     qdsh::cli::WatchOptions o;
     std::string error;
-    ASSERT_TRUE(qdsh::cli::parse_watch_arguments(qdsh::split_words("--interval 0.5 --count 3 show queuing interface e1/1"), o, error));
-    EXPECT_EQ(o.command, "show queuing interface e1/1");
+    ASSERT_TRUE(qdsh::cli::parse_watch_arguments(qdsh::split_words(cases[0].line), o, error));
     EXPECT_EQ(o.count, 3);
     EXPECT_DOUBLE_EQ(o.interval, 0.5);
 }
