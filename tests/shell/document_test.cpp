@@ -95,11 +95,14 @@ TEST(Document, SubjectsRowsFailuresAndTypes) {
          R"({"interfaces":[],"extenders":[{"vaq":101,"asic_count":2,"asics":[{"asic":0}]},{"vaq":102}],)"
          R"("lines":[],"unsupported":[{"kind":"not_supported","vaq":101,"asic":1,"message":"no counters"}],)"
          R"("errors":[{"kind":"receive","vaq":102,"message":"timeout"}],"status":"failed","text_only":false})"},
-        {"a refusal about the command as a whole",
-         [](DocumentBuilder &b) { b.failure({"not_supported", std::nullopt, "Command not supported on this platform", false}); },
+        {"a refusal about the command as a whole, a failure about an interface",
+         [](DocumentBuilder &b) {
+             b.failure({"not_supported", std::nullopt, "Command not supported on this platform", false});
+             b.failure({"send", interface("Ethernet1/2"), "no answer", false});
+         },
          true,
-         R"({"interfaces":[],"lines":[],"unsupported":[],"errors":[{"kind":"not_supported","message":"Command not supported on this platform"}],)"
-         R"("status":"failed","text_only":false})"},
+         R"({"interfaces":[],"lines":[],"unsupported":[],"errors":[{"kind":"not_supported","message":"Command not supported on this platform"},)"
+         R"({"kind":"send","if_name":"Ethernet1/2","message":"no answer"}],"status":"failed","text_only":false})"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
