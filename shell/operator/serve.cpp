@@ -165,7 +165,12 @@ std::string exposition(const Collection &c, Exposition dialect) {
 bool parse_serve_arguments(const std::vector<std::string> &words, ServeOptions &o, std::string &error) {
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string &w = words[i];
-        if (i + 1 >= words.size() && (w == "--listen" || w == "--config" || w == "--timeout")) {
+        const cli::Option *option = cli::find_option(cli::Scope::serve, w);
+        if (option == nullptr) {
+            error = "serve: unknown argument \"" + w + "\" (expected --listen HOST:PORT, --config FILE, --timeout S, --nonzero)";
+            return false;
+        }
+        if (option->value != cli::Value::none && i + 1 >= words.size()) {
             error = "serve: " + w + " needs a value";
             return false;
         }
@@ -197,11 +202,8 @@ bool parse_serve_arguments(const std::vector<std::string> &words, ServeOptions &
                 return false;
             }
             o.timeout = *d;
-        } else if (w == "--nonzero") {
-            o.nonzero = true;
         } else {
-            error = "serve: unknown argument \"" + w + "\" (expected --listen HOST:PORT, --config FILE, --timeout S, --nonzero)";
-            return false;
+            o.nonzero = true;  // --nonzero
         }
     }
     return true;
