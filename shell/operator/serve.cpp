@@ -22,11 +22,11 @@
 
 #include <microhttpd.h>
 
+#include "cli/options.hpp"
+#include "exec/command.hpp"
 #include "model/json_input.hpp"
 #include "qdsim/sim.h"
-#include "exec/command.hpp"
 #include "term/signals.hpp"
-#include "cli/options.hpp"
 
 namespace qdsh {
 

@@ -15,9 +15,9 @@
 #include <ctime>
 #include <memory>
 
+#include "exec/command.hpp"
 #include "qdsim/sim.h"
 #include "term/signals.hpp"
-#include "exec/command.hpp"
 
 namespace qdsh {
 
