@@ -25,12 +25,6 @@
 
 namespace {
 
-std::string trim(const std::string &s) {
-    const std::size_t b = s.find_first_not_of(" \t");
-    if (b == std::string::npos) return {};
-    return s.substr(b, s.find_last_not_of(" \t") - b + 1);
-}
-
 // Text for roff: backslashes and hyphens escaped, no line starting a request.
 std::string roff(const std::string &s) {
     std::string out;
@@ -225,14 +219,14 @@ std::vector<std::string> expand(const std::string &text) {
             while (from <= inner.size()) {
                 std::size_t comma = inner.find(',', from);
                 if (comma == std::string::npos) comma = inner.size();
-                const std::string alternative = trim(inner.substr(from, comma - from));
+                const std::string alternative = qdsh::trim(inner.substr(from, comma - from));
                 for (const std::string &f : forms) next.push_back(append(f, alternative));
                 from = comma + 1;
             }
             i = close == std::string::npos ? text.size() : close + 1;
         } else if (text[i] == '[') {
             const std::size_t close = text.find(']', i);
-            const std::string inner = trim(text.substr(i + 1, close - i - 1));
+            const std::string inner = qdsh::trim(text.substr(i + 1, close - i - 1));
             for (const std::string &f : forms) {
                 next.push_back(f);
                 next.push_back(append(f, inner));

@@ -234,16 +234,8 @@ std::vector<Command> build_table() {
 }
 // clang-format on
 
-bool is_alpha_word(std::string_view s) {
-    return !s.empty() && std::all_of(s.begin(), s.end(), [](char ch) { return std::isalpha(static_cast<unsigned char>(ch)) != 0; });
-}
-
 bool starts_with_digit(std::string_view s) {
     return !s.empty() && std::isdigit(static_cast<unsigned char>(s[0])) != 0;
-}
-
-std::string quoted(std::string_view s) {
-    return "\"" + std::string(s) + "\"";
 }
 
 // One command tried against the tokens of a line: how far it got.
@@ -278,10 +270,6 @@ std::string check_small(std::string_view text, unsigned max, std::string_view wh
         return "invalid " + std::string(what) + " " + quoted(text) + ": expected 0 to " + std::to_string(max);
     into.push_back(v);
     return {};
-}
-
-bool all_digits(std::string_view s) {
-    return !s.empty() && std::all_of(s.begin(), s.end(), [](char ch) { return std::isdigit(static_cast<unsigned char>(ch)) != 0; });
 }
 
 // Why `text` is not a 32-bit number ("" when it is one, kept in `into`).
@@ -499,6 +487,24 @@ std::vector<Token> tokenize(std::string_view line) {
         toks.push_back({std::string(line.substr(b, i - b)), b, i});
     }
     return toks;
+}
+
+bool is_alpha_word(std::string_view s) {
+    return !s.empty() && std::all_of(s.begin(), s.end(), [](char ch) { return std::isalpha(static_cast<unsigned char>(ch)) != 0; });
+}
+
+bool all_digits(std::string_view s) {
+    return !s.empty() && std::all_of(s.begin(), s.end(), [](char ch) { return std::isdigit(static_cast<unsigned char>(ch)) != 0; });
+}
+
+std::string quoted(std::string_view s) {
+    return "\"" + std::string(s) + "\"";
+}
+
+std::string trim(std::string_view s) {
+    while (!s.empty() && std::isspace(static_cast<unsigned char>(s.front()))) s.remove_prefix(1);
+    while (!s.empty() && std::isspace(static_cast<unsigned char>(s.back()))) s.remove_suffix(1);
+    return std::string(s);
 }
 
 bool looks_numeric(std::string_view text) {

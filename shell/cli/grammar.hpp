@@ -143,9 +143,13 @@ struct Candidate {
 std::vector<Candidate> candidates(std::string_view line);
 std::vector<Candidate> candidates(std::string_view line, std::span<const Command> table);
 
-// Parsing helpers shared with the executor.
+// Parsing helpers shared with the interface lists and the executor.
 bool parse_u32(std::string_view text, std::uint32_t &value);
 // A text that reads as a number (digits, or 0x and hex digits).
 bool looks_numeric(std::string_view text);
+bool is_alpha_word(std::string_view s);  // letters only, at least one
+bool all_digits(std::string_view s);     // digits only, at least one
+std::string quoted(std::string_view s);  // "s", for messages
+std::string trim(std::string_view s);    // without the blanks around it
 
 }  // namespace qdsh

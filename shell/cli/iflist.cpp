@@ -10,18 +10,6 @@ namespace qdsh {
 
 namespace {
 
-std::string quoted(const std::string &s) {
-    return "\"" + s + "\"";
-}
-
-bool all_alpha(const std::string &s) {
-    return !s.empty() && std::all_of(s.begin(), s.end(), [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; });
-}
-
-bool all_digits(const std::string &s) {
-    return !s.empty() && std::all_of(s.begin(), s.end(), [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; });
-}
-
 // Splits "PREFIX<first>-<last>" where PREFIX ends in a letter or '/'.
 struct Range {
     std::string prefix;
@@ -104,7 +92,7 @@ InterfaceListResult resolve_interface_list(const std::vector<std::string> &words
     }
     std::vector<std::string> items;
     for (std::size_t i = 0; i < pieces.size(); ++i) {
-        if (all_alpha(pieces[i]) && i + 1 < pieces.size() && std::isdigit(static_cast<unsigned char>(pieces[i + 1][0]))) {
+        if (is_alpha_word(pieces[i]) && i + 1 < pieces.size() && std::isdigit(static_cast<unsigned char>(pieces[i + 1][0]))) {
             items.push_back(pieces[i] + pieces[i + 1]);
             ++i;
         } else {

@@ -32,12 +32,6 @@ constexpr std::size_t kMaxPatternBytes = 4096;
 constexpr std::size_t kMaxSegments = 32;
 constexpr std::int64_t kMaxPatternMemory = std::int64_t{8} << 20;
 
-std::string_view trim(std::string_view s) {
-    while (!s.empty() && std::isspace(static_cast<unsigned char>(s.front()))) s.remove_prefix(1);
-    while (!s.empty() && std::isspace(static_cast<unsigned char>(s.back()))) s.remove_suffix(1);
-    return s;
-}
-
 // Splits at "|" outside double quotes; a backslash inside quotes keeps the
 // next character as it is.
 std::vector<std::string> split_bars(std::string_view line, bool &unterminated) {
@@ -136,7 +130,7 @@ Pipeline split_pipeline(std::string_view line) {
     Pipeline p;
     bool unterminated = false;
     const std::vector<std::string> parts = split_bars(line, unterminated);
-    p.command = std::string(trim(parts[0]));
+    p.command = trim(parts[0]);
     if (unterminated) {
         p.error = "a double quote is not closed";
         return p;
@@ -151,7 +145,7 @@ Pipeline split_pipeline(std::string_view line) {
         return p;
     }
     for (std::size_t i = 1; i < parts.size(); ++i) {
-        const std::string_view segment = trim(parts[i]);
+        const std::string segment = trim(parts[i]);
         if (segment == "?" && i + 1 == parts.size()) {
             p.help = true;
             return p;
@@ -161,8 +155,8 @@ Pipeline split_pipeline(std::string_view line) {
             return p;
         }
         const std::size_t space = segment.find_first_of(" \t");
-        const std::string_view word = segment.substr(0, space);
-        const std::string_view rest = space == std::string_view::npos ? std::string_view{} : trim(segment.substr(space));
+        const std::string_view word = std::string_view(segment).substr(0, space);
+        const std::string rest = space == std::string::npos ? std::string{} : trim(std::string_view(segment).substr(space));
         int candidates = 0;
         const FilterName *found = find_filter(word, candidates);
         if (candidates != 1) {

@@ -75,12 +75,6 @@ const char *unprinted_message(qdcli_failure_kind kind) {
     return kind == QDCLI_FAILURE_UNSUPPORTED ? "interface not supported by the queuing daemon" : kind_name(kind);
 }
 
-std::string trimmed(std::string_view s) {
-    const std::size_t a = s.find_first_not_of(" \t\r\n");
-    if (a == std::string_view::npos) return {};
-    return std::string(s.substr(a, s.find_last_not_of(" \t\r\n") - a + 1));
-}
-
 // The command being run: where its events go.
 struct Running {
     std::string command;                 // the line, for a failure about no subject
@@ -166,7 +160,7 @@ void on_failure(void *, const qdcli_failure *f) {
         out.subject = keys_of(*f->subject);
     else if (!g_running->subjects.empty())
         out.subject = g_running->subjects.back();
-    out.message = f->message != nullptr ? trimmed(f->message) : unprinted_message(f->kind);
+    out.message = f->message != nullptr ? trim(f->message) : unprinted_message(f->kind);
     if (out.message.empty()) out.message = unprinted_message(f->kind);
     out.unsupported = is_unsupported_entry(f->kind, out.subject);
     tell(std::move(out));
@@ -215,7 +209,7 @@ CommandOutcome run_command(Executor &executor, std::string_view line, AttributeL
     if (options.document) builder = std::make_unique<DocumentBuilder>(line, lookup);
     if (builder && options.interface_done) builder->stream_interfaces(options.interface_done);
     Running running;
-    running.command = trimmed(line);
+    running.command = trim(line);
     running.report = options.report;
     running.builder = builder.get();
     bool handler_ok = true;

@@ -57,10 +57,6 @@ std::string terminal_json(const std::string &dump) {
     return out;
 }
 
-std::string in_quotes(std::string_view s) {
-    return "\"" + std::string(s) + "\"";
-}
-
 std::string canonical_name(std::uint32_t if_index) {
     for (const qdsim::InterfaceInfo &i : qdsim::interfaces())
         if (i.if_index == if_index) return i.name;
@@ -288,7 +284,7 @@ bool Executor::show_help(std::string_view before) const {
     const std::vector<Candidate> list = candidates(command);
     if (list.empty()) {
         const MatchResult m = match_line(command);
-        report_error(m.ok ? "nothing may follow " + in_quotes(command) : m.error);
+        report_error(m.ok ? "nothing may follow " + quoted(command) : m.error);
         return false;
     }
     std::string text;
@@ -434,7 +430,7 @@ bool Executor::call_handler(const Match &match) {
     const bool ok = c.success == Success::stream_end ? (status == -1 || status == 0) : status == 0;
     // A failure the library told has been reported with its own words.
     if (!ok && executed_->failures_told == 0)
-        report_error(in_quotes(c.pattern) + " failed with status " + status_text(status));
+        report_error(quoted(c.pattern) + " failed with status " + status_text(status));
     return ok;
 }
 
@@ -537,7 +533,7 @@ bool Executor::clear_pfc() {
     if (!executed_->interfaces.empty()) line += " " + executed_->interfaces[0].name;
     const int status = qdsim::run_platform_command(line);
     if (status != 0) {
-        report_error(in_quotes(line) + " failed with status " + status_text(status));
+        report_error(quoted(line) + " failed with status " + status_text(status));
         return false;
     }
     return true;
@@ -549,7 +545,7 @@ bool Executor::sim_show(const Match &match) {
     const std::string pointer = match.params.empty() ? std::string{} : match.params[0].values.at(0);
     std::string value, error;
     if (!qdsim::get_state_value(pointer, value, error)) {
-        report_error(error.starts_with("nothing at") ? "sim show: no value at " + in_quotes(pointer) : "sim show: " + error);
+        report_error(error.starts_with("nothing at") ? "sim show: no value at " + quoted(pointer) : "sim show: " + error);
         return false;
     }
     out(terminal_json(value) + "\n");

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <map>
 
+#include "cli/grammar.hpp"
+
 namespace qdsh {
 namespace {
 
@@ -37,13 +39,6 @@ std::string text_value(const std::uint8_t *b, std::uint32_t n) {
     std::uint32_t k = 0;
     while (k < n && b[k] != 0) ++k;
     return std::string(reinterpret_cast<const char *>(b), k);
-}
-
-std::string trim(std::string_view s) {
-    std::size_t a = 0, e = s.size();
-    while (a < e && std::isspace(static_cast<unsigned char>(s[a]))) ++a;
-    while (e > a && std::isspace(static_cast<unsigned char>(s[e - 1]))) --e;
-    return std::string(s.substr(a, e - a));
 }
 
 std::string lower(std::string s) {
