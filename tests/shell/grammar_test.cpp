@@ -129,42 +129,36 @@ TEST(Match, AbbreviationsAndFullWords) {
     };
     for (const auto &[line, pattern] : cases) EXPECT_EQ(matched(line).pattern, pattern) << line;
 }
-TEST(Match, InterfaceForms) {
-    const qdsh::MatchResult ext = match_line("show queuing interface ethernet 1/1 extended");
-    ASSERT_TRUE(ext.ok) << ext.error;
-    EXPECT_EQ(ext.match.command->handler, "qd_cli_show_queuing_intf_extend");
-    EXPECT_EQ(ext.match.params.at(0).values, std::vector<std::string>{"ethernet1/1"});
-    EXPECT_EQ(matched("show queuing interface eth1/1 ext").handler, "qd_cli_show_queuing_intf_extend");
-
-    const qdsh::MatchResult list = match_line("show queuing interface eth1/1-3, e1/5 ethernet 1/7");
-    ASSERT_TRUE(list.ok) << list.error;
-    EXPECT_EQ(list.match.command->handler, "qd_cli_show_queuing_interface");
-    EXPECT_EQ(list.match.params.at(0).values, (std::vector<std::string>{"eth1/1-3,", "e1/5", "ethernet", "1/7"}));
-    // A type word written apart from its numbers is still an interface.
-    EXPECT_EQ(match_line("show queuing interface ethernet 1/1 ethernet 1/2").match.params.at(0).values.size(), 4u);
-
-    const qdsh::MatchResult all = match_line("show queuing interface");
-    ASSERT_TRUE(all.ok);
-    EXPECT_TRUE(all.match.params.empty());
-
-    EXPECT_EQ(matched("clear queuing counters interface eth1/2").handler, "qd_cli_clear_queuing_interface");
-    EXPECT_EQ(matched("show queuing host-interface Ethernet101/1/1").call, Call::pinfo_if_name);
-}
-
-TEST(Match, DetailWordBecomesAnArgument) {
-    const qdsh::MatchResult r = match_line("show system internal qd mem-stats detail");
-    ASSERT_TRUE(r.ok) << r.error;
-    ASSERT_EQ(r.match.params.size(), 1u);
-    EXPECT_TRUE(r.match.params[0].element->is_word);
-    EXPECT_EQ(r.match.params[0].element->arg_type, 2u);
-    EXPECT_TRUE(match_line("show system internal qd mem-stats").match.params.empty());
-}
-
-TEST(Match, RawParametersKeepTheRestOfTheLine) {
-    const qdsh::MatchResult r = match_line("sim set /interfaces/0/counters  {\"rx\": 1,  \"tx\": 2}  ");
-    ASSERT_TRUE(r.ok) << r.error;
-    EXPECT_EQ(r.match.params.at(0).values.at(0), "/interfaces/0/counters");
-    EXPECT_EQ(r.match.params.at(1).values.at(0), "{\"rx\": 1,  \"tx\": 2}");
+// The entry a line matches and the text each parameter took (a word that
+// becomes an argument, "detail", takes none).
+TEST(Match, EntriesAndParameterTexts) {
+    using Texts = std::vector<std::vector<std::string>>;
+    const struct {
+        const char *line, *pattern;
+        Texts texts;
+    } cases[] = {
+        {"show queuing interface ethernet 1/1 extended", "show queuing interface IF extended", {{"ethernet1/1"}}},
+        {"show queuing interface eth1/1 ext", "show queuing interface IF extended", {{"eth1/1"}}},
+        // A type word written apart from its numbers is still an interface.
+        {"show queuing interface eth1/1-3, e1/5 ethernet 1/7", "show queuing interface IF-LIST",
+         {{"eth1/1-3,", "e1/5", "ethernet", "1/7"}}},
+        {"show queuing interface", "show queuing interface", {}},
+        {"clear queuing counters interface eth1/2", "clear queuing counters interface IF", {{"eth1/2"}}},
+        {"show queuing host-interface Ethernet101/1/1", "show queuing host-interface IF", {{"Ethernet101/1/1"}}},
+        {"show system internal qd mem-stats detail", "show system internal qd mem-stats detail", {{}}},
+        {"show system internal qd mem-stats", "show system internal qd mem-stats", {}},
+        {"sim set /interfaces/0/counters  {\"rx\": 1,  \"tx\": 2}  ", "sim set JSON-POINTER JSON-VALUE",
+         {{"/interfaces/0/counters"}, {"{\"rx\": 1,  \"tx\": 2}"}}},
+    };
+    for (const auto &c : cases) {
+        const qdsh::MatchResult r = match_line(c.line);
+        ASSERT_TRUE(r.ok) << c.line << ": " << r.error;
+        EXPECT_EQ(r.match.command->pattern, c.pattern) << c.line;
+        Texts texts;
+        for (const qdsh::Match::Param &p : r.match.params) texts.push_back(p.values);
+        EXPECT_EQ(texts, c.texts) << c.line;
+    }
+    EXPECT_EQ(match_line("show system internal qd mem-stats detail").match.params.at(0).element->arg_type, 2u);
 }
 
 TEST(Match, ErrorsNameWhatWasWrong) {
@@ -219,38 +213,30 @@ std::optional<std::uint32_t> fake_resolve(const std::string &name) {
     return it == known.end() ? std::nullopt : std::optional<std::uint32_t>(it->second);
 }
 
-std::vector<std::uint32_t> indexes(const qdsh::InterfaceListResult &r) {
-    std::vector<std::uint32_t> v;
-    for (const auto &i : r.interfaces) v.push_back(i.if_index);
-    return v;
-}
-
-TEST(InterfaceList, RangesCommasAndSeparatedTypeWords) {
-    const auto r = qdsh::resolve_interface_list({"eth1/1-2,e101/1/1-2", "ethernet", "1/1"}, fake_resolve);
-    ASSERT_TRUE(r.ok()) << r.error;
-    // ethernet1/1 is eth1/1 again: each interface is reported once, first place kept.
-    EXPECT_EQ(indexes(r), (std::vector<std::uint32_t>{0x1a000000, 0x1a001000, 0x1f000001, 0x1f000002}));
-    EXPECT_EQ(r.interfaces[2].spelling, "e101/1/1");
-
-    const auto spaced = qdsh::resolve_interface_list({"eth1/4", ",", "eth1/3,"}, fake_resolve);
-    ASSERT_TRUE(spaced.ok()) << spaced.error;
-    EXPECT_EQ(indexes(spaced), (std::vector<std::uint32_t>{0x1a003000, 0x1a002000}));
-
-    // A name with a dash of its own is a name, not a range.
-    EXPECT_TRUE(qdsh::resolve_interface_list({"port-channel1"}, fake_resolve).ok());
-}
-
-TEST(InterfaceList, RefusalsNameTheInterface) {
-    EXPECT_EQ(qdsh::resolve_interface_list({"eth1/3-5"}, fake_resolve).error,
-              "unknown interface \"eth1/5\" (in range \"eth1/3-5\")");
-    EXPECT_EQ(qdsh::resolve_interface_list({"eth1/1,eth9/9"}, fake_resolve).error, "unknown interface \"eth9/9\"");
-    EXPECT_EQ(qdsh::resolve_interface_list({"eth1/4-2"}, fake_resolve).error,
-              "invalid interface range \"eth1/4-2\": 4 is above 2");
-    EXPECT_EQ(qdsh::resolve_interface_list({"eth1/1-99999"}, fake_resolve).error,
-              "interface range \"eth1/1-99999\" is too large (at most 4096)");
-    EXPECT_EQ(qdsh::resolve_interface_list({","}, fake_resolve).error, "missing interface");
-    const auto bad = qdsh::resolve_interface_list({"eth1/1", "bogus"}, fake_resolve);
-    EXPECT_TRUE(bad.interfaces.empty());
+// What a list resolves to, in order and without repeats, or why it does not.
+TEST(InterfaceList, ResolvedInOrderOrRefusedByName) {
+    const struct {
+        std::vector<std::string> words;
+        std::vector<std::uint32_t> indexes;
+        const char *error;
+    } cases[] = {
+        // ethernet1/1 is eth1/1 again: reported once, first place kept.
+        {{"eth1/1-2,e101/1/1-2", "ethernet", "1/1"}, {0x1a000000, 0x1a001000, 0x1f000001, 0x1f000002}, ""},
+        {{"eth1/4", ",", "eth1/3,"}, {0x1a003000, 0x1a002000}, ""},
+        {{"port-channel1"}, {0x16000000}, ""},  // a dash of its own: a name, not a range
+        {{"eth1/3-5"}, {}, "unknown interface \"eth1/5\" (in range \"eth1/3-5\")"},
+        {{"eth1/1", "eth9/9"}, {}, "unknown interface \"eth9/9\""},
+        {{"eth1/4-2"}, {}, "invalid interface range \"eth1/4-2\": 4 is above 2"},
+        {{"eth1/1-99999"}, {}, "interface range \"eth1/1-99999\" is too large (at most 4096)"},
+        {{","}, {}, "missing interface"},
+    };
+    for (const auto &c : cases) {
+        const qdsh::InterfaceListResult r = qdsh::resolve_interface_list(c.words, fake_resolve);
+        std::vector<std::uint32_t> indexes;
+        for (const auto &i : r.interfaces) indexes.push_back(i.if_index);
+        EXPECT_EQ(indexes, c.indexes) << c.words[0];
+        EXPECT_EQ(r.error, c.error) << c.words[0];
+    }
     EXPECT_EQ(qdsh::resolve_interface("eth7", fake_resolve).error, "unknown interface \"eth7\"");
 }
 
