@@ -26,9 +26,9 @@
 #include <vector>
 
 #include "baseline.hpp"
+#include "exec/executor.hpp"
 #include "exec/library.hpp"
 #include "qdsim/sim.h"
-#include "exec/executor.hpp"
 
 extern char **environ;
 
