@@ -26,9 +26,9 @@
 #include <vector>
 
 #include "baseline.hpp"
-#include "library.hpp"
+#include "exec/executor.hpp"
+#include "exec/library.hpp"
 #include "qdsim/sim.h"
-#include "shell.hpp"
 
 extern char **environ;
 
@@ -85,7 +85,7 @@ void report(benchmark::State &state, const std::string &name, const std::string 
     if (!load(name)) return state.SkipWithError("the chassis does not load");
     qdsim::set_output_mode(qdsim::OutputMode::text);
     sink_to_output();
-    qdsh::Shell shell(library());
+    qdsh::Executor shell(library());
 
     std::string text;
     {

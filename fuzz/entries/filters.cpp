@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "filters.hpp"
+#include "cli/pipeline.hpp"
 #include "harness/harness.hpp"
 
 QDFUZZ_ENTRY(filters) {

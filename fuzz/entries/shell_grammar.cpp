@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-#include "grammar.hpp"
+#include "cli/grammar.hpp"
 #include "harness/harness.hpp"
-#include "iflist.hpp"
+#include "cli/iflist.hpp"
 
 namespace {
 

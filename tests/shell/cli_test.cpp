@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "natural_sort.hpp"
-#include "pager.hpp"
+#include "cli/natural_sort.hpp"
+#include "term/pager.hpp"
 
 namespace {
 

@@ -6,10 +6,10 @@
 #include <cstring>
 #include <map>
 
-#include "filters.hpp"
-#include "line_context.hpp"
-#include "metrics.hpp"
-#include "watch.hpp"
+#include "cli/pipeline.hpp"
+
+#include "render/metrics.hpp"
+#include "cli/options.hpp"
 
 namespace {
 
@@ -51,33 +51,38 @@ Document queues(std::uint64_t pkts0, std::uint64_t discards0, std::uint64_t pkts
 
 // ---- Filters ----
 
-TEST(Filters, SegmentsApplyInOrder) {
+// The line grammar's edges (tests/e2e/cases/filters runs the common forms):
+// what a pipeline gives, or the start of its error.
+TEST(Filters, EdgesOfTheLineGrammar) {
     const std::string text = "alpha 1\nbeta 2\ngamma 3\ndelta 4\nlast";
-    struct Case {
-        const char *line;
-        const char *out;
+    const struct {
+        const char *line, *out, *error;
     } cases[] = {
-        {"show x | include a 1|", ""},  // an empty segment is refused below
-        {"show x | include [0-9]$", "alpha 1\nbeta 2\ngamma 3\ndelta 4\n"},
-        {"show x | exclude \"^(alpha|beta)\"", "gamma 3\ndelta 4\nlast\n"},
-        {"show x | begin gamma", "gamma 3\ndelta 4\nlast\n"},
-        {"show x | begin nothing", ""},
-        {"show x | count", "5\n"},
-        {"show x | inc a | ex beta | count", "4\n"},
-        {"show x | include \"a 1|b\"", "alpha 1\nbeta 2\n"},
-        {"show x | count | count", "1\n"},
-        {"show x | in \"  \"", ""},
+        {"show x | include \"a 1|b\"", "alpha 1\nbeta 2\n", ""},
+        {"show x | begin nothing", "", ""},
+        {"show x | count | count", "1\n", ""},
+        {"show x | in \"  \"", "", ""},
+        {"sim set /a \"x|y\"", "alpha 1\nbeta 2\ngamma 3\ndelta 4\nlast\n", ""},
+        {"show x | json | include a", "alpha 1\nbeta 2\ngamma 3\ndelta 4\nlast\n", ""},
+        {"show x | include", "", "\"| include\" needs a regular expression"},
+        {"show x | count 3", "", "\"| count\" takes nothing after it"},
+        {"| count", "", "nothing before \"|\""},
+        {"show x | include \"abc", "", "a double quote is not closed"},
+        {"show x || count", "", "a \"|\" with no filter after it"},
+        {"show x | include a 1|", "", "a \"|\" with no filter after it"},
     };
-    for (const Case &c : cases) {
+    for (const auto &c : cases) {
         const qdsh::Pipeline p = qdsh::split_pipeline(c.line);
-        if (std::string(c.line).ends_with("|")) {
-            EXPECT_FALSE(p.ok()) << c.line;
+        if (*c.error != '\0') {
+            EXPECT_TRUE(p.error.starts_with(c.error)) << c.line << " -> " << p.error;
             continue;
         }
         ASSERT_TRUE(p.ok()) << c.line << ": " << p.error;
-        EXPECT_EQ(p.command, "show x");
         EXPECT_EQ(qdsh::apply_filters(text, p.segments), c.out) << c.line;
     }
+    const qdsh::Pipeline p = qdsh::split_pipeline("show x | xml | json");
+    EXPECT_EQ(p.format(qdsh::Format::text), qdsh::Format::json);
+    EXPECT_FALSE(p.has_text_filters());
 }
 
 // Patterns a backtracking engine cannot finish (or recurses on until the
@@ -105,38 +110,6 @@ TEST(Filters, HostilePatternsEndAndStop) {
     std::string many = "x";
     for (int i = 0; i < 33; ++i) many += " | include a";  // each compiled: a bound on the work of one line
     EXPECT_EQ(qdsh::split_pipeline(many).error, "more than 32 filters after one command");
-}
-
-TEST(Filters, FormatsAndQuotedBarsAreNotFilters) {
-    qdsh::Pipeline p = qdsh::split_pipeline("sim set /a \"x|y\"");
-    ASSERT_TRUE(p.ok());
-    EXPECT_EQ(p.command, "sim set /a \"x|y\"");
-    EXPECT_TRUE(p.segments.empty());
-    p = qdsh::split_pipeline("show x | json | include if_name");
-    ASSERT_TRUE(p.ok());
-    ASSERT_EQ(p.segments.size(), 2u);
-    EXPECT_EQ(p.segments[0].kind, qdsh::PipeSegment::Kind::json);
-    EXPECT_TRUE(p.has_text_filters());
-    EXPECT_FALSE(qdsh::split_pipeline("show x | xml").has_text_filters());
-}
-
-TEST(Filters, BadSegmentsAreNamed) {
-    struct Case {
-        const char *line;
-        const char *error;
-    } cases[] = {
-        {"show x | grep a", "\"| grep\": unknown filter"},
-        {"show x | include", "\"| include\" needs a regular expression"},
-        {"show x | include (", "\"| include\": bad regular expression \"(\""},
-        {"show x | count 3", "\"| count\" takes nothing after it"},
-        {"| count", "nothing before \"|\""},
-        {"show x | include \"abc", "a double quote is not closed"},
-        {"show x || count", "a \"|\" with no filter after it"},
-    };
-    for (const Case &c : cases) {
-        const qdsh::Pipeline p = qdsh::split_pipeline(c.line);
-        EXPECT_NE(p.error.find(c.error), std::string::npos) << c.line << " -> " << p.error;
-    }
 }
 
 // What "?" and Tab offer next: watch's options, the command after them, the filters.
@@ -168,7 +141,7 @@ TEST(LineContext, WatchOptionsCommandAndFilters) {
         EXPECT_EQ(context.line_start, c.line_start) << c.before;
     }
     EXPECT_EQ(qdsh::filter_completions("e"), (std::vector<std::string>{"exclude"}));
-    EXPECT_EQ(qdsh::watch_option_completions("--n"), (std::vector<std::string>{"--nonzero"}));
+    EXPECT_EQ(qdsh::cli::option_completions(qdsh::cli::Scope::watch, "--n"), (std::vector<std::string>{"--nonzero"}));
 }
 
 // ---- Deltas and counts ----
@@ -307,35 +280,33 @@ TEST(Watch, DocumentCarriesDeltasAndRatesBesideTheValues) {
 }
 
 TEST(Watch, ArgumentsAreChecked) {
-    struct Case {
+    const struct {
         const char *line;
-        const char *error;  // empty: accepted
+        const char *error;    // empty: accepted, watching `command`
+        const char *command;
     } cases[] = {
-        {"--interval 0.5 --count 3 show queuing interface e1/1", ""},
-        {"-n 2 --nonzero -- show queuing", ""},
+        {"--interval 0.5 --count 3 show queuing interface e1/1", "", "show queuing interface e1/1"},
+        {"-n 2 --nonzero -- show queuing", "", "show queuing"},
+        {"--count 2 -c \"show x\"", "", "show x"},
         {"--interval 0 show x", "interval \"0\" is not a number of seconds"},
         {"--count -1 show x", "count \"-1\" is not a number of samples"},
         {"--count", "--count needs a value"},
         {"--bogus show x", "unknown option --bogus"},
         {"--count 2", "which command?"},
         {"watch show x", "cannot watch a watch"},
-        {"--count 2 -c \"show x\"", ""},
         {"-c \"show x\" --count 2", "nothing may follow -c COMMAND"},
     };
-    for (const Case &c : cases) {
-        qdsh::WatchOptions o;
+    for (const auto &c : cases) {
+        qdsh::cli::WatchOptions o;
         std::string error;
-        const bool ok = qdsh::parse_watch_arguments(qdsh::split_words(c.line), o, error);
-        if (*c.error == '\0') {
-            EXPECT_TRUE(ok) << c.line << ": " << error;
-        } else {
-            EXPECT_NE(error.find(c.error), std::string::npos) << c.line << " -> " << error;
-        }
+        const bool ok = qdsh::cli::parse_watch_arguments(qdsh::split_words(c.line), o, error);
+        EXPECT_EQ(ok, *c.error == '\0') << c.line << ": " << error;
+        if (ok) EXPECT_EQ(o.command, c.command) << c.line;
+        else EXPECT_NE(error.find(c.error), std::string::npos) << c.line << " -> " << error;
     }
-    qdsh::WatchOptions o;
+    qdsh::cli::WatchOptions o;
     std::string error;
-    ASSERT_TRUE(qdsh::parse_watch_arguments(qdsh::split_words("--interval 0.5 --count 3 show queuing interface e1/1"), o, error));
-    EXPECT_EQ(o.command, "show queuing interface e1/1");
+    ASSERT_TRUE(qdsh::cli::parse_watch_arguments(qdsh::split_words(cases[0].line), o, error));
     EXPECT_EQ(o.count, 3);
     EXPECT_DOUBLE_EQ(o.interval, 0.5);
 }
