@@ -201,16 +201,18 @@ void statistics_rows(const HifQueuingInfo &info, bool detailed, const char *tabl
     }
 }
 
-void statistics_single(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
+// The one- and two-column statistics (receive, or receive and transmit).
+void statistics_columns(const HifQueuingInfo &info, bool detailed, bool with_tx, HifOutput &out) {
     out.put("\n  Queue limit: ");
     limit(info.queue_limit, attr::queue_limit, out);
     out.put("\n  Queue Statistics:\n");
-    out.put("  queue  rx              ");
+    out.put(with_tx ? "  queue  rx              tx             " : "  queue  rx              ");
     out.put(detailed ? " flags\n" : "      \n");
-    out.put("  ------+---------------");
+    out.put(with_tx ? "  ------+---------------+---------------" : "  ------+---------------");
     out.put(detailed ? "+-----\n" : "      \n");
     statistics_rows(info, detailed, "queue_stats", [&](const QueueStats &s) {
         out.put("  %d      %-15llu", {word(attr::stats_queue, s.queue_num), counter(attr::stats_rx, s.rx_count)});
+        if (with_tx) out.put(" %-15llu", {counter(attr::stats_tx, s.tx_count)});
         if (detailed)
             flags_column(s, out);
         else
@@ -262,23 +264,6 @@ void statistics_rows_format(const HifQueuingInfo &info, bool detailed, HifOutput
     });
 }
 
-void statistics_rx_tx(const HifQueuingInfo &info, bool detailed, HifOutput &out) {
-    out.put("\n  Queue limit: ");
-    limit(info.queue_limit, attr::queue_limit, out);
-    out.put("\n  Queue Statistics:\n");
-    out.put("  queue  rx              tx             ");
-    out.put(detailed ? " flags\n" : "      \n");
-    out.put("  ------+---------------+---------------");
-    out.put(detailed ? "+-----\n" : "      \n");
-    statistics_rows(info, detailed, "queue_stats", [&](const QueueStats &s) {
-        out.put("  %d      %-15llu", {word(attr::stats_queue, s.queue_num), counter(attr::stats_rx, s.rx_count)});
-        out.put(" %-15llu", {counter(attr::stats_tx, s.tx_count)});
-        if (detailed)
-            flags_column(s, out);
-        else
-            out.put("\n");
-    });
-}
 
 void port_statistics(const HifQueuingInfo &info, std::uint64_t tx_queue_drops, HifOutput &out) {
     const char *overflow = (info.mux_ovflow_flags != 0 || info.mux_ovflow_ports != 0) ? "  Active" : "InActive";
@@ -384,12 +369,10 @@ void print_hif_queuing(const HifQueuingInfo &info, const ReportContext &context,
     queueing(info, detailed, out);
     if (info.buffer_threshold != kNoValue)
         out.put("\n  Buffer threshold: %u bytes", {word(attr::buffer_threshold, info.buffer_threshold)});
-    if (info.stats_format == STATS_FORMAT_SINGLE)
-        statistics_single(info, detailed, out);
-    else if (info.stats_format == STATS_FORMAT_ROWS)
+    if (info.stats_format == STATS_FORMAT_ROWS)
         statistics_rows_format(info, detailed, out);
     else
-        statistics_rx_tx(info, detailed, out);
+        statistics_columns(info, detailed, info.stats_format != STATS_FORMAT_SINGLE, out);
     out.deliver();
     port_statistics(info, context.tx_queue_drops, out);
     flow_control(info, detailed, out);
