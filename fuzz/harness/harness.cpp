@@ -111,6 +111,12 @@ void Session::pad_replies(std::size_t total) {
     while (pf().replies.size() < total) pf().replies.push_back(qdtest::Reply::empty());
 }
 
+void Session::pad_listed(std::size_t extra) {
+    std::size_t listed = 0;
+    for (const qdtest::EnumPass &pass : pf().enum_passes) listed += pass.indexes ? pass.indexes->size() : 0;
+    pad_replies(pf().replies.size() + 3 * listed + extra);
+}
+
 void Session::stream(Input &in, std::int64_t reply_id) {
     qdtest::Attr attr;
     while (next_attr(in, attr)) {
