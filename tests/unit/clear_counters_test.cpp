@@ -90,23 +90,30 @@ TEST_F(ClearInterfaceTest, OverlongNameIsCutAndTheLineStaysTerminated) {
 
 TEST_F(ClearInterfaceTest, FailedExchangeStopsBeforeAnythingElseIsCleared) {
     pf().error_texts[kLinkDown] = "link 100%s down";  // printed literally
-    {
-        pf().replies.push_back(Reply::send_failure(kLinkDown));
+    pf().enum_passes = {EnumPass{0, 0, -1, std::vector<std::uint32_t>{kHif}}};
+    const struct {
+        bool all;
+        Reply reply;
+        const char *out;
+    } cases[] = {
+        {false, Reply::send_failure(kLinkDown), "Error in MTS end to QD, link 100%s down\n"},
+        {false, Reply::recv_failure(kLinkDown), "link 100%s down\n"},
+        {true, Reply::send_failure(kLinkDown), "link 100%s down\n"},
+        {true, Reply::recv_failure(kLinkDown), "link 100%s down\n"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.out);
+        pf().replies.push_back(c.reply);
         Command command;
         command.arg_u32(0, kHif, PARAM_ID_IF_INDEX);
-        std::string out;
-        EXPECT_EQ(run(command, out), kLinkDown);
-        EXPECT_EQ(out, "Error in MTS end to QD, link 100%s down\n");
+        std::int32_t rc = 0;
+        const std::string out = qdtest::capture_stdout(
+            [&] { rc = c.all ? qd_cli_clear_queuing_all(command.info()) : qd_cli_clear_queuing_interface(command.info()); });
+        EXPECT_EQ(rc, kLinkDown);
+        EXPECT_EQ(out, c.out);
     }
-    {
-        pf().replies.push_back(Reply::recv_failure(kLinkDown));
-        Command command;
-        command.arg_u32(0, kHif, PARAM_ID_IF_INDEX);
-        std::string out;
-        EXPECT_EQ(run(command, out), kLinkDown);
-        EXPECT_EQ(out, "link 100%s down\n");
-    }
-    EXPECT_EQ(pf().sent.size(), 2u);
+    EXPECT_EQ(pf().sent.size(), 4u);
+    EXPECT_TRUE(pf().enum_calls.empty());
     EXPECT_TRUE(pf().qos_clears.empty());
     EXPECT_TRUE(pf().vsh_commands.empty());
 }
