@@ -154,10 +154,10 @@ private:
 };
 
 // Byte helpers for building reply layouts in seeds.
-void put_be16(Bytes &b, std::size_t offset, std::uint16_t v);
-void put_be32(Bytes &b, std::size_t offset, std::uint32_t v);
-void put_host32(Bytes &b, std::size_t offset, std::uint32_t v);
-void put_be64_low_first(Bytes &b, std::size_t offset, std::uint64_t v);
+using qdtest::put_be16;
+using qdtest::put_be32;
+using qdtest::put_be64_low_first;
+using qdtest::put_host32;
 void put_host64_low_first(Bytes &b, std::size_t offset, std::uint64_t v);
 Bytes cut(const Bytes &b, std::size_t length);
 
