@@ -132,31 +132,4 @@ TEST_F(CosMapTest, PlatformRefusalsRunOppositeWays) {
 
 // Without the shell's record the configuration and diagnostic handlers
 // refuse with 1 and do nothing at all.
-TEST_F(CosMapTest, NullRecordsAreRefusedAndNothingIsDone) {
-    const std::string out = capture_stdout([] {
-        for (auto handler : {qd_cli_conf_wrrqueue_cosmap, qd_cli_no_wrrqueue_cosmap, qd_cli_show_wrrqueue_cosmap,
-                             qd_cli_show_memstats, qd_cli_debug_show_intf, qd_cli_debug_show_all})
-            EXPECT_EQ(handler(nullptr), 1);
-        EXPECT_EQ(qdcli_interface_qoslimit_range_get(nullptr, nullptr, nullptr), 1);
-        EXPECT_EQ(qdcli_pdcli_cmd_qd_def_get(nullptr, nullptr, nullptr), 1);
-    });
-    EXPECT_EQ(out, "");
-    EXPECT_TRUE(pf().sent.empty());
-    EXPECT_TRUE(pf().debug_dumps.empty());
-    EXPECT_EQ(pf().platform_type_queries, 0);
-}
-
-TEST_F(CosMapTest, ShortShowReplyIsRefusedWithoutReadingPastItsEnd) {
-    // The payload ends at an inaccessible page: a read past it would fault.
-    for (const Bytes &reply : {Bytes{0, 0, 0, 0, 0, 0, 0, 1, 3, 3, 3}, Bytes{0, 0, 0, 0}, Bytes{7}}) {
-        fresh();
-        pf().replies.push_back(Reply::bytes(reply));
-        Command command;
-        EXPECT_EQ(run(qd_cli_show_wrrqueue_cosmap, command),
-                  "mts payload is too short: " + std::to_string(reply.size()) + " bytes received, 12 needed\n");
-        EXPECT_EQ(status, 0);
-        EXPECT_EQ(qdtest::live_messages(), 0u);
-    }
-}
-
 }  // namespace

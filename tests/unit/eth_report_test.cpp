@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
-#include <map>
-#include <tuple>
 #include <string>
 #include <utility>
 #include <vector>
@@ -116,54 +114,6 @@ protected:
     std::map<std::int32_t, std::string> error_texts;
 };
 
-TEST_F(EthReportTest, TwoGroupReport) {
-    EXPECT_EQ(run(0, {Reply::bytes(two_group_reply())}), 0);
-    EXPECT_EQ(pf().printed, kTwoGroupTx + kTwoGroupRx +
-                                "  Total Multicast crossbar statistics:\n"
-                                "    Mcast pkts received from the cross-bar\t: 7777\n");
-    Bytes request = {17, 0, 0, 0};
-    for (std::uint8_t byte : qdtest::host32_bytes(kIf)) request.push_back(byte);
-    request.insert(request.end(), {0, 0, 0, 0});
-    ASSERT_EQ(pf().sent.size(), 1u);
-    EXPECT_EQ(pf().sent[0].payload, request);
-    EXPECT_EQ(pf().platform_type_queries, 1);
-
-    // Attributes and lengths: texts with their NUL, numbers 4 bytes.
-    Args expected = {{0x30ff003a, 12}};
-    for (int i = 0; i < 2; ++i) expected.insert(expected.end(), {{0x14ff003b, 4}, {0x30ff003c, 9}, {0x14ff003d, 4}});
-    const std::uint32_t drop_len[2] = {5, 8}, rx_len[2] = {7, 9}, tx_len[2] = {9, 7};
-    for (int i = 0; i < 2; ++i)
-        expected.insert(expected.end(),
-                        {{0x14ff003f, 4}, {0x14ff0040, 4}, {0x14ff0041, 4}, {0x14ff0042, 4}, {0x14ff0043, 4},
-                         {0x30ff0044, drop_len[i]}, {0x14ff0045, 4}, {0x14ff0046, 4}, {0x14ff0047, 4},
-                         {0x14ff0048, 4}, {0x14ff0049, 4}, {0x14ff004a, 4}, {0x14ff004b, 4}, {0x14ff004c, 4},
-                         {0x30ff004d, rx_len[i]}, {0x30ff004e, tx_len[i]}});
-    expected.push_back({0x14ff004f, 4});
-    EXPECT_EQ(printed_args(), expected);
-
-    // A flush closes each receive block; the transmit section goes out with
-    // the first, the multicast total with the final flush.
-    EXPECT_EQ(pf().flushes, 3u);
-    EXPECT_EQ(flushes_before("  TX Queuing\n"), 0u);
-    EXPECT_EQ(flushes_before("    qos-group %s\n", 0), 0u);
-    EXPECT_EQ(flushes_before("        Per-priority-pause status\t\t: Rx (%s), Tx (%s)\n\n", 0), 0u);
-    EXPECT_EQ(flushes_before("    qos-group %s\n", 1), 1u);
-    EXPECT_EQ(flushes_before("  Total Multicast crossbar statistics:\n"), 2u);
-    EXPECT_EQ(pf().delivered, pf().printed);
-}
-
-TEST_F(EthReportTest, PlatformTypeThreeShowsTailDropsInsteadOfTheCrossbarTotal) {
-    Bytes b = two_group_reply();
-    const Bytes tail = {0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x02};  // high word, then low word
-    std::copy(tail.begin(), tail.end(), b.begin() + 8);
-    EXPECT_EQ(run(0, {Reply::bytes(b)}, 3), 0);
-    EXPECT_EQ(pf().printed, kTwoGroupTx +
-                                "    Statistics:\n"
-                                "       Mcast pkts tail dropped on this egress asic\t: 4294967298 \n" +
-                                kTwoGroupRx);
-    EXPECT_EQ(printed_args()[7], (Args::value_type{0x15ff003e, 8}));
-}
-
 TEST_F(EthReportTest, EachSectionAsksThePlatformTypeItself) {
     // A first answer of 0 is not cached: the receive section asks again and
     // follows its own answer (3: no cross-bar total).
@@ -249,29 +199,6 @@ TEST_F(EthReportTest, VaqBlockNeedsANamedInterfaceAndVaqPortOne) {
     const Args args = printed_args();
     EXPECT_EQ(Args(args.end() - 4, args.end()),
               (Args{{0x14ff0050, 4}, {0x14ff0051, 4}, {0x14ff0052, 4}, {0x14ff0053, 4}}));
-}
-
-TEST_F(EthReportTest, ShortRepliesAreRefusedBeforeAnythingIsPrinted) {
-    Bytes two_groups_short = two_group_reply();
-    two_groups_short.resize(48 + 152 + 100);
-    Bytes header_only = reply_with(0, 0), one_short = reply_with(0, 0);
-    one_short.resize(123);
-    const std::tuple<std::int32_t, Bytes, std::string> cases[] = {
-        {2, Bytes(5), "Truncated queuing reply: 5 of 48 bytes\n"},
-        {3, Bytes(47), "Truncated queuing reply: 47 of 48 bytes\n"},
-        {3, two_groups_short, "Truncated queuing reply: 300 of 352 bytes\n"},
-        {2, header_only, "Truncated queuing reply: 48 of 124 bytes\n"},  // the multicast total is read
-        {2, one_short, "Truncated queuing reply: 123 of 124 bytes\n"},
-    };
-    for (const auto &[platform_type, payload, message] : cases) {
-        EXPECT_EQ(run(59, {Reply::bytes(payload)}, platform_type), 0);
-        EXPECT_EQ(pf().printed, message);
-        EXPECT_EQ(pf().flushes, 1u);
-        if (!qdtest::ledger_errors().empty()) ADD_FAILURE() << qdtest::ledger_errors().front();
-    }
-    // The per-ASIC layout does not read the multicast total: 48 bytes do.
-    EXPECT_EQ(run(59, {Reply::bytes(header_only)}, 3), 0);
-    EXPECT_NE(pf().printed.find("\n  RX Queuing\n"), std::string::npos);
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The extended queuing report: the daemon's 413-byte host-order reply
-// printed as 8 map rows, 8 pass rows and 8 drop rows with typed arguments;
-// the checks of its entry points; every failure of the exchange. Replies are
-// written out byte by byte (this host is little-endian).
+// printed as 8 map rows, 8 pass rows and 8 drop rows, and the checks of its
+// entry points. Replies are written out byte by byte (this host is
+// little-endian).
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -110,46 +110,6 @@ protected:
     }
 };
 
-TEST_F(ExtendedReportTest, RefusalsAndFailuresAreToldThroughThePrinter) {
-    const std::string long_text = "the transport refused the message: queue full on node 0xfe000000";
-    Bytes unsupported = kReply;
-    std::copy_n(Bytes{0x12, 0x00, 0xf7, 0x41}.begin(), 4, unsupported.begin());
-    Bytes network_order = kReply;  // the same value in network order is no status
-    std::copy_n(Bytes{0x41, 0xf7, 0x00, 0x12}.begin(), 4, network_order.begin());
-    struct Case {
-        const char *what;
-        Reply reply;
-        std::int32_t result;
-        std::string told;
-    };
-    const Case cases[] = {
-        // 50-byte buffer: 49 characters of the text, no room for the newline.
-        {"send failure", Reply::send_failure(0x40aa0001), 0x40aa0001, long_text.substr(0, 49)},
-        {"receive failure", Reply::recv_failure(0x40aa0002), 0x40aa0002, "100% busy %s\n"},
-        {"no payload", Reply::empty(), 0, "mts payload is empty"},
-        {"unsupported", Reply::bytes(unsupported), 1, "Unsupported interface\n"},
-        {"unsupported, status only", Reply::bytes({0x12, 0x00, 0xf7, 0x41}), 1, "Unsupported interface\n"},
-        {"status in network order", Reply::bytes(network_order), 0, kReport},
-        // Short replies end at an inaccessible page: a read past them faults.
-        {"one byte short", Reply::bytes(Bytes(kReply.begin(), kReply.end() - 1)), 0,
-         "Truncated extended queuing reply: 412 of 413 bytes\n"},
-        {"header only", Reply::bytes(Bytes(kReply.begin(), kReply.begin() + 29)), 0,
-         "Truncated extended queuing reply: 29 of 413 bytes\n"},
-        {"shorter than the status", Reply::bytes({0x12, 0x00, 0xf7}), 0,
-         "Truncated extended queuing reply: 3 of 413 bytes\n"},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        restart();
-        pf().error_texts[0x40aa0001] = long_text;
-        pf().error_texts[0x40aa0002] = "100% busy %s";
-        EXPECT_EQ(run(c.reply), c.result);
-        EXPECT_EQ(pf().delivered, c.told);
-        EXPECT_EQ(pf().flushes, 1u);
-        EXPECT_EQ(pf().sent.at(0).received, c.reply.send_error == 0);
-    }
-}
-
 TEST_F(ExtendedReportTest, EntryTakesTheFirstArgumentAndChecksTheInterface) {
     using Args = std::function<void(qdtest::Command &)>;
     struct Case {
@@ -187,7 +147,7 @@ TEST_F(ExtendedReportTest, EntryTakesTheFirstArgumentAndChecksTheInterface) {
     cmd.arg_u32(0, kAlt);
     pf().replies.push_back(Reply::bytes(kReply));
     ASSERT_EQ(qd_cli_show_queuing_intf_extend(cmd.info()), 0);
-    EXPECT_EQ(pf().delivered.rfind("port%s4 queuing information extend:\n", 0), 0u);
+    EXPECT_EQ(pf().delivered, "port%s4" + kReport.substr(std::string("Ethernet1/1").size()));
 
     EXPECT_EQ(qd_cli_show_queuing_intf_extend(nullptr), 1);
     EXPECT_EQ(qd_cli_show_queuing_ifindex_extend(nullptr, kEth), 1);

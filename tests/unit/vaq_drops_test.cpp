@@ -46,18 +46,6 @@ protected:
     }
 };
 
-TEST_F(VaqDropsTest, NoExtenderPrintsOnlyTheNote) {
-    pf().module_node[0] = 0x999;  // a module no lookup leads to
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(pf().delivered, kNote);
-    expect_single_flush_at_end();
-    EXPECT_TRUE(pf().module_queries.empty());
-    EXPECT_TRUE(pf().sent.empty());
-    // Without the shell's record: refused, nothing printed.
-    EXPECT_EQ(process_qd_cli_show_vaq_drops_all(nullptr), 1);
-    EXPECT_EQ(pf().flushes, 1u);
-}
-
 TEST_F(VaqDropsTest, FullLayoutReadsUpToTheLastByte) {
     extender(199, 7, 0x0802);
     // Four ASICs of 12 SS each: the payload ends at offset 84, the last
