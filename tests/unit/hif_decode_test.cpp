@@ -92,28 +92,6 @@ TEST(HifDecode, EveryFieldFromItsOffsetAndByteOrder) {
     EXPECT_EQ(info.queue_limit_rx, 4096u);
 }
 
-TEST(HifDecode, RefusesWhatDoesNotFitItsSlots) {
-    HifQueuingInfo info;
-    Bytes body(1108, 0);
-    EXPECT_EQ(decode(Bytes(1107, 0), info).damage, HifDamage::truncated);
-    EXPECT_EQ(decode(Bytes{}, info).damage, HifDamage::truncated);
-
-    put_be32(body, 0, 8);
-    put_be32(body, 4, 8);
-    EXPECT_TRUE(decode(body, info).ok());  // all eight slots in use
-
-    put_be32(body, 0, 9);
-    auto result = decode(body, info);
-    EXPECT_EQ(result.damage, HifDamage::too_many_buffers);
-    EXPECT_EQ(result.value, 9u);
-
-    put_be32(body, 0, 0);
-    put_be32(body, 4, 0x01000000);  // a count read in the wrong byte order would pass
-    result = decode(body, info);
-    EXPECT_EQ(result.damage, HifDamage::too_many_queues);
-    EXPECT_EQ(result.value, 0x01000000u);
-}
-
 TEST(HifDecode, QueueIdsAreBoundedForListedQueuesOnly) {
     HifQueuingInfo info;
     Bytes body(1108, 0);
