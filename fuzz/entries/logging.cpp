@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Fuzz targets of the onboard pause log and the extender drop report.
 #include <sys/ipc.h>
-#include <sys/mman.h>
 #include <sys/shm.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -54,28 +52,16 @@ constexpr int kSegmentId = 7;
 struct Segment {
     bool present = false;
     std::uint8_t flags = 0;
-    void *map = nullptr;
-    std::size_t map_size = 0;
-    std::uint8_t *data = nullptr;
-    std::size_t size = 0;
+    qdtest::GuardedBytes bytes;
     int attached = 0;  // attaches not yet detached
     int detach_errors = 0;
 
-    void place(const qdfuzz::Bytes &bytes) {
-        const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-        const std::size_t pages = (bytes.size() + page - 1) / page;
-        map_size = (pages + 1) * page;
-        map = mmap(nullptr, map_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (map == MAP_FAILED) std::abort();
-        auto *guard = static_cast<std::uint8_t *>(map) + pages * page;
-        mprotect(guard, page, PROT_NONE);
-        data = guard - bytes.size();
-        size = bytes.size();
-        if (!bytes.empty()) std::memcpy(data, bytes.data(), bytes.size());
+    void place(const qdfuzz::Bytes &content) {
+        bytes.place(content);
         present = true;
     }
     void clear() {
-        if (map != nullptr) munmap(map, map_size);
+        bytes.unmap();
         *this = Segment{};
     }
 };
@@ -93,7 +79,7 @@ extern "C" key_t ftok(const char *, int) noexcept {
 }
 
 extern "C" int shmget(key_t key, size_t size, int) noexcept {
-    if (key != kKey || !segment.present || size > segment.size) {
+    if (key != kKey || !segment.present || size > segment.bytes.length) {
         errno = segment.present ? EINVAL : ENOENT;
         return -1;
     }
@@ -106,7 +92,7 @@ extern "C" void *shmat(int id, const void *, int) noexcept {
         return reinterpret_cast<void *>(-1);
     }
     ++segment.attached;
-    return segment.data;
+    return segment.bytes.data;
 }
 
 extern "C" int shmctl(int id, int command, struct shmid_ds *info) noexcept {
@@ -115,12 +101,12 @@ extern "C" int shmctl(int id, int command, struct shmid_ds *info) noexcept {
         return -1;
     }
     std::memset(info, 0, sizeof *info);
-    info->shm_segsz = segment.size;
+    info->shm_segsz = segment.bytes.length;
     return 0;
 }
 
 extern "C" int shmdt(const void *address) noexcept {
-    if (address != segment.data || segment.attached == 0) {
+    if (address != segment.bytes.data || segment.attached == 0) {
         ++segment.detach_errors;
         errno = EINVAL;
         return -1;

@@ -119,30 +119,24 @@ TEST_F(ClearInterfaceTest, FailedExchangeStopsBeforeAnythingElseIsCleared) {
 }
 
 TEST_F(ClearInterfaceTest, CommandWithoutAnInterfaceIsRefusedAndClearsNothing) {
-    std::string out;
-    {
-        Command command;  // a first argument of another kind
-        command.arg_u32(3, 4242, 0x40200002u);
+    const struct {
+        const char *what;
+        void (*make)(Command &);
+        unsigned value;
+    } cases[] = {
+        {"a first argument of another kind", [](Command &c) { c.arg_u32(3, 4242, 0x40200002u); }, 4242},
+        {"no argument at all", [](Command &) {}, 0},
+        {"an interface argument without a value", [](Command &c) { c.arg_null(0, PARAM_ID_IF_INDEX); }, 0},
+        {"argc 0 although a record is there",
+         [](Command &c) { c.arg_u32(0, kHif, PARAM_ID_IF_INDEX).info()->argc = 0; }, 0},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        Command command;
+        c.make(command);
+        std::string out;
         EXPECT_EQ(run(command, out), 0);
-        EXPECT_EQ(out, "Error retrieving CLI interface parameter, value is 4242\n");
-    }
-    {
-        Command command;  // no argument at all
-        EXPECT_EQ(run(command, out), 0);
-        EXPECT_EQ(out, "Error retrieving CLI interface parameter, value is 0\n");
-    }
-    {
-        Command command;  // an interface argument without a value
-        command.arg_null(0, PARAM_ID_IF_INDEX);
-        EXPECT_EQ(run(command, out), 0);
-        EXPECT_EQ(out, "Error retrieving CLI interface parameter, value is 0\n");
-    }
-    {
-        Command command;  // argc says 0 although a record is there
-        command.arg_u32(0, kHif, PARAM_ID_IF_INDEX);
-        command.info()->argc = 0;
-        EXPECT_EQ(run(command, out), 0);
-        EXPECT_EQ(out, "Error retrieving CLI interface parameter, value is 0\n");
+        EXPECT_EQ(out, "Error retrieving CLI interface parameter, value is " + std::to_string(c.value) + "\n");
     }
     EXPECT_EQ(qd_cli_clear_queuing_interface(nullptr), 1);
     EXPECT_TRUE(pf().sent.empty());
