@@ -35,7 +35,8 @@ void qdfuzz_eth_report(Session &session, Input &in) {
     session.pf().platform_type = (flags & 1) != 0 ? 3 : 2;
     session.pf().sat_of_slot[3] = 101;
     session.exchanges(in, 3);
-    const std::uint32_t cmd_id = (flags & 2) != 0 ? CMD_ID_SHOW_QUEUING_IF : (flags & 4) != 0 ? CMD_ID_UNSUPPORTED_MSG : 0;
+    const std::uint32_t cmd_id =
+        (flags & 2) != 0 ? CMD_ID_SHOW_QUEUING_IF : (flags & 4) != 0 ? CMD_ID_UNSUPPORTED_MSG : 0;
     qd_cli_show_queuing_if(session.command(cmd_id), kEth, "Ethernet1/1");
 }
 
@@ -208,7 +209,8 @@ void qdfuzz_show_queuing(Session &session, Input &in) {
     while (next_attr(in, attr)) {
         if (attr.id == ATTR_IF_INDEX) {
             ++named_count;
-            if (attr.value.size() > 4) pf.replies.push_back(qdtest::Reply::bytes(Bytes(attr.value.begin() + 4, attr.value.end())));
+            if (attr.value.size() > 4)
+                pf.replies.push_back(qdtest::Reply::bytes(Bytes(attr.value.begin() + 4, attr.value.end())));
         }
         pf.request_attrs.push_back(attr);
     }

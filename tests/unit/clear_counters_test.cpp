@@ -107,8 +107,9 @@ TEST_F(ClearInterfaceTest, FailedExchangeStopsBeforeAnythingElseIsCleared) {
         Command command;
         command.arg_u32(0, kHif, PARAM_ID_IF_INDEX);
         std::int32_t rc = 0;
-        const std::string out = qdtest::capture_stdout(
-            [&] { rc = c.all ? qd_cli_clear_queuing_all(command.info()) : qd_cli_clear_queuing_interface(command.info()); });
+        const std::string out = qdtest::capture_stdout([&] {
+            rc = c.all ? qd_cli_clear_queuing_all(command.info()) : qd_cli_clear_queuing_interface(command.info());
+        });
         EXPECT_EQ(rc, kLinkDown);
         EXPECT_EQ(out, c.out);
     }

@@ -54,8 +54,9 @@ TEST(HifDecode, EveryFieldFromItsOffsetAndByteOrder) {
               std::make_tuple(3, 1, 0x05, 0x04, 1, 0x81));
     EXPECT_EQ(std::tie(ib.xon, ib.xoff, ib.buffer_size), std::make_tuple(0xfffffffeu, 7u, 0x10009u));
     const auto &q = info.queues[2];
-    EXPECT_EQ(std::make_tuple(+q.queue_id, +q.qos_group_map, +q.qos_group_hw_map, +q.cos_map, +q.sched, +q.flags, +q.mtu),
-              std::make_tuple(9, 0x30, 0x10, 0x06, 0x85, 0x02, 1500));
+    EXPECT_EQ(std::make_tuple(+q.queue_id, +q.qos_group_map, +q.qos_group_hw_map, +q.cos_map, +q.sched, +q.flags),
+              std::make_tuple(9, 0x30, 0x10, 0x06, 0x85, 0x02));
+    EXPECT_EQ(q.mtu, 1500);
     const auto &s = info.stats_of(q);
     EXPECT_EQ(std::make_tuple(+s.queue_num, +s.flags, s.rx_count, s.tx_count, s.mcast_tail_drop),
               std::make_tuple(9, 0x02, 0x100000005ull, std::uint64_t{6}, 0x8000000000000063ull));
