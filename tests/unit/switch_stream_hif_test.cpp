@@ -63,4 +63,19 @@ TEST_F(SwitchStreamHifTest, AttributeRunsTheHostInterfaceReportWithABlankRecord)
     EXPECT_NE(out.find("if_slot 4, ifidx 0x1f010000\n", out.find(between)), std::string::npos);
 }
 
+// The host-interface report itself: only the single-interface command (59)
+// asks for the detailed form; any other command gets the plain one.
+TEST_F(SwitchStreamHifTest, OnlyTheSingleInterfaceCommandGetsTheDetailedReport) {
+    const auto report = [&](std::uint32_t cmd_id) {
+        Bytes reply(32 + 1108, 0);  // header (status 0) and an empty body
+        pf().replies.push_back(qdtest::Reply::bytes(reply));
+        qdtest::Command command;
+        command.id(cmd_id);
+        return qdtest::capture_stdout([&] { qd_cli_show_queuing_hif(command.info(), kHif, kName); });
+    };
+    const std::string plain = report(0);
+    EXPECT_EQ(report(18), plain);
+    EXPECT_NE(report(59), plain);
+}
+
 }  // namespace
