@@ -1,36 +1,26 @@
 # SPDX-License-Identifier: MIT
 # Shared by the fuzz build (fuzz/CMakeLists.txt) and the replay test
-# (tests/fuzz-regression): the targets are the files fuzz/entries/<name>.cpp.
+# (tests/fuzz-regression): the targets are the rows of fuzz/entries/targets.hpp,
+# defined in the family files fuzz/entries/*.cpp.
 set(QDFUZZ_DIR ${CMAKE_CURRENT_LIST_DIR})
+file(GLOB QDFUZZ_ENTRY_SOURCES CONFIGURE_DEPENDS ${QDFUZZ_DIR}/entries/*.cpp)
 set(QDFUZZ_HARNESS_SOURCES
   ${QDFUZZ_DIR}/harness/harness.cpp
-  ${QDFUZZ_DIR}/harness/layouts.cpp)
+  ${QDFUZZ_DIR}/harness/layouts.cpp
+  ${QDFUZZ_DIR}/harness/registry.cpp
+  ${QDFUZZ_ENTRY_SOURCES})
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${QDFUZZ_DIR}/entries/targets.hpp)
 
-# Names of all targets, sorted.
+# Names of all targets, as the table lists them (sorted).
 function(qdfuzz_target_names out)
-  file(GLOB entries CONFIGURE_DEPENDS ${QDFUZZ_DIR}/entries/*.cpp)
+  file(READ ${QDFUZZ_DIR}/entries/targets.hpp table)
+  string(REGEX MATCHALL "\n *X\\([a-z0-9_]+\\)" rows "${table}")
   set(names "")
-  foreach(entry ${entries})
-    get_filename_component(name ${entry} NAME_WE)
+  foreach(row ${rows})
+    string(REGEX REPLACE "^\n *X\\(([a-z0-9_]+)\\)$" "\\1" name "${row}")
     list(APPEND names ${name})
   endforeach()
-  list(SORT names)
   set(${out} ${names} PARENT_SCOPE)
-endfunction()
-
-# Writes a source file with the table of all targets (name, entry, seeds).
-function(qdfuzz_write_registry path)
-  qdfuzz_target_names(names)
-  set(text "// Generated from fuzz/entries/*.cpp by fuzz/qdfuzz.cmake.\n#include \"harness/registry.hpp\"\n\n")
-  foreach(name ${names})
-    string(APPEND text "QDFUZZ_ENTRY(${name});\n")
-  endforeach()
-  string(APPEND text "\nnamespace qdfuzz {\nconst Target kTargets[] = {\n")
-  foreach(name ${names})
-    string(APPEND text "    {\"${name}\", qdfuzz_${name}, qdfuzz_seeds_${name}},\n")
-  endforeach()
-  string(APPEND text "};\nconst std::size_t kTargetCount = sizeof kTargets / sizeof kTargets[0];\n}  // namespace qdfuzz\n")
-  file(CONFIGURE OUTPUT ${path} CONTENT "${text}")
 endfunction()
 
 # Sources of an existing target, as absolute paths.

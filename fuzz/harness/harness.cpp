@@ -111,6 +111,12 @@ void Session::pad_replies(std::size_t total) {
     while (pf().replies.size() < total) pf().replies.push_back(qdtest::Reply::empty());
 }
 
+void Session::pad_listed(std::size_t extra) {
+    std::size_t listed = 0;
+    for (const qdtest::EnumPass &pass : pf().enum_passes) listed += pass.indexes ? pass.indexes->size() : 0;
+    pad_replies(pf().replies.size() + 3 * listed + extra);
+}
+
 void Session::stream(Input &in, std::int64_t reply_id) {
     qdtest::Attr attr;
     while (next_attr(in, attr)) {
@@ -227,10 +233,6 @@ Frames &Frames::attr_u64(std::uint32_t id, std::uint64_t value) {
     return attr(id, b);
 }
 
-void put_be16(Bytes &b, std::size_t offset, std::uint16_t v) { qdtest::put_be16(b, offset, v); }
-void put_be32(Bytes &b, std::size_t offset, std::uint32_t v) { qdtest::put_be32(b, offset, v); }
-void put_host32(Bytes &b, std::size_t offset, std::uint32_t v) { qdtest::put_host32(b, offset, v); }
-void put_be64_low_first(Bytes &b, std::size_t offset, std::uint64_t v) { qdtest::put_be64_low_first(b, offset, v); }
 void put_host64_low_first(Bytes &b, std::size_t offset, std::uint64_t v) {
     put_host32(b, offset, static_cast<std::uint32_t>(v));
     put_host32(b, offset + 4, static_cast<std::uint32_t>(v >> 32));

@@ -1,23 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Shared harness of the fuzz targets and of their replay in the test suite.
 //
-// A target is one file fuzz/entries/<name>.cpp that defines
+// A target is a row of entries/targets.hpp and two functions of a family
+// file of entries/: one runs an input through a real handler on the scripted
+// platform (the harness opens the Session and checks its ledger), the other
+// gives a few well-formed inputs built from the reply layouts. An entry body
+// is a few lines:
 //
-//   extern "C" int qdfuzz_<name>(const std::uint8_t *data, std::size_t size);
-//   std::vector<qdfuzz::Bytes> qdfuzz_seeds_<name>();
-//
-// The first runs one input through a real handler on the scripted platform
-// and returns 0; the second gives a few well-formed inputs built from the
-// reply layouts. The build finds the file by its name: the libFuzzer binary
-// qdfuzz_<name>, the replay test fuzz_replay.<name> and the seed writer all
-// come from that one file. An entry body is a few lines:
-//
-//   extern "C" int qdfuzz_cosmap_show(const std::uint8_t *data, std::size_t size) {
-//       qdfuzz::Session session;
-//       session.reply(data, size);                     // the input is the payload
+//   void qdfuzz_cosmap_show(qdfuzz::Session &session, qdfuzz::Input &in) {
+//       session.reply(in.rest());                      // the input is the payload
 //       qd_cli_show_wrrqueue_cosmap(session.command());
-//       session.check();                               // aborts on any ledger entry
-//       return 0;
 //   }
 //
 // Inputs that script more than one exchange, or an attribute stream, are
@@ -45,6 +37,10 @@
 namespace qdfuzz {
 
 using Bytes = std::vector<std::uint8_t>;
+
+// The interfaces the targets' platforms know.
+inline constexpr std::uint32_t kEth = 0x1a000000u, kSub = 0x1a000001u, kAlt = 0x01000400u;
+inline constexpr std::uint32_t kHif = 0x1f010000u, kOther = 0x05000001u;
 
 // Consumes an input from the front; reads past the end give zeros.
 class Input {
@@ -89,6 +85,15 @@ public:
     // beyond the input's frames, so a short input never runs a handler into
     // an unscripted send.
     void pad_replies(std::size_t total);
+    // replies(in, limit), then padded to `limit`.
+    void exchanges(Input &in, std::size_t limit) {
+        replies(in, limit);
+        pad_replies(limit);
+    }
+    // Pads for `extra` exchanges more than the frames scripted, plus three
+    // for every interface the scripted enumeration passes list (a report
+    // makes at most three).
+    void pad_listed(std::size_t extra);
     // Appends attribute records to the response stream until the input ends.
     // Each record with id `reply_id` also scripts one exchange whose payload
     // is the record's value.
@@ -149,10 +154,10 @@ private:
 };
 
 // Byte helpers for building reply layouts in seeds.
-void put_be16(Bytes &b, std::size_t offset, std::uint16_t v);
-void put_be32(Bytes &b, std::size_t offset, std::uint32_t v);
-void put_host32(Bytes &b, std::size_t offset, std::uint32_t v);
-void put_be64_low_first(Bytes &b, std::size_t offset, std::uint64_t v);
+using qdtest::put_be16;
+using qdtest::put_be32;
+using qdtest::put_be64_low_first;
+using qdtest::put_host32;
 void put_host64_low_first(Bytes &b, std::size_t offset, std::uint64_t v);
 Bytes cut(const Bytes &b, std::size_t length);
 
@@ -160,8 +165,3 @@ Bytes cut(const Bytes &b, std::size_t length);
 void set_input_label(std::string label);
 
 }  // namespace qdfuzz
-
-// The calling convention of every entry.
-#define QDFUZZ_ENTRY(name)                                                    \
-    std::vector<qdfuzz::Bytes> qdfuzz_seeds_##name();                         \
-    extern "C" int qdfuzz_##name(const std::uint8_t *data, std::size_t size)

@@ -3,24 +3,17 @@
 
 #include <algorithm>
 
+#include "double/platform_double.hpp"
+
 namespace qdfuzz {
 namespace {
 
-void be16(Bytes &b, std::size_t at, std::uint16_t v) {
-    b[at] = static_cast<std::uint8_t>(v >> 8);
-    b[at + 1] = static_cast<std::uint8_t>(v);
-}
-void be32(Bytes &b, std::size_t at, std::uint32_t v) {
-    for (int i = 0; i < 4; ++i) b[at + i] = static_cast<std::uint8_t>(v >> (24 - 8 * i));
-}
-void host32(Bytes &b, std::size_t at, std::uint32_t v) {
-    for (int i = 0; i < 4; ++i) b[at + i] = static_cast<std::uint8_t>(v >> (8 * i));
-}
-// Two big-endian words, the less significant first.
-void be64_low_first(Bytes &b, std::size_t at, std::uint64_t v) {
-    be32(b, at, static_cast<std::uint32_t>(v));
-    be32(b, at + 4, static_cast<std::uint32_t>(v >> 32));
-}
+// Big-endian and host-order fields, and 64-bit counters as two big-endian
+// words, the less significant first.
+constexpr auto be16 = qdtest::put_be16;
+constexpr auto be32 = qdtest::put_be32;
+constexpr auto host32 = qdtest::put_host32;
+constexpr auto be64_low_first = qdtest::put_be64_low_first;
 
 constexpr std::size_t kLcHeader = 32;
 

@@ -20,33 +20,6 @@ namespace {
 
 constexpr std::uint64_t kMsgMagic = 0x51444d5347ull;  // marks records the double filled
 
-// A received payload placed so that it ends exactly where an inaccessible
-// page begins.
-struct GuardedPayload {
-    void *map = nullptr;
-    std::size_t map_size = 0;
-    std::uint8_t *data = nullptr;
-    std::size_t length = 0;
-
-    void place(const Bytes &bytes) {
-        const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-        const std::size_t data_pages = (bytes.size() + page - 1) / page;
-        map_size = (data_pages + 1) * page;
-        map = mmap(nullptr, map_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (map == MAP_FAILED) std::abort();
-        auto *guard = static_cast<std::uint8_t *>(map) + data_pages * page;
-        mprotect(guard, page, PROT_NONE);
-        data = guard - bytes.size();
-        length = bytes.size();
-        if (!bytes.empty()) std::memcpy(data, bytes.data(), bytes.size());
-    }
-    void unmap() {
-        if (map) munmap(map, map_size);
-        map = nullptr;
-        data = nullptr;
-    }
-};
-
 struct LedgerEntry {
     bool received = false;
     bool dropped = false;
@@ -54,7 +27,7 @@ struct LedgerEntry {
     std::uint32_t token = 0;
     std::size_t request = 0;  // index into sent
     bool has_payload = false;
-    GuardedPayload payload;
+    GuardedBytes payload;
 };
 
 struct State {
@@ -160,6 +133,25 @@ Command &Command::arg_u32(std::uint32_t param_type, std::uint32_t value, std::ui
 Command &Command::arg_null(std::uint32_t param_type, std::uint32_t param_id) {
     push(param_type, param_id).value = nullptr;
     return *this;
+}
+
+void GuardedBytes::place(const Bytes &bytes) {
+    const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const std::size_t data_pages = (bytes.size() + page - 1) / page;
+    map_size = (data_pages + 1) * page;
+    map = mmap(nullptr, map_size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (map == MAP_FAILED) std::abort();
+    auto *guard = static_cast<std::uint8_t *>(map) + data_pages * page;
+    mprotect(guard, page, PROT_NONE);
+    data = guard - bytes.size();
+    length = bytes.size();
+    if (!bytes.empty()) std::memcpy(data, bytes.data(), bytes.size());
+}
+
+void GuardedBytes::unmap() {
+    if (map) munmap(map, map_size);
+    map = nullptr;
+    data = nullptr;
 }
 
 void put_be16(Bytes &b, std::size_t offset, std::uint16_t v) {

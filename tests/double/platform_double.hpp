@@ -31,6 +31,18 @@ namespace qdtest {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// Bytes placed so that they end exactly where an inaccessible page begins:
+// a read past them faults. unmap() gives the pages back.
+struct GuardedBytes {
+    void *map = nullptr;
+    std::size_t map_size = 0;
+    std::uint8_t *data = nullptr;
+    std::size_t length = 0;
+
+    void place(const Bytes &bytes);
+    void unmap();
+};
+
 // Scripted outcome of one exchange.
 struct Reply {
     std::int32_t send_error = 0;  // non-zero: mts_send fails with it

@@ -30,12 +30,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const qdfuzz::Target *find_target(const std::string &name) {
-    for (std::size_t i = 0; i < qdfuzz::kTargetCount; ++i)
-        if (name == qdfuzz::kTargets[i].name) return &qdfuzz::kTargets[i];
-    return nullptr;
-}
-
 qdfuzz::Bytes read_file(const fs::path &path) {
     std::ifstream in(path, std::ios::binary);
     return qdfuzz::Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
@@ -169,7 +163,7 @@ int contract(const qdfuzz::Target &target, const fs::path &path, bool write, int
 int check_dirs(const fs::path &root) {
     int unknown = 0;
     for (const auto &entry : fs::directory_iterator(root)) {
-        if (!entry.is_directory() || find_target(entry.path().filename().string()) != nullptr) continue;
+        if (!entry.is_directory() || qdfuzz::find_target(entry.path().filename().string()) != nullptr) continue;
         std::fprintf(stderr, "%s: no fuzz target of that name\n", entry.path().string().c_str());
         ++unknown;
     }
@@ -192,10 +186,10 @@ int main(int argc, char **argv) {
     if (first == "--contract") {
         const bool write = argc > 2 && std::string(argv[2]) == "--write";
         const int at = write ? 3 : 2;
-        const qdfuzz::Target *target = argc > at + 1 ? find_target(argv[at]) : nullptr;
+        const qdfuzz::Target *target = argc > at + 1 ? qdfuzz::find_target(argv[at]) : nullptr;
         return target != nullptr ? contract(*target, argv[at + 1], write, argc - at - 2, argv + at + 2) : usage();
     }
-    const qdfuzz::Target *target = find_target(first);
+    const qdfuzz::Target *target = qdfuzz::find_target(first);
     if (target == nullptr) {
         std::fprintf(stderr, "no fuzz target named %s\n", first.c_str());
         return 2;

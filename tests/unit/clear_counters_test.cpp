@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Clearing of queuing, QoS and pause counters, over the scripted platform.
+// Clearing of queuing and QoS counters over the scripted platform: refusals,
+// failed exchanges, and which interfaces have QoS counters. What a clear
+// that succeeds does is held by the end-to-end cases, which read the
+// simulated switch's counters.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 
 #include "double/fixture.hpp"
@@ -11,7 +13,6 @@
 
 namespace {
 
-using qdtest::Bytes;
 using qdtest::Command;
 using qdtest::EnumPass;
 using qdtest::Reply;
@@ -19,27 +20,6 @@ using qdtest::Reply;
 constexpr std::uint32_t kEth = 0x1a001000u;
 constexpr std::uint32_t kHif = 0x1f010203u;
 constexpr std::int32_t kLinkDown = 0x40aa0011;
-
-// The whole 1044-byte record a clear command hands to the shell: every byte
-// but word 0, the command line and the words at 776 and 780 must be 0.
-void expect_command_record(const vsh_cmd_req &actual, const std::string &line) {
-    ASSERT_LT(line.size(), sizeof actual.cmd_line);
-    Bytes expected(sizeof(vsh_cmd_req), 0);
-    const std::uint32_t one = 1, two = 2;
-    std::memcpy(&expected[0], &one, 4);
-    std::memcpy(&expected[132], line.data(), line.size());
-    std::memcpy(&expected[776], &two, 4);
-    std::memcpy(&expected[780], &two, 4);
-    const auto *bytes = reinterpret_cast<const std::uint8_t *>(&actual);
-    EXPECT_EQ(Bytes(bytes, bytes + sizeof actual), expected) << "command line \"" << actual.cmd_line << '"';
-}
-
-Bytes daemon_request(std::uint8_t command, std::uint32_t if_index) {
-    Bytes request(12, 0);
-    request[0] = command;
-    std::memcpy(&request[4], &if_index, 4);
-    return request;
-}
 
 class ClearInterfaceTest : public qdtest::PlatformTest {
 protected:
@@ -55,87 +35,56 @@ protected:
     }
 };
 
-TEST_F(ClearInterfaceTest, PauseCountersAreClearedOnlyWhenTheLow16BitsOfTheVdcAreOne) {
-    const struct {
-        std::uint32_t vdc;
-        bool pause_cleared;
-    } cases[] = {{1, true}, {0x00070001u, true}, {0xffff0001u, true}, {0, false}, {2, false}, {0x00010000u, false}};
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.vdc);
-        const std::size_t sent = pf().sent.size(), qos = pf().qos_clears.size(), lines = pf().vsh_commands.size();
-        pf().vdc = c.vdc;
-        pf().replies.push_back(Reply::empty());
-        Command command;
-        command.arg_u32(0, kHif, PARAM_ID_IF_INDEX);
-        std::string out;
-        EXPECT_EQ(run(command, out), 0);
-        EXPECT_EQ(pf().sent.size(), sent + 1);
-        EXPECT_EQ(pf().qos_clears.size(), qos + 1);
-        EXPECT_EQ(pf().vsh_commands.size(), lines + (c.pause_cleared ? 1u : 0u));
-    }
-}
-
-TEST_F(ClearInterfaceTest, OverlongNameIsCutAndTheLineStaysTerminated) {
-    const std::string long_name(200, 'x');
-    pf().add_interface(kEth, 26, long_name);
-    pf().replies.push_back(Reply::empty());
-    Command command;
-    command.arg_u32(0, kEth, PARAM_ID_IF_INDEX);
-    std::string out;
-    EXPECT_EQ(run(command, out), 0);
-    ASSERT_EQ(pf().vsh_commands.size(), 1u);
-    // The name comes from a 64-byte buffer: 63 characters reach the line.
-    expect_command_record(pf().vsh_commands[0], "clear interface priority-flow-control " + std::string(63, 'x'));
-}
-
 TEST_F(ClearInterfaceTest, FailedExchangeStopsBeforeAnythingElseIsCleared) {
     pf().error_texts[kLinkDown] = "link 100%s down";  // printed literally
-    {
-        pf().replies.push_back(Reply::send_failure(kLinkDown));
+    pf().enum_passes = {EnumPass{0, 0, -1, std::vector<std::uint32_t>{kHif}}};
+    const struct {
+        bool all;
+        Reply reply;
+        const char *out;
+    } cases[] = {
+        {false, Reply::send_failure(kLinkDown), "Error in MTS end to QD, link 100%s down\n"},
+        {false, Reply::recv_failure(kLinkDown), "link 100%s down\n"},
+        {true, Reply::send_failure(kLinkDown), "link 100%s down\n"},
+        {true, Reply::recv_failure(kLinkDown), "link 100%s down\n"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.out);
+        pf().replies.push_back(c.reply);
         Command command;
         command.arg_u32(0, kHif, PARAM_ID_IF_INDEX);
-        std::string out;
-        EXPECT_EQ(run(command, out), kLinkDown);
-        EXPECT_EQ(out, "Error in MTS end to QD, link 100%s down\n");
+        std::int32_t rc = 0;
+        const std::string out = qdtest::capture_stdout([&] {
+            rc = c.all ? qd_cli_clear_queuing_all(command.info()) : qd_cli_clear_queuing_interface(command.info());
+        });
+        EXPECT_EQ(rc, kLinkDown);
+        EXPECT_EQ(out, c.out);
     }
-    {
-        pf().replies.push_back(Reply::recv_failure(kLinkDown));
-        Command command;
-        command.arg_u32(0, kHif, PARAM_ID_IF_INDEX);
-        std::string out;
-        EXPECT_EQ(run(command, out), kLinkDown);
-        EXPECT_EQ(out, "link 100%s down\n");
-    }
-    EXPECT_EQ(pf().sent.size(), 2u);
+    EXPECT_EQ(pf().sent.size(), 4u);
+    EXPECT_TRUE(pf().enum_calls.empty());
     EXPECT_TRUE(pf().qos_clears.empty());
     EXPECT_TRUE(pf().vsh_commands.empty());
 }
 
 TEST_F(ClearInterfaceTest, CommandWithoutAnInterfaceIsRefusedAndClearsNothing) {
-    std::string out;
-    {
-        Command command;  // a first argument of another kind
-        command.arg_u32(3, 4242, 0x40200002u);
+    const struct {
+        const char *what;
+        void (*make)(Command &);
+        unsigned value;
+    } cases[] = {
+        {"a first argument of another kind", [](Command &c) { c.arg_u32(3, 4242, 0x40200002u); }, 4242},
+        {"no argument at all", [](Command &) {}, 0},
+        {"an interface argument without a value", [](Command &c) { c.arg_null(0, PARAM_ID_IF_INDEX); }, 0},
+        {"argc 0 although a record is there",
+         [](Command &c) { c.arg_u32(0, kHif, PARAM_ID_IF_INDEX).info()->argc = 0; }, 0},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.what);
+        Command command;
+        c.make(command);
+        std::string out;
         EXPECT_EQ(run(command, out), 0);
-        EXPECT_EQ(out, "Error retrieving CLI interface parameter, value is 4242\n");
-    }
-    {
-        Command command;  // no argument at all
-        EXPECT_EQ(run(command, out), 0);
-        EXPECT_EQ(out, "Error retrieving CLI interface parameter, value is 0\n");
-    }
-    {
-        Command command;  // an interface argument without a value
-        command.arg_null(0, PARAM_ID_IF_INDEX);
-        EXPECT_EQ(run(command, out), 0);
-        EXPECT_EQ(out, "Error retrieving CLI interface parameter, value is 0\n");
-    }
-    {
-        Command command;  // argc says 0 although a record is there
-        command.arg_u32(0, kHif, PARAM_ID_IF_INDEX);
-        command.info()->argc = 0;
-        EXPECT_EQ(run(command, out), 0);
-        EXPECT_EQ(out, "Error retrieving CLI interface parameter, value is 0\n");
+        EXPECT_EQ(out, "Error retrieving CLI interface parameter, value is " + std::to_string(c.value) + "\n");
     }
     EXPECT_EQ(qd_cli_clear_queuing_interface(nullptr), 1);
     EXPECT_TRUE(pf().sent.empty());
@@ -161,25 +110,5 @@ TEST_F(ClearQosTest, OnlyHostInterfacesAreClearedAndTheirResultPassedOn) {
     EXPECT_EQ(pf().qos_clears, (std::vector<std::uint32_t>{kHif, kHif}));
 }
 
-class ClearAllTest : public qdtest::PlatformTest {};
-
-TEST_F(ClearAllTest, ClearsDaemonThenEveryHostInterfaceThenAllPauseCounters) {
-    pf().add_interface(kHif, 31, "Ethernet101/1/3");
-    pf().enum_passes = {EnumPass{0, 0, -1, std::vector<std::uint32_t>{kHif}}};
-    pf().replies.push_back(Reply::empty());
-    Command command;
-    command.handle(3);
-    std::int32_t rc = 1;
-    const std::string out = qdtest::capture_stdout([&] { rc = qd_cli_clear_queuing_all(command.info()); });
-    EXPECT_EQ(rc, 0);
-    EXPECT_EQ(out, "");
-    ASSERT_EQ(pf().sent.size(), 1u);
-    EXPECT_EQ(pf().sent[0].handle, 3u);
-    EXPECT_EQ(pf().sent[0].payload, daemon_request(18, 0));
-    EXPECT_EQ(pf().enum_calls.size(), 4u);
-    EXPECT_EQ(pf().qos_clears, std::vector<std::uint32_t>{kHif});
-    ASSERT_EQ(pf().vsh_commands.size(), 1u);
-    expect_command_record(pf().vsh_commands[0], "clear interface priority-flow-control");
-}
 
 }  // namespace

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Multicast WRR queue CoS map: configure, remove and show.
+// Multicast WRR queue CoS map: the values configure and remove send (what
+// the daemon answers and the show form are the recorded contract's).
 #include <gtest/gtest.h>
 
 #include <string>
@@ -23,16 +24,6 @@ Bytes daemon_request(std::uint8_t code, std::uint32_t if_index, std::uint32_t ar
     b.insert(b.end(), a.begin(), a.end());
     return b;
 }
-
-// A show reply with CoS 0-2 on queue 0, CoS 3 on queue 1, none on queue 2
-// and CoS 4-7 on queue 3. Bytes 0-3 are not read.
-const Bytes kSampleReply = {0x01, 0x02, 0x03, 0x00, 0, 0, 0, 1, 3, 3, 3, 3};
-const std::string kSampleOutput =
-    "MCAST Queue ID\t\t Cos Map\n"
-    "0\t\t\t0 1 2 \n"
-    "1\t\t\t3 \n"
-    "2\t\t\t\n"
-    "3\t\t\t4 5 6 7 \n";
 
 class CosMapTest : public qdtest::PlatformTest {
 protected:
@@ -93,70 +84,6 @@ TEST_F(CosMapTest, NegatedConfigureIsHandedToTheRemoveAndReturnsZero) {
     EXPECT_EQ(pf().sent[0].payload, daemon_request(21, 0, 0x140));
 }
 
-TEST_F(CosMapTest, PlatformRefusalsRunOppositeWays) {
-    struct Case {
-        std::int32_t type;
-        std::int32_t rc;  // sse_call result
-        bool configure_offered;
-    };
-    const Case cases[] = {{-7, -1, true}, {0, 0, true}, {1, 0, true}, {2, 0, false}, {3, 0, false}, {9, 0, false}};
-    for (const Case &c : cases) {
-        for (bool negated : {false, true}) {
-            SCOPED_TRACE("platform type " + std::to_string(c.type) + (negated ? " negated" : ""));
-            // Configure (and the negated form through it).
-            fresh();
-            pf().platform_type = c.type;
-            pf().platform_type_rc = c.rc;
-            pf().replies.push_back(Reply::bytes({0}));
-            Command conf;
-            conf.no_form(negated).arg_u8(PARAM_TYPE_COS, 0);
-            const std::string out = run(qd_cli_conf_wrrqueue_cosmap, conf);
-            EXPECT_EQ(status, 0);
-            EXPECT_EQ(out, c.configure_offered ? "" : "Command not supported on this platform\n");
-            EXPECT_EQ(pf().sent.size(), c.configure_offered ? 1u : 0u);
-            pf().replies.clear();
-        }
-        // Show.
-        fresh();
-        pf().platform_type = c.type;
-        pf().platform_type_rc = c.rc;
-        pf().replies.push_back(Reply::bytes(kSampleReply));
-        Command show;
-        const std::string out = run(qd_cli_show_wrrqueue_cosmap, show);
-        EXPECT_EQ(status, 0);
-        EXPECT_EQ(out, c.configure_offered ? "Command not supported on this platform\n" : kSampleOutput);
-        EXPECT_EQ(pf().sent.size(), c.configure_offered ? 0u : 1u);
-        pf().replies.clear();
-    }
-}
-
 // Without the shell's record the configuration and diagnostic handlers
 // refuse with 1 and do nothing at all.
-TEST_F(CosMapTest, NullRecordsAreRefusedAndNothingIsDone) {
-    const std::string out = capture_stdout([] {
-        for (auto handler : {qd_cli_conf_wrrqueue_cosmap, qd_cli_no_wrrqueue_cosmap, qd_cli_show_wrrqueue_cosmap,
-                             qd_cli_show_memstats, qd_cli_debug_show_intf, qd_cli_debug_show_all})
-            EXPECT_EQ(handler(nullptr), 1);
-        EXPECT_EQ(qdcli_interface_qoslimit_range_get(nullptr, nullptr, nullptr), 1);
-        EXPECT_EQ(qdcli_pdcli_cmd_qd_def_get(nullptr, nullptr, nullptr), 1);
-    });
-    EXPECT_EQ(out, "");
-    EXPECT_TRUE(pf().sent.empty());
-    EXPECT_TRUE(pf().debug_dumps.empty());
-    EXPECT_EQ(pf().platform_type_queries, 0);
-}
-
-TEST_F(CosMapTest, ShortShowReplyIsRefusedWithoutReadingPastItsEnd) {
-    // The payload ends at an inaccessible page: a read past it would fault.
-    for (const Bytes &reply : {Bytes{0, 0, 0, 0, 0, 0, 0, 1, 3, 3, 3}, Bytes{0, 0, 0, 0}, Bytes{7}}) {
-        fresh();
-        pf().replies.push_back(Reply::bytes(reply));
-        Command command;
-        EXPECT_EQ(run(qd_cli_show_wrrqueue_cosmap, command),
-                  "mts payload is too short: " + std::to_string(reply.size()) + " bytes received, 12 needed\n");
-        EXPECT_EQ(status, 0);
-        EXPECT_EQ(qdtest::live_messages(), 0u);
-    }
-}
-
 }  // namespace

@@ -29,18 +29,6 @@ protected:
     }
 };
 
-TEST_F(QosLimitTest, HelpTextIsAFreshAllocationEachTime) {
-    char *first = qdcli_interface_qoslimit_help_get(nullptr, nullptr);
-    char *second = qdcli_interface_qoslimit_help_get(nullptr, nullptr);
-    ASSERT_NE(first, nullptr);
-    ASSERT_NE(second, nullptr);
-    EXPECT_NE(first, second);
-    EXPECT_EQ(std::memcmp(first, "Size of tcam", 13), 0);  // the NUL included
-    EXPECT_STREQ(second, "Size of tcam");
-    std::free(first);
-    std::free(second);
-}
-
 TEST_F(QosLimitTest, ListedAndUnlistedCards) {
     EXPECT_EQ(range_for(176), std::make_pair(24u, 3582u));
     EXPECT_EQ(range_for(337), std::make_pair(24u, 3582u));

@@ -46,14 +46,6 @@ protected:
     }
 };
 
-TEST_F(DebugDumpTest, ShowIntfSendsSelectorNineWithTheInterface) {
-    Command command;
-    command.handle(4).id(17).arg_u32(0, 0x1a003000u, PARAM_ID_IF_INDEX);
-    EXPECT_EQ(run(qd_cli_debug_show_intf, command), "");
-    EXPECT_EQ(status, 0);
-    expect_one_dump(words(0x09000000u, 0, 0, 0x1a003000u), "qd_debug_eng_print_all", 4);
-}
-
 // The debug views, written out independently of the library's table:
 // cmd_id -> selector, where the argument goes, and the line printed before
 // the dump.
@@ -107,13 +99,6 @@ TEST_F(DebugDumpTest, EveryCommandIdentifierOfTheTable) {
         const std::uint32_t at8 = row->second.arg == Arg::offset8 ? 0x00012345u : 0;
         expect_one_dump(words(row->second.selector << 24, 0, at8, 0), "qd_debug_eng_print_all", 0x99);
     }
-}
-
-TEST_F(DebugDumpTest, InterfaceArgumentGoesToOffsetTwelve) {
-    Command command;
-    command.id(25).arg_u32(0, 0x1a000400u, PARAM_ID_IF_INDEX);
-    run(qd_cli_debug_show_all, command);
-    expect_one_dump(words(18u << 24, 0, 0, 0x1a000400u), "qd_debug_eng_print_all", 0);
 }
 
 TEST_F(DebugDumpTest, NegatedFormSendsZeroOnlyForIdentifierTwentyNine) {

@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The extended queuing report: the daemon's 413-byte host-order reply
-// printed as 8 map rows, 8 pass rows and 8 drop rows with typed arguments;
-// the checks of its entry points; every failure of the exchange. Replies are
-// written out byte by byte (this host is little-endian).
+// The extended queuing report's entry points: which first argument reaches
+// the report (its rows are held by the recorded contract).
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <functional>
-#include <tuple>
 #include <string>
 
 #include "double/fixture.hpp"
@@ -22,70 +18,8 @@ using qdtest::Reply;
 constexpr std::uint32_t kEth = 0x1a000000u, kAlt = 0x01000400u, kSub = 0x1a000001u;
 constexpr std::uint32_t kHif = 0x1f060000u, kOther = 0x05000001u;
 
-// Queue 7 strict priority at level 7, the others DWRR; drop-mode bits 0x81;
-// CoS 4 on queue 5; pass_count[0][0] and [1][3] above 2^32 (low word
-// first), drop_count[2][7] the largest 64-bit value.
-const Bytes kReply = {
-    0, 0, 0, 0,                                      // status
-    0, 0, 0, 0, 0, 0, 0, 7,                          // sp_level[0..7]
-    0xee, 0xee, 0xee, 0xee, 0xee, 0xee, 0xee, 0xee,  // not read
-    0x81,                                            // drop_mode_bits
-    0, 1, 2, 3, 5, 5, 6, 7,                          // cos_to_queue[0..7]
-    // pass_count[0][0..7], at 29
-    2,0,0,0,1,0,0,0,  1,0,0,0,0,0,0,0,  2,0,0,0,0,0,0,0,  3,0,0,0,0,0,0,0,
-    4,0,0,0,0,0,0,0,  5,0,0,0,0,0,0,0,  6,0,0,0,0,0,0,0,  7,0,0,0,0,0,0,0,
-    // pass_count[1][0..7], at 93
-    10,0,0,0,0,0,0,0,  11,0,0,0,0,0,0,0,  12,0,0,0,0,0,0,0,  7,0,0,0,5,0,0,0,
-    14,0,0,0,0,0,0,0,  15,0,0,0,0,0,0,0,  16,0,0,0,0,0,0,0,  17,0,0,0,0,0,0,0,
-    // pass_count[2][0..7], at 157
-    20,0,0,0,0,0,0,0,  21,0,0,0,0,0,0,0,  22,0,0,0,0,0,0,0,  23,0,0,0,0,0,0,0,
-    24,0,0,0,0,0,0,0,  25,0,0,0,0,0,0,0,  26,0,0,0,0,0,0,0,  27,0,0,0,0,0,0,0,
-    // drop_count[0][0..7], at 221
-    100,0,0,0,0,0,0,0,  101,0,0,0,0,0,0,0,  102,0,0,0,0,0,0,0,  103,0,0,0,0,0,0,0,
-    104,0,0,0,0,0,0,0,  105,0,0,0,0,0,0,0,  106,0,0,0,0,0,0,0,  107,0,0,0,0,0,0,0,
-    // drop_count[1][0..7], at 285
-    110,0,0,0,0,0,0,0,  111,0,0,0,0,0,0,0,  112,0,0,0,0,0,0,0,  113,0,0,0,0,0,0,0,
-    114,0,0,0,0,0,0,0,  115,0,0,0,0,0,0,0,  116,0,0,0,0,0,0,0,  117,0,0,0,0,0,0,0,
-    // drop_count[2][0..7], at 349
-    120,0,0,0,0,0,0,0,  121,0,0,0,0,0,0,0,  122,0,0,0,0,0,0,0,  123,0,0,0,0,0,0,0,
-    124,0,0,0,0,0,0,0,  125,0,0,0,0,0,0,0,  126,0,0,0,0,0,0,0,  255,255,255,255,255,255,255,255,
-};
-
-const std::string kRows =
-    "COS[0] ===> Q[0]  |  Q[0]      DWRR           YES\n"
-    "COS[1] ===> Q[1]  |  Q[1]      DWRR           NO\n"
-    "COS[2] ===> Q[2]  |  Q[2]      DWRR           NO\n"
-    "COS[3] ===> Q[3]  |  Q[3]      DWRR           NO\n"
-    "COS[4] ===> Q[5]  |  Q[4]      DWRR           NO\n"
-    "COS[5] ===> Q[5]  |  Q[5]      DWRR           NO\n"
-    "COS[6] ===> Q[6]  |  Q[6]      DWRR           NO\n"
-    "COS[7] ===> Q[7]  |  Q[7]      SP[7]          YES\n";
-const std::string kChannels =
-    " Q#       40G[0]                  40G[1]                  40G[2]\n"
-    "=========================================================================\n";
-const std::string kReport =
-    "Ethernet1/1 queuing information extend:\n"
-    "Ingress Queuing\n"
-    "COS to Queue Map  |  Q#        Type         Drop-mode\n"
-    "======================================================\n" +
-    kRows + "\nIngress Queue Packet Pass Count:\n" + kChannels +
-    "[0]           4294967298                      10                      20\n"
-    "[1]                    1                      11                      21\n"
-    "[2]                    2                      12                      22\n"
-    "[3]                    3             21474836487                      23\n"
-    "[4]                    4                      14                      24\n"
-    "[5]                    5                      15                      25\n"
-    "[6]                    6                      16                      26\n"
-    "[7]                    7                      17                      27\n"
-    "\nIngress Queue Packet Drop Count:\n" + kChannels +
-    "[0]                  100                     110                     120\n"
-    "[1]                  101                     111                     121\n"
-    "[2]                  102                     112                     122\n"
-    "[3]                  103                     113                     123\n"
-    "[4]                  104                     114                     124\n"
-    "[5]                  105                     115                     125\n"
-    "[6]                  106                     116                     126\n"
-    "[7]                  107                     117    18446744073709551615\n";
+// A reply of the right size; what it holds is the recorded contract's.
+const Bytes kReply(413, 0);
 
 class ExtendedReportTest : public qdtest::PlatformTest {
 protected:
@@ -109,46 +43,6 @@ protected:
         return qd_cli_show_queuing_if_extend(cmd.info(), kEth, "Ethernet1/1");
     }
 };
-
-TEST_F(ExtendedReportTest, RefusalsAndFailuresAreToldThroughThePrinter) {
-    const std::string long_text = "the transport refused the message: queue full on node 0xfe000000";
-    Bytes unsupported = kReply;
-    std::copy_n(Bytes{0x12, 0x00, 0xf7, 0x41}.begin(), 4, unsupported.begin());
-    Bytes network_order = kReply;  // the same value in network order is no status
-    std::copy_n(Bytes{0x41, 0xf7, 0x00, 0x12}.begin(), 4, network_order.begin());
-    struct Case {
-        const char *what;
-        Reply reply;
-        std::int32_t result;
-        std::string told;
-    };
-    const Case cases[] = {
-        // 50-byte buffer: 49 characters of the text, no room for the newline.
-        {"send failure", Reply::send_failure(0x40aa0001), 0x40aa0001, long_text.substr(0, 49)},
-        {"receive failure", Reply::recv_failure(0x40aa0002), 0x40aa0002, "100% busy %s\n"},
-        {"no payload", Reply::empty(), 0, "mts payload is empty"},
-        {"unsupported", Reply::bytes(unsupported), 1, "Unsupported interface\n"},
-        {"unsupported, status only", Reply::bytes({0x12, 0x00, 0xf7, 0x41}), 1, "Unsupported interface\n"},
-        {"status in network order", Reply::bytes(network_order), 0, kReport},
-        // Short replies end at an inaccessible page: a read past them faults.
-        {"one byte short", Reply::bytes(Bytes(kReply.begin(), kReply.end() - 1)), 0,
-         "Truncated extended queuing reply: 412 of 413 bytes\n"},
-        {"header only", Reply::bytes(Bytes(kReply.begin(), kReply.begin() + 29)), 0,
-         "Truncated extended queuing reply: 29 of 413 bytes\n"},
-        {"shorter than the status", Reply::bytes({0x12, 0x00, 0xf7}), 0,
-         "Truncated extended queuing reply: 3 of 413 bytes\n"},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        restart();
-        pf().error_texts[0x40aa0001] = long_text;
-        pf().error_texts[0x40aa0002] = "100% busy %s";
-        EXPECT_EQ(run(c.reply), c.result);
-        EXPECT_EQ(pf().delivered, c.told);
-        EXPECT_EQ(pf().flushes, 1u);
-        EXPECT_EQ(pf().sent.at(0).received, c.reply.send_error == 0);
-    }
-}
 
 TEST_F(ExtendedReportTest, EntryTakesTheFirstArgumentAndChecksTheInterface) {
     using Args = std::function<void(qdtest::Command &)>;

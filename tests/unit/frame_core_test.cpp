@@ -1,46 +1,26 @@
 // SPDX-License-Identifier: MIT
-// The handler frame: payload reader, bounded strings, interface checks,
-// printer and the platform-type cache.
+// The handler frame: payload reader, bounded strings and the platform-type
+// cache.
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <new>
-#include <stdexcept>
 #include <string>
 
 #include "double/fixture.hpp"
 #include "frame/bounded_string.hpp"
-#include "frame/guard.hpp"
 #include "frame/platform_query.hpp"
-#include "frame/printer.hpp"
 #include "frame/reader.hpp"
 
 namespace {
 
 using qdcli::PayloadReader;
-using qdtest::capture_stdout;
 
 constexpr std::size_t kHuge = std::numeric_limits<std::size_t>::max();
 
 // ---------------------------------------------------------------------------
 // PayloadReader: bytes past the given length are never read.
-
-TEST(FrameReader, CoversComparesLengthsWithoutOverflow) {
-    const std::uint8_t bytes[8] = {};
-    const PayloadReader r(bytes, 6);
-    EXPECT_TRUE(r.covers(0, 6));
-    EXPECT_TRUE(r.covers(6, 0));
-    EXPECT_TRUE(r.covers(2, 4));
-    EXPECT_FALSE(r.covers(3, 4));
-    EXPECT_FALSE(r.covers(6, 1));
-    EXPECT_FALSE(r.covers(7, 0));
-    EXPECT_FALSE(r.covers(kHuge, 1));      // offset + count wraps to 0
-    EXPECT_FALSE(r.covers(1, kHuge));      // would wrap to 0 as well
-    EXPECT_FALSE(r.covers(kHuge, kHuge));
-    EXPECT_FALSE(r.covers(kHuge - 2, 4));  // wraps to 1
-}
 
 TEST(FrameReader, ReadsUpToTheEndAndNotOneBytePast) {
     // The reader sees 6 of the 10 bytes; the rest must stay invisible.
@@ -118,46 +98,6 @@ TEST(FrameBoundedString, WhatDoesNotFitIsCutAndTheDestinationStaysTerminated) {
 }
 
 // ---------------------------------------------------------------------------
-// Interface checks of the per-interface handlers.
-
-class FrameInterfaceCheck : public qdtest::PlatformTest {};
-
-TEST_F(FrameInterfaceCheck, LongNameIsCutToTheBuffer) {
-    pf().add_interface(0x1a000010u, 26, std::string(40, 'n'));
-    const qdcli::CheckedInterface checked = qdcli::check_interface(0x1a000010u);
-    ASSERT_TRUE(checked.accepted);
-    EXPECT_EQ(std::string(checked.name), std::string(31, 'n'));
-}
-
-// ---------------------------------------------------------------------------
-// Printer: text that is not a fixed format prints exactly as it stands.
-
-class FramePrinter : public qdtest::PlatformTest {};
-
-TEST_F(FramePrinter, LiteralTextWithPerCentSignsConsumesNoArguments) {
-    qdcli::Printer out(0x5eed);
-    out.literal("50% done, %s %d %n %%\n");
-    ASSERT_EQ(pf().printer_calls.size(), 1u);
-    EXPECT_EQ(pf().printer_calls[0].handle, 0x5eedu);
-    EXPECT_TRUE(pf().printer_calls[0].args.empty());
-    EXPECT_EQ(pf().printed, "50% done, %s %d %n %%\n");
-    out.formatted(80, "%s\n", "link 100% %s%s%n");  // signs in a formatted argument stay literal too
-    EXPECT_EQ(pf().printed, "50% done, %s %d %n %%\nlink 100% %s%s%n\n");
-}
-
-TEST_F(FramePrinter, FormattedTextIsCutToItsBuffer) {
-    const std::string long_text(120, 'e');
-    qdcli::Printer out(1);
-    out.formatted(50, "%s\n", long_text.c_str());
-    out.formatted(80, "%s\n", long_text.c_str());
-    out.formatted(80, "%s\n", "short");
-    ASSERT_EQ(pf().printer_calls.size(), 3u);
-    EXPECT_EQ(pf().printer_calls[0].rendered, std::string(49, 'e'));
-    EXPECT_EQ(pf().printer_calls[1].rendered, std::string(79, 'e'));
-    EXPECT_EQ(pf().printer_calls[2].rendered, "short\n");
-}
-
-// ---------------------------------------------------------------------------
 // Platform-type cache: the only state kept between commands.
 
 class FramePlatformType : public qdtest::PlatformTest {};
@@ -171,18 +111,6 @@ TEST_F(FramePlatformType, FailedQueryIsNotCached) {
     EXPECT_EQ(qd_cli_platform_type_get(), 2);
     EXPECT_EQ(qd_cli_platform_type_get(), 2);
     EXPECT_EQ(pf().platform_type_queries, 3);
-}
-
-// ---------------------------------------------------------------------------
-// Nothing thrown inside a handler crosses the C boundary.
-
-TEST(FrameGuard, ExceptionsBecomeTheFailureValue) {
-    ::testing::internal::CaptureStderr();
-    EXPECT_EQ(qdcli::guarded([]() -> int { throw std::runtime_error("x"); }, 7), 7);
-    EXPECT_EQ(qdcli::guarded([]() -> int { throw std::bad_alloc(); }, -1), -1);
-    EXPECT_EQ(qdcli::guarded([]() -> int { return 4; }, 7), 4);
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-              "internal error in command handler\nFailed to allocate memory!\n");
 }
 
 }  // namespace

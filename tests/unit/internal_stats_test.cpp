@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // qd_cli_show_internal_stats: the daemon's NIF-port answer (command 22),
 // the line-card request for the extender's port records (sub-command 23),
-// and every way the command can stop.
+// and the seven tables it allocates.
 #include <gtest/gtest.h>
 
 #include <memory_resource>
@@ -56,75 +56,6 @@ protected:
     qdtest::Command command;
 };
 
-TEST_F(InternalStatsTest, AsksTheDaemonThenTheSlotsAgentAndPrintsTheReport) {
-    pf().replies.push_back(Reply::bytes(kNifOfSlot3));
-    pf().replies.push_back(Reply::bytes(lc_reply(2, 2)));
-    EXPECT_EQ(run(), 0);
-
-    ASSERT_EQ(pf().sent.size(), 2u);
-    const auto &daemon = pf().sent[0];
-    EXPECT_EQ(daemon.handle, 0x77u);
-    EXPECT_EQ(daemon.node, 0xfe000000u);
-    EXPECT_EQ(daemon.payload[0], 22);
-    EXPECT_EQ(qdtest::get_host32(daemon.payload, 4), kIf);
-    EXPECT_EQ(qdtest::get_host32(daemon.payload, 8), 0u);
-
-    const auto &agent = pf().sent[1];
-    EXPECT_EQ(agent.handle, 0x77u);
-    EXPECT_EQ(agent.node, 0x0402u);
-    EXPECT_EQ(agent.sap, 620u);
-    EXPECT_EQ(agent.opcode, 111638u);
-    const Bytes request = {23,   2,    1,    0,     // cmd, variant, count
-                           0,    0,    0,    7,     // extender of slot 3
-                           0,    0,    0,    0,     //
-                           0,    0,    0,    3,     // slot
-                           0,    0,    0,    0,     //
-                           0x1a, 0x00, 0x20, 0x00,  // NIF port, network order
-                           1,    0,    0,    0,     // fixed one
-                           0,    0,    0,    0,     // status
-                           0x1a, 0x00, 0x20, 0x00,  // target: the NIF port again
-                           0,    0,    0,    0};
-    EXPECT_EQ(agent.payload, request);
-    EXPECT_EQ(agent.recv_opts.word[2], 5u);
-
-    EXPECT_EQ(pf().printed.rfind("\n+-------------+\n N2H direction \n", 0), 0u);
-    EXPECT_NE(pf().printed.find(" 1       101            0              0             \n"), std::string::npos);
-    EXPECT_EQ(pf().flushes, 1u);
-    EXPECT_EQ(pf().delivered, pf().printed);
-}
-
-TEST_F(InternalStatsTest, LineCardFailuresAreToldAndReturnZero) {
-    Bytes short_records = lc_reply(3, 2);
-    short_records.resize(short_records.size() + 83);
-    struct Case {
-        Reply reply;
-        std::string message;
-    };
-    const Case cases[] = {
-        {Reply::send_failure(0x40aa0003), "Cmd send failed for Ethernet1/1 with error code no such card\n"},
-        {Reply::recv_failure(0x40aa0003), "Cmd recv failed for Ethernet1/1 with error code no such card\n"},
-        {Reply::empty(), "mts payload is empty"},
-        {Reply::bytes(lc_reply(2, 2, 0x40aa0003)), "Cmd not supported for Ethernet1/1, error code no such card\n"},
-        {Reply::bytes(lc_reply(0, 0)), "No internal statistic information to display!\n"},
-        {Reply::bytes(Bytes(31)), "Truncated internal statistics reply: 31 of 32 bytes\n"},
-        {Reply::bytes(short_records), "Truncated internal statistics reply: 283 of 284 bytes\n"},
-        {Reply::recv_failure(0x40aa0004),  // cut to 79 characters; the '%' prints as it stands
-         "Cmd recv failed for Ethernet1/1 with error code 100% busy: the agent did not an"},
-    };
-    for (const Case &c : cases) {
-        fresh();
-        pf().error_texts[0x40aa0003] = "no such card";
-        pf().error_texts[0x40aa0004] = "100% busy: the agent did not answer in time";
-        pf().replies.push_back(Reply::bytes(kNifOfSlot3));
-        pf().replies.push_back(c.reply);
-        EXPECT_EQ(run(), 0) << c.message;
-        EXPECT_EQ(pf().printed, c.message);
-        EXPECT_EQ(pf().flushes, 1u) << c.message;
-        EXPECT_EQ(pf().sent.size(), 2u) << c.message;
-        for (const std::string &error : qdtest::ledger_errors()) ADD_FAILURE() << c.message << ": " << error;
-    }
-}
-
 // Fails the allocation numbered `fail_at` (0 = the first), and keeps count
 // of what is allocated and still held.
 class FailingResource : public std::pmr::memory_resource {
@@ -175,6 +106,26 @@ TEST_F(InternalStatsTest, SevenTablesAreAllocatedInOrderAndFreedOnEveryPath) {
         EXPECT_EQ(failing.held, 0u) << fail_at;
         for (const std::string &error : qdtest::ledger_errors()) ADD_FAILURE() << fail_at << ": " << error;
     }
+}
+
+TEST_F(InternalStatsTest, ARecordPastItsClassCountHasNoPlace) {
+    // Three eNIF ports (0-2), one iHIF, one iNIF (0): an iHIF numbered 1 is
+    // as placeless as one numbered 5 and leaves the iNIF's place alone.
+    const auto printed = [&](std::uint16_t ihif_glb_idx) {
+        fresh();
+        Bytes reply = lc_reply(5, 5);
+        put_be16(reply, 32 + 84 * 3, ihif_glb_idx);
+        put_be16(reply, 32 + 84 * 3 + 6, 1);  // HIF: iHIF
+        put_be16(reply, 32 + 84 * 4, 0);
+        put_be16(reply, 32 + 84 * 4 + 10, 1);  // nif_class 1: iNIF
+        pf().replies.push_back(Reply::bytes(kNifOfSlot3));
+        pf().replies.push_back(Reply::bytes(reply));
+        EXPECT_EQ(run(), 0);
+        return pf().printed;
+    };
+    const std::string placeless = printed(5);
+    EXPECT_NE(placeless.find(" iNIF "), std::string::npos);
+    EXPECT_EQ(printed(1), placeless);
 }
 
 }  // namespace

@@ -18,7 +18,6 @@ using qdtest::Bytes;
 
 constexpr std::uint32_t kHif = 0x1f010000u;
 constexpr const char *kName = "Ethernet101/1/1";
-const Bytes kMinusOne = {0xff, 0xff, 0xff, 0xff};
 
 class SwitchStreamHifTest : public qdtest::PlatformTest {
 protected:
@@ -26,7 +25,6 @@ protected:
         PlatformTest::SetUp();
         pf().add_interface(kHif, 31, kName, 4);
     }
-    void attr(std::uint32_t id, Bytes value) { pf().response_attrs.push_back({id, std::move(value)}); }
     std::string run(std::vector<qdtest::Attr> attrs) {
         pf().response_attrs.insert(pf().response_attrs.end(), attrs.begin(), attrs.end());
         cmd_rsp rsp{};
@@ -37,63 +35,6 @@ protected:
 };
 
 const std::string kHeading = "if_slot 3, ifidx 0x1f010000\nEthernet101/1/1 queuing information:\n  Input buffer allocation:";
-const std::string kQueueingHeading =
-    "\n  Queueing:\n"
-    "  queue    qos-group    cos            priority  bandwidth mtu \n"
-    "  --------+------------+--------------+---------+---------+----\n";
-
-TEST_F(SwitchStreamHifTest, ShortAndUnknownAttributesLeaveTheStateAlone) {
-    EXPECT_EQ(run({}), "");  // an empty stream prints nothing
-    EXPECT_EQ(result, -1);
-    EXPECT_EQ(run({{0x14ff00d6, {2}},
-                   {0x11ff00d7, {5}},                      // one byte of a word
-                   {0x11ff00d7, {1, 0, 0, 0}},             // still the first of the row
-                   {0x14ff00d8, {2, 0}},
-                   {0x14ff00d8, {2, 0, 0, 0}},
-                   {0x02ff00f4, {0, 0, 0, 1}},             // half of the eight bytes
-                   {0x14ff00cf, {}},
-                   {0x14ff00b8, {0}},                      // Ethernet attributes are unknown here
-                   {0x0cff00b7, {0x00, 0x00, 0x00, 0x1a}}, // skipped
-                   {0x0cff00b7, {}},
-                   {0x14ff00ff, {1, 0, 0, 0}}}),
-              kQueueingHeading +
-                  "  2        "
-                  "\n Malformed attr 0x11ff00d7: 1 bytes, 4 expected\n"
-                  "1"
-                  "\n Malformed attr 0x14ff00d8: 2 bytes, 4 expected\n"
-                  "            2"
-                  "\n Malformed attr 0x2ff00f4: 4 bytes, 8 expected\n"
-                  "\n Malformed attr 0x14ff00cf: 0 bytes, 1 expected\n"
-                  "\n Unknown attr 0x14ff00b8\n"
-                  "\n Unknown attr 0x14ff00ff\n");
-    EXPECT_EQ(result, -1);
-}
-
-TEST_F(SwitchStreamHifTest, PortStatisticsAndFlowControl) {
-    EXPECT_EQ(run({{0x14ff00f0, {1, 0, 0, 0, 0, 0, 0, 0}}, {0x14ff00f1, {2, 0, 0, 0, 0, 0, 0, 0}},
-                   {0x14ff00f2, {3, 0, 0, 0, 0, 0, 0, 0}}, {0x14ff00f3, {4, 0, 0, 0, 0, 0, 0, 0}},
-                   {0x02ff00f4, {0, 0, 0, 0, 2, 0, 0, 0}},  // only the high word set
-                   {0x02ff00f4, {0, 0, 0, 0, 0, 0, 0, 0}},
-                   {0x02ff00f5, {1}},
-                   {0x14ff00f6, {0, 0, 0, 0}}, {0x11ff00f7, {3, 0, 0, 0}}, {0x02ff00f8, {1}}, {0x02ff00f9, {0}},
-                   {0x02ff00fa, {0}},
-                   {0x14ff00f6, {7, 0, 0, 0}}, {0x11ff00f7, kMinusOne}, {0x02ff00f8, {0}}, {0x02ff00f9, {1}},
-                   {0x02ff00fa, {1}},
-                   {0x02ff00f5, {0}}}),
-              "\n  Port Statistics:\n"
-              "  rx drop         rx mcast drop   rx error        tx drop         mux ovflow    \n"
-              "  ---------------+---------------+---------------+---------------+--------------\n"
-              "  1               2               3               4                  Active\n"
-              "  InActive\n"
-              "\n  Priority-flow-control enabled: yes\n  Flow-control status: \n"
-              "  cos     qos-group   rx pause  tx pause  masked rx pause\n"
-              "  -------+-----------+---------+---------+---------------\n"
-              "  0              3    xoff      xon       xon \n"
-              "  7            n/a    xon       xoff      xoff\n"
-              "\n  Priority-flow-control enabled: no\n  Flow-control status: \n"
-              "  cos     qos-group   rx pause  tx pause  masked rx pause\n"
-              "  -------+-----------+---------+---------+---------------\n");
-}
 
 // Attribute 58 runs the host-interface report for the handler's interface
 // with a blank record carrying only the response's transport handle. Before
@@ -120,6 +61,21 @@ TEST_F(SwitchStreamHifTest, AttributeRunsTheHostInterfaceReportWithABlankRecord)
     }
     EXPECT_EQ(out.find("if_slot 4, ifidx 0x1f010000\n", kHeading.size()), kHeading.size());
     EXPECT_NE(out.find("if_slot 4, ifidx 0x1f010000\n", out.find(between)), std::string::npos);
+}
+
+// The host-interface report itself: only the single-interface command (59)
+// asks for the detailed form; any other command gets the plain one.
+TEST_F(SwitchStreamHifTest, OnlyTheSingleInterfaceCommandGetsTheDetailedReport) {
+    const auto report = [&](std::uint32_t cmd_id) {
+        Bytes reply(32 + 1108, 0);  // header (status 0) and an empty body
+        pf().replies.push_back(qdtest::Reply::bytes(reply));
+        qdtest::Command command;
+        command.id(cmd_id);
+        return qdtest::capture_stdout([&] { qd_cli_show_queuing_hif(command.info(), kHif, kName); });
+    };
+    const std::string plain = report(0);
+    EXPECT_EQ(report(18), plain);
+    EXPECT_NE(report(59), plain);
 }
 
 }  // namespace

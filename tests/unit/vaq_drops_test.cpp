@@ -46,18 +46,6 @@ protected:
     }
 };
 
-TEST_F(VaqDropsTest, NoExtenderPrintsOnlyTheNote) {
-    pf().module_node[0] = 0x999;  // a module no lookup leads to
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(pf().delivered, kNote);
-    expect_single_flush_at_end();
-    EXPECT_TRUE(pf().module_queries.empty());
-    EXPECT_TRUE(pf().sent.empty());
-    // Without the shell's record: refused, nothing printed.
-    EXPECT_EQ(process_qd_cli_show_vaq_drops_all(nullptr), 1);
-    EXPECT_EQ(pf().flushes, 1u);
-}
-
 TEST_F(VaqDropsTest, FullLayoutReadsUpToTheLastByte) {
     extender(199, 7, 0x0802);
     // Four ASICs of 12 SS each: the payload ends at offset 84, the last
@@ -79,7 +67,7 @@ TEST_F(VaqDropsTest, FullLayoutReadsUpToTheLastByte) {
 }
 
 TEST_F(VaqDropsTest, RepliesThatDoNotFitTheLayoutAreRefused) {
-    for (std::uint32_t vaq = 100; vaq <= 106; ++vaq)
+    for (std::uint32_t vaq = 100; vaq <= 107; ++vaq)
         extender(vaq, static_cast<std::uint8_t>(vaq - 90), 0x1000 + vaq);
     // 100: five ASICs cannot fit the four SS-count bytes.
     pf().replies.push_back(Reply::bytes(reply_body({5, 1, 1, 1, 1, 1})));
@@ -95,6 +83,9 @@ TEST_F(VaqDropsTest, RepliesThatDoNotFitTheLayoutAreRefused) {
     pf().replies.push_back(Reply::bytes(reply_body({2, 1, 2, 0, 0, 5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 6})));
     // 106: an unsupported ASIC needs no row.
     pf().replies.push_back(Reply::bytes(reply_body({2, 1, 0, 0, 0, 5})));
+    // 107: cut inside the row of ASIC 0, the one with the most SS (12 of
+    // them, 11 counts present); ASIC 1 has none.
+    pf().replies.push_back(Reply::bytes(reply_body({2, 12, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11})));
     EXPECT_EQ(run(), 0);
     EXPECT_EQ(pf().delivered,
               "\nInvalid reply from vaq 100: 5 asics, at most 4"
@@ -113,7 +104,8 @@ TEST_F(VaqDropsTest, RepliesThatDoNotFitTheLayoutAreRefused) {
               "\nNo. of SS present in vaq 106 for asic 0 is = 1"
               "\nNo-credit drop count on 'no-drop class' for SS 0 is = 5"
               "\nStats for Asic 1"
-              "\nCommand not supported on vaq 106 for asic_id 1" +
+              "\nCommand not supported on vaq 106 for asic_id 1"
+              "\nTruncated reply from vaq 107: 48 bytes, 49 needed" +
                   kNote);
     expect_single_flush_at_end();
 }
