@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "frame/platform_query.hpp"
+#include "inventory/platform_query.hpp"
 
 namespace qdfuzz {
 namespace {

@@ -14,15 +14,15 @@
 #include <cstdio>
 #include <cstring>
 
-#include "frame/bounded_string.hpp"
+#include "output/bounded_string.hpp"
 #include "catalogue/attribute_ids.hpp"
-#include "frame/enumeration.hpp"
+#include "inventory/enumeration.hpp"
 #include "frame/exchange.hpp"
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
-#include "frame/observe.hpp"
-#include "frame/platform_query.hpp"
+#include "output/observe.hpp"
+#include "inventory/platform_query.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 

@@ -12,8 +12,8 @@
 #include "catalogue/attribute_ids.hpp"
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
-#include "frame/observe.hpp"
-#include "frame/platform_query.hpp"
+#include "output/observe.hpp"
+#include "inventory/platform_query.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 

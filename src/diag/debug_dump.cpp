@@ -10,7 +10,7 @@
 #include <cstdio>
 
 #include "frame/guard.hpp"
-#include "frame/platform_query.hpp"
+#include "inventory/platform_query.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 

@@ -9,8 +9,8 @@
 #include "catalogue/attribute_ids.hpp"
 #include "frame/exchange.hpp"
 #include "frame/guard.hpp"
-#include "frame/observe.hpp"
-#include "frame/printer.hpp"
+#include "output/observe.hpp"
+#include "output/printer.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 

@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "frame/observe.hpp"
+#include "output/observe.hpp"
 
 namespace qdcli {
 

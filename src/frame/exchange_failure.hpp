@@ -11,7 +11,7 @@
 #include <optional>
 
 #include "frame/exchange.hpp"
-#include "frame/printer.hpp"
+#include "output/printer.hpp"
 
 namespace qdcli {
 

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <new>
 
-#include "frame/observe.hpp"
+#include "output/observe.hpp"
 
 namespace qdcli {
 

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <utility>
 
-#include "frame/observe.hpp"
+#include "output/observe.hpp"
 
 namespace qdcli::hif {
 namespace {

@@ -16,7 +16,7 @@
 #include <cstdint>
 #include <initializer_list>
 
-#include "frame/printer.hpp"
+#include "output/printer.hpp"
 #include "qdcli/observer.h"
 
 namespace qdcli::hif {

@@ -8,7 +8,7 @@
 
 #include "frame/exchange.hpp"
 #include "frame/message.hpp"
-#include "frame/observe.hpp"
+#include "output/observe.hpp"
 #include "qdcli/wire.h"
 
 namespace qdcli::hif {

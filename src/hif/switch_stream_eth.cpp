@@ -9,7 +9,7 @@
 
 #include "frame/guard.hpp"
 #include "catalogue/attribute_ids.hpp"
-#include "frame/platform_query.hpp"
+#include "inventory/platform_query.hpp"
 #include "hif/switch_stream_table.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"

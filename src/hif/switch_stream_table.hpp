@@ -20,7 +20,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "frame/observe.hpp"
+#include "output/observe.hpp"
 #include "frame/reader.hpp"
 #include "qdcli/attributes.h"
 #include "qdcli/platform.h"

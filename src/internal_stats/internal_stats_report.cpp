@@ -5,8 +5,8 @@
 
 #include "frame/guard.hpp"
 #include "catalogue/attribute_ids.hpp"
-#include "frame/observe.hpp"
-#include "frame/printer.hpp"
+#include "output/observe.hpp"
+#include "output/printer.hpp"
 #include "internal_stats/port_records.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"

@@ -19,7 +19,7 @@
 
 #include "frame/guard.hpp"
 #include "catalogue/attribute_ids.hpp"
-#include "frame/observe.hpp"
+#include "output/observe.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 

@@ -13,10 +13,10 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "frame/enumeration.hpp"
+#include "inventory/enumeration.hpp"
 #include "frame/guard.hpp"
-#include "frame/observe.hpp"
-#include "frame/platform_query.hpp"
+#include "output/observe.hpp"
+#include "inventory/platform_query.hpp"
 #include "frame/reader.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"

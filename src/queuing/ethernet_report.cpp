@@ -8,9 +8,9 @@
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
-#include "frame/observe.hpp"
-#include "frame/platform_query.hpp"
-#include "frame/printer.hpp"
+#include "output/observe.hpp"
+#include "inventory/platform_query.hpp"
+#include "output/printer.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "double/platform_double.hpp"
-#include "frame/platform_query.hpp"
+#include "inventory/platform_query.hpp"
 
 namespace qdtest {
 

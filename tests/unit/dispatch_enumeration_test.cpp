@@ -8,7 +8,7 @@
 #include <string>
 
 #include "double/fixture.hpp"
-#include "frame/enumeration.hpp"
+#include "inventory/enumeration.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 

@@ -9,8 +9,8 @@
 #include <string>
 
 #include "double/fixture.hpp"
-#include "frame/bounded_string.hpp"
-#include "frame/platform_query.hpp"
+#include "output/bounded_string.hpp"
+#include "inventory/platform_query.hpp"
 #include "frame/reader.hpp"
 
 namespace {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "frame/enumeration.hpp"
+#include "inventory/enumeration.hpp"
 
 #include <cstdlib>
 #include <cstring>

@@ -2,12 +2,12 @@
 // Typed output through the shell's printer.
 //
 // A line is a fixed format whose %s conversions each take one typed value:
-//   out.line("    qos-group %s\n", u32(0x14ff003f, group));
+//   out.line("    qos-group %s\n", u32(attr::rx_qos_group, group));
 // The values and their argument records live for the one cmd_prt call.
 // Text that is not a fixed format (a formatted message, a name) goes through
 // literal(), which prints it as it stands: a '%' in it is never a conversion.
 // Every typed value is also told to the host's observer, if it has one, right
-// before the line is printed (frame/observe.hpp); line_untold() is for a line
+// before the line is printed (output/observe.hpp); line_untold() is for a line
 // whose values the report tells the observer itself, in another shape.
 #pragma once
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "frame/platform_query.hpp"
+#include "inventory/platform_query.hpp"
 
 #include <atomic>
 #include <cstdio>
 #include <cstring>
 
-#include "frame/observe.hpp"
+#include "output/observe.hpp"
 #include "qdcli/wire.h"
 
 namespace {

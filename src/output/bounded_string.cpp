@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "frame/bounded_string.hpp"
+#include "output/bounded_string.hpp"
 
 #include <cstring>
 

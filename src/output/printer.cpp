@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "frame/printer.hpp"
+#include "output/printer.hpp"
 
 #include <algorithm>
 #include <cstdio>
 #include <string>
 
-#include "frame/observe.hpp"
+#include "output/observe.hpp"
 
 namespace qdcli {
 

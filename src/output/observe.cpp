@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "frame/observe.hpp"
+#include "output/observe.hpp"
 
 #include <cstdarg>
 #include <cstddef>
