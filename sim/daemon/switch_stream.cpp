@@ -64,7 +64,7 @@
 #include "core/wire_writer.hpp"
 #include "model/sections.hpp"
 #include "qdcli/wire.h"
-#include "shell/streams.hpp"
+#include "printer/streams.hpp"
 
 namespace qdsim::daemon {
 namespace {

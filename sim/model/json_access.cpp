@@ -145,14 +145,5 @@ std::string index_token(std::size_t index) {
     return out;
 }
 
-std::string pointer_token(std::string_view token) {
-    std::string out = "/";
-    for (char c : token) {
-        if (c == '~') out += "~0";
-        else if (c == '/') out += "~1";
-        else out += c;
-    }
-    return out;
-}
 
 }  // namespace qdsim

@@ -11,11 +11,9 @@
 #include <string>
 #include <string_view>
 
-#include <nlohmann/json.hpp>
+#include "json_input.hpp"
 
 namespace qdsim {
-
-using Json = nlohmann::json;
 
 // The value at `pointer`, or null when there is none (or the pointer is malformed).
 const Json *find(const Json &base, std::string_view pointer);
@@ -44,8 +42,6 @@ void zero_counters(Json &value);
 // object, beside its configuration.
 void zero_counter_blocks(Json &value);
 
-// "/a/b" with each token escaped (~ and /).
-std::string pointer_token(std::string_view token);
 // "/3": the token of an array element.
 std::string index_token(std::size_t index);
 

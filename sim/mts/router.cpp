@@ -11,7 +11,6 @@
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
 #include "core/lock.hpp"
-#include "model/model.hpp"
 
 namespace qdsim::mts {
 

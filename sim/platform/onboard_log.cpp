@@ -30,7 +30,7 @@
 
 #include "core/diagnostics.hpp"
 #include "model/sections.hpp"
-#include "core/session.hpp"
+#include "core/command_end.hpp"
 #include "platform/keyed_segment.hpp"
 #include "platform/pause.hpp"
 #include "platform/services.hpp"

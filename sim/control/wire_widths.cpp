@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "model/wire_widths.hpp"
+#include "control/wire_widths.hpp"
 
 #include <array>
 #include <string_view>
