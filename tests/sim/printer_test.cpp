@@ -38,13 +38,6 @@ TEST_F(PrinterTest, ConversionsTakeOneTypedArgumentEachWithWidthAndAlignment) {
     EXPECT_EQ(output, "        3       WRR             50\n[3     |500] 100%\n");
 }
 
-TEST_F(PrinterTest, TextAttributesUnderTheUnsignedTypeByteRenderAsText) {
-    const cmd_prt_arg name = text(0x14ff00aa, "Ethernet1/1"), mode = text(0x14ff00ae, "YES");
-    cmd_prt(output_handle(), "%s queuing information extend: %s\n", &name, &mode);
-    cmd_prt_send(output_handle());
-    EXPECT_EQ(output, "Ethernet1/1 queuing information extend: YES\n");
-}
-
 TEST_F(PrinterTest, UnknownAttributesRenderByTheirTypeByte) {
     const std::int32_t minus = -1;
     const std::uint8_t byte = 200;

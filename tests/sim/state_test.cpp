@@ -51,26 +51,6 @@ TEST_F(StateTest, ShapeChangesGoThroughTheSameChecksAndReindex) {
     EXPECT_EQ(daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP).send_rc, static_cast<std::int32_t>(0x41000001));
 }
 
-TEST(JsonAccess, DefaultsAndCounterClears) {
-    nlohmann::json section = {{"mtu", 1500}, {"hex", "0x1f"}, {"flag", 1},
-                              {"counters", {{"rx", 5}, {"tx", {1, 2}}}},
-                              {"groups", {{{"q_size", 7}, {"counters", {{"drops", 3}}}}}},
-                              {"rates", {{"mtu", 1}}}};
-    EXPECT_EQ(qdsim::get_u32(section, "/mtu"), 1500u);
-    EXPECT_EQ(qdsim::get_u32(section, "/hex"), 31u);
-    EXPECT_EQ(qdsim::get_u32(section, "/missing", 9), 9u);
-    EXPECT_EQ(qdsim::get_u32(section, "/counters", 9), 9u);  // an object is no number
-    EXPECT_TRUE(qdsim::get_bool(section, "/flag"));
-    EXPECT_EQ(qdsim::get_u32(section, "not a pointer", 4), 4u);
-    qdsim::zero_counter_blocks(section);
-    EXPECT_EQ(section["counters"]["rx"], 0);
-    EXPECT_EQ(section["counters"]["tx"], nlohmann::json::array({0, 0}));
-    EXPECT_EQ(section["groups"][0]["counters"]["drops"], 0);
-    EXPECT_EQ(section["groups"][0]["q_size"], 7);  // configuration stays
-    EXPECT_EQ(section["mtu"], 1500);
-    EXPECT_EQ(section["rates"]["mtu"], 1);
-}
-
 TEST_F(StateTest, ValuesAreReadByPointer) {
     std::string value, error;
     ASSERT_TRUE(qdsim::get_state_value("/extenders/1/uplinks", value, error)) << error;
