@@ -39,13 +39,6 @@ constexpr unsigned kQueues = 8;
 constexpr unsigned kChannels = 3;
 constexpr unsigned kMaxSpLevel = 7;
 
-const Json *served_section(const Interface *i) {
-    if (i == nullptr || i->kind != InterfaceKind::ethernet || i->sub_intf || i->data == nullptr) return nullptr;
-    const Json *section = find(*i->data, "/extended");
-    if (section == nullptr || !section->is_object() || !get_bool(*section, "/supported", true)) return nullptr;
-    return section;
-}
-
 Reply unsupported(const Request &, Model &) {
     WireWriter out(kSize);
     out.put_host32(0, QD_STATUS_UNSUPPORTED);
@@ -65,7 +58,7 @@ void put_counters(WireWriter &out, std::size_t at, const Json &section, const ch
 }
 
 Reply show(const Request &request, Model &model) {
-    const Json *section = served_section(model.interface(request.if_index));
+    const Json *section = served_section(model.interface(request.if_index), "/extended");
     if (section == nullptr) return unsupported(request, model);
     const Json &e = *section;
     WireWriter out(kSize);

@@ -309,14 +309,19 @@ private:
         }
     }
 
-    void build_platform() {
+    // A member of the top level whose members a policy table fixes: checked
+    // against it; an empty object when it is not given.
+    const Json &fixed_object(const std::string &name, std::span<const policy::Member> table, const std::string &what) const {
         static const Json empty = Json::object();
-        const Json *p = member("", "platform");
-        if (p) {
-            object_at(*p, "/platform");
-            members_among(*p, "/platform", names_of(policy::kPlatform), "the platform");
-        }
-        const Json &given = p ? *p : empty;
+        const Json *given = member("", name);
+        if (given == nullptr) return empty;
+        object_at(*given, "/" + name);
+        members_among(*given, "/" + name, names_of(table), what);
+        return *given;
+    }
+
+    void build_platform() {
+        const Json &given = fixed_object("platform", policy::kPlatform, "the platform");
         Model::Platform &platform = model_->platform_;
         platform.type = static_cast<std::int32_t>(value_of(given, "/platform", policy::kPlatform, "type"));
         platform.vdc = static_cast<std::uint32_t>(value_of(given, "/platform", policy::kPlatform, "vdc"));
@@ -337,13 +342,7 @@ private:
     }
 
     void build_clock() {
-        static const Json empty = Json::object();
-        const Json *c = member("", "clock");
-        if (c) {
-            object_at(*c, "/clock");
-            members_among(*c, "/clock", names_of(policy::kClock), "the clock");
-        }
-        model_->ticks_ = value_of(c ? *c : empty, "/clock", policy::kClock, "ticks");
+        model_->ticks_ = value_of(fixed_object("clock", policy::kClock, "the clock"), "/clock", policy::kClock, "ticks");
     }
 
     void read_defaults() {
