@@ -23,7 +23,6 @@ Json *find(Json &base, std::string_view pointer);
 std::uint64_t get_u64(const Json &base, std::string_view pointer, std::uint64_t fallback = 0);
 // The low 32 bits of get_u64.
 std::uint32_t get_u32(const Json &base, std::string_view pointer, std::uint32_t fallback = 0);
-std::int64_t get_i64(const Json &base, std::string_view pointer, std::int64_t fallback = 0);
 // Booleans; a number counts as true when non-zero.
 bool get_bool(const Json &base, std::string_view pointer, bool fallback = false);
 std::string get_string(const Json &base, std::string_view pointer, const std::string &fallback = {});
