@@ -103,25 +103,27 @@ const LineCard *Model::line_card_at_node(std::uint32_t node) const {
 }
 
 Json Model::typed_members() const {
+    Json faults = state_.value("faults", Json::array());
+    for (const Fault &f : faults_)
+        if (f.left) faults[f.position]["count"] = *f.left;
     return {{"platform",
              {{"type", platform_.type}, {"vdc", platform_.vdc}, {"card_id", platform_.card_id}, {"sw_card_id", platform_.sw_card_id}}},
             {"cos_map", cos_map_},
-            {"clock", {{"ticks", ticks_}}}};
+            {"clock", {{"ticks", ticks_}}},
+            {"faults", faults}};
 }
 
 std::optional<FaultAction> Model::take_fault(const FaultQuery &q) {
-    for (const Fault &f : faults_) {
+    for (Fault &f : faults_) {
         if (f.target != q.target) continue;
         if (f.command && (!q.command || *f.command != *q.command)) continue;
         if (f.if_index && (!q.if_index || *f.if_index != *q.if_index)) continue;
         if (f.extender && (!q.extender || *f.extender != *q.extender)) continue;
         if (f.operation && (!q.operation || *f.operation != *q.operation)) continue;
         if (f.mask && (!q.mask || *f.mask != *q.mask)) continue;
-        Json &entry = state_["faults"][f.position];
-        if (entry.contains("count")) {
-            const std::uint64_t left = get_u64(entry, "/count", 0);
-            if (left == 0) continue;  // spent
-            entry["count"] = left - 1;
+        if (f.left) {
+            if (*f.left == 0) continue;  // spent
+            --*f.left;
         }
         return f.action;
     }

@@ -199,6 +199,7 @@ private:
         std::optional<std::string> operation;
         std::optional<std::uint64_t> mask;
         std::size_t position = 0;  // index in /faults
+        std::optional<std::uint64_t> left;  // uses left, when counted
     };
     struct Rate {
         Json::json_pointer target;

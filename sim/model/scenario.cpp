@@ -879,7 +879,7 @@ private:
         }
         if (entry.contains("operation")) f.operation = operation(entry["operation"], f, pointer + "/operation");
         f.mask = number("mask");
-        number("count");
+        f.left = number("count");
         for (const policy::FaultKindPolicy &k : policy::kFaultKinds) {
             if (k.needs.empty()) continue;
             const std::string needs(k.needs);
