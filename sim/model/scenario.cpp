@@ -296,6 +296,19 @@ private:
         return ports;
     }
 
+    // Each entry of the array `name` of the top level (none when it is not
+    // given), checked to be an object, with its pointer and position.
+    template <class Each>
+    void for_each_entry(const std::string &name, Each each) {
+        const Json *list = member("", name);
+        if (list == nullptr) return;
+        array_at(*list, "/" + name);
+        for (std::size_t i = 0; i < list->size(); ++i) {
+            const std::string pointer = "/" + name + "/" + std::to_string(i);
+            each(object_at((*list)[i], pointer), pointer, i);
+        }
+    }
+
     // ---- Top level ----
 
     void check_root_members() const {
@@ -375,16 +388,11 @@ private:
     }
 
     void declare_line_cards() {
-        const Json *cards = member("", "line_cards");
-        if (cards == nullptr) return;
-        array_at(*cards, "/line_cards");
-        for (std::size_t i = 0; i < cards->size(); ++i) {
-            const std::string pointer = "/line_cards/" + std::to_string(i);
-            const Json &entry = object_at((*cards)[i], pointer);
+        for_each_entry("line_cards", [&](const Json &entry, const std::string &pointer, std::size_t) {
             const auto slot = static_cast<std::uint32_t>(value_of(entry, pointer, policy::kLineCard, "slot"));
             if (cards_.count(slot)) fail(pointer + "/slot", "line card in slot " + std::to_string(slot) + " declared twice");
             add_card(slot, pointer, extras(entry, names_of(policy::kLineCard)));
-        }
+        });
     }
 
     void add_interface(PendingInterface pending, const std::string &pointer) {
@@ -408,39 +416,34 @@ private:
 
     void declare_ethernet() {
         Json normalized = Json::array();
-        if (const Json *eth = member("", "ethernet")) {
-            array_at(*eth, "/ethernet");
-            for (std::size_t i = 0; i < eth->size(); ++i) {
-                const std::string pointer = "/ethernet/" + std::to_string(i);
-                const Json &entry = object_at((*eth)[i], pointer);
-                const auto slot = static_cast<std::uint32_t>(value_of(entry, pointer, policy::kEthernet, "slot"));
-                const auto type = static_cast<std::uint8_t>(value_of(entry, pointer, policy::kEthernet, "type"));
-                if (std::find(std::begin(policy::kEthernetTypes), std::end(policy::kEthernetTypes), type) ==
-                    std::end(policy::kEthernetTypes))
-                    fail(pointer + "/type", "an Ethernet interface has type 26 or 1, not " + std::to_string(type));
-                if (!entry.contains("ports")) fail(pointer, "missing member \"ports\"");
-                const std::vector<std::uint32_t> ports = ports_at(entry["ports"], pointer + "/ports");
-                if (!cards_.count(slot)) add_card(slot, pointer + "/slot", nullptr);
-                std::vector<std::string> identity = names_of(policy::kEthernet);
-                identity.push_back("ports");
-                const Json *data = extras(entry, identity);
-                for (std::uint32_t port : ports) {
-                    PendingInterface p;
-                    p.identity.name = ethernet_name(slot, port);
-                    p.identity.if_index = ethernet_index(type, slot, port);
-                    p.identity.type = type;
-                    p.identity.kind = InterfaceKind::ethernet;
-                    p.identity.slot = static_cast<std::uint8_t>(slot);
-                    p.identity.port = static_cast<std::uint16_t>(port);
-                    p.scope = Scope::ethernet;
-                    p.origin.declaration = pointer + "/ports";
-                    with_defaults(p.origin, "ethernet");
-                    p.origin.layers.push_back({pointer, data});
-                    add_interface(std::move(p), pointer + "/ports");
-                }
-                normalized.push_back({{"slot", slot}, {"ports", entry["ports"]}, {"type", type}});
+        for_each_entry("ethernet", [&](const Json &entry, const std::string &pointer, std::size_t) {
+            const auto slot = static_cast<std::uint32_t>(value_of(entry, pointer, policy::kEthernet, "slot"));
+            const auto type = static_cast<std::uint8_t>(value_of(entry, pointer, policy::kEthernet, "type"));
+            if (std::find(std::begin(policy::kEthernetTypes), std::end(policy::kEthernetTypes), type) ==
+                std::end(policy::kEthernetTypes))
+                fail(pointer + "/type", "an Ethernet interface has type 26 or 1, not " + std::to_string(type));
+            if (!entry.contains("ports")) fail(pointer, "missing member \"ports\"");
+            const std::vector<std::uint32_t> ports = ports_at(entry["ports"], pointer + "/ports");
+            if (!cards_.count(slot)) add_card(slot, pointer + "/slot", nullptr);
+            std::vector<std::string> identity = names_of(policy::kEthernet);
+            identity.push_back("ports");
+            const Json *data = extras(entry, identity);
+            for (std::uint32_t port : ports) {
+                PendingInterface p;
+                p.identity.name = ethernet_name(slot, port);
+                p.identity.if_index = ethernet_index(type, slot, port);
+                p.identity.type = type;
+                p.identity.kind = InterfaceKind::ethernet;
+                p.identity.slot = static_cast<std::uint8_t>(slot);
+                p.identity.port = static_cast<std::uint16_t>(port);
+                p.scope = Scope::ethernet;
+                p.origin.declaration = pointer + "/ports";
+                with_defaults(p.origin, "ethernet");
+                p.origin.layers.push_back({pointer, data});
+                add_interface(std::move(p), pointer + "/ports");
             }
-        }
+            normalized.push_back({{"slot", slot}, {"ports", entry["ports"]}, {"type", type}});
+        });
         out_["ethernet"] = std::move(normalized);
     }
 
@@ -505,13 +508,8 @@ private:
     }
 
     void declare_extenders() {
-        const Json *exts = member("", "extenders");
-        if (exts == nullptr) return;
-        array_at(*exts, "/extenders");
         std::map<std::uint32_t, std::string> uplink_taken;
-        for (std::size_t i = 0; i < exts->size(); ++i) {
-            const std::string pointer = "/extenders/" + std::to_string(i);
-            const Json &entry = object_at((*exts)[i], pointer);
+        for_each_entry("extenders", [&](const Json &entry, const std::string &pointer, std::size_t) {
             PendingExtender e;
             e.identity.number = static_cast<std::uint16_t>(value_of(entry, pointer, policy::kExtender, "number"));
             for (const PendingExtender &other : extenders_)
@@ -595,42 +593,37 @@ private:
                             {"uplinks", normalized_uplinks},
                             {"ports", ports_value}};
             extenders_.push_back(std::move(e));
-        }
+        });
     }
 
     void declare_other_interfaces() {
         Json normalized = Json::array();
-        if (const Json *others = member("", "other_interfaces")) {
-            array_at(*others, "/other_interfaces");
-            // Their default indexes count in 16 bits: more do not fit, and
-            // are refused before anything is built for them.
-            if (others->size() > kMaxOtherInterfaces)
-                fail("/other_interfaces", std::to_string(others->size()) + " interfaces: at most " +
-                                              std::to_string(kMaxOtherInterfaces) + " fit the interface-index space");
-            for (std::size_t i = 0; i < others->size(); ++i) {
-                const std::string pointer = "/other_interfaces/" + std::to_string(i);
-                const Json &entry = object_at((*others)[i], pointer);
-                value_of(entry, pointer, policy::kOther, "name");
-                if (entry["name"].get<std::string>().empty()) fail(pointer + "/name", "an interface name is not empty");
-                const std::uint64_t type = value_of(entry, pointer, policy::kOther, "type");
-                if (type == policy::kEthernetTypes[0] || type == policy::kEthernetTypes[1] || type == policy::kHostType)
-                    fail(pointer + "/type", "type " + std::to_string(type) + " belongs to Ethernet and host interfaces, which are declared under \"ethernet\" and \"extenders\"");
-                const auto if_index = static_cast<std::uint32_t>(
-                    value_of(entry, pointer, policy_of(policy::kOther, "if_index"))
-                        .value_or((type << 24) | 0x00ff0000u | static_cast<std::uint32_t>(i + 1)));
-                PendingInterface p;
-                p.identity.name = entry["name"].get<std::string>();
-                p.identity.if_index = if_index;
-                p.identity.type = static_cast<std::uint8_t>(type);
-                p.identity.kind = InterfaceKind::other;
-                p.scope = Scope::other;
-                p.origin.declaration = pointer;
-                with_defaults(p.origin, "other");
-                p.origin.layers.push_back({pointer, extras(entry, names_of(policy::kOther))});
-                add_interface(std::move(p), pointer + "/name");
-                normalized.push_back({{"name", entry["name"]}, {"type", type}, {"if_index", hex32(if_index)}});
-            }
-        }
+        // Their default indexes count in 16 bits: more do not fit, and are
+        // refused before anything is built for them.
+        if (const Json *others = member("", "other_interfaces"); others && others->is_array() && others->size() > kMaxOtherInterfaces)
+            fail("/other_interfaces", std::to_string(others->size()) + " interfaces: at most " +
+                                          std::to_string(kMaxOtherInterfaces) + " fit the interface-index space");
+        for_each_entry("other_interfaces", [&](const Json &entry, const std::string &pointer, std::size_t i) {
+            value_of(entry, pointer, policy::kOther, "name");
+            if (entry["name"].get<std::string>().empty()) fail(pointer + "/name", "an interface name is not empty");
+            const std::uint64_t type = value_of(entry, pointer, policy::kOther, "type");
+            if (type == policy::kEthernetTypes[0] || type == policy::kEthernetTypes[1] || type == policy::kHostType)
+                fail(pointer + "/type", "type " + std::to_string(type) + " belongs to Ethernet and host interfaces, which are declared under \"ethernet\" and \"extenders\"");
+            const auto if_index = static_cast<std::uint32_t>(
+                value_of(entry, pointer, policy_of(policy::kOther, "if_index"))
+                    .value_or((type << 24) | 0x00ff0000u | static_cast<std::uint32_t>(i + 1)));
+            PendingInterface p;
+            p.identity.name = entry["name"].get<std::string>();
+            p.identity.if_index = if_index;
+            p.identity.type = static_cast<std::uint8_t>(type);
+            p.identity.kind = InterfaceKind::other;
+            p.scope = Scope::other;
+            p.origin.declaration = pointer;
+            with_defaults(p.origin, "other");
+            p.origin.layers.push_back({pointer, extras(entry, names_of(policy::kOther))});
+            add_interface(std::move(p), pointer + "/name");
+            normalized.push_back({{"name", entry["name"]}, {"type", type}, {"if_index", hex32(if_index)}});
+        });
         out_["other_interfaces"] = std::move(normalized);
     }
 
