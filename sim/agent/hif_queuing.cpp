@@ -49,36 +49,16 @@ namespace qdsim::agent {
 namespace {
 
 constexpr std::uint8_t kVariant = 3;
-constexpr std::size_t kInputBufferSlots = 8;
-constexpr std::size_t kQueueSlots = 8;
-constexpr std::size_t kQueueStatsSlots = 10;
-constexpr std::size_t kCosWithGroupMap = 7;
+constexpr std::size_t kInputBufferSlots = 8, kQueueSlots = 8, kQueueStatsSlots = 10, kCosWithGroupMap = 7;
 constexpr std::uint32_t kNone = 0xffffffffu;
 
 // Offsets in hif_queuing_info.
-constexpr std::size_t kIbCount = 0;
-constexpr std::size_t kQueueCount = 4;
-constexpr std::size_t kStatsFormat = 8;
-constexpr std::size_t kInputBufferBase = 12;
-constexpr std::size_t kInputBufferSize = 20;
-constexpr std::size_t kQueueBase = 172;
-constexpr std::size_t kQueueSize = 8;
-constexpr std::size_t kRxDrop = 236;
-constexpr std::size_t kRxMcastDrop = 244;
-constexpr std::size_t kRxError = 252;
-constexpr std::size_t kTxDrop = 260;
-constexpr std::size_t kMuxOvflowFlags = 268;
-constexpr std::size_t kMuxOvflowPorts = 272;
-constexpr std::size_t kQueueStatsBase = 276;
-constexpr std::size_t kQueueStatsSize = 76;
-constexpr std::size_t kPfcEnabled = 1076;
-constexpr std::size_t kPfcRxMask = 1077;
-constexpr std::size_t kCosQosGroupMap = 1078;
-constexpr std::size_t kPauseRx = 1088;
-constexpr std::size_t kPauseTx = 1092;
-constexpr std::size_t kBufferThreshold = 1096;
-constexpr std::size_t kQueueLimit = 1100;
-constexpr std::size_t kQueueLimitRx = 1104;
+constexpr std::size_t kIbCount = 0, kQueueCount = 4, kStatsFormat = 8, kInputBufferBase = 12, kInputBufferSize = 20,
+                      kQueueBase = 172, kQueueSize = 8, kRxDrop = 236, kRxMcastDrop = 244, kRxError = 252,
+                      kTxDrop = 260, kMuxOvflowFlags = 268, kMuxOvflowPorts = 272, kQueueStatsBase = 276,
+                      kQueueStatsSize = 76, kPfcEnabled = 1076, kPfcRxMask = 1077, kCosQosGroupMap = 1078,
+                      kPauseRx = 1088, kPauseTx = 1092, kBufferThreshold = 1096, kQueueLimit = 1100,
+                      kQueueLimitRx = 1104;
 
 static_assert(kInputBufferBase + kInputBufferSlots * kInputBufferSize == kQueueBase);
 static_assert(kQueueBase + kQueueSlots * kQueueSize == kRxDrop);

@@ -29,15 +29,9 @@
 namespace qdsim::daemon {
 namespace {
 
-constexpr std::size_t kSize = 413;
-constexpr std::size_t kSpLevel = 4;
-constexpr std::size_t kDropModeBits = 20;
-constexpr std::size_t kCosToQueue = 21;
-constexpr std::size_t kPassCount = 29;
-constexpr std::size_t kDropCount = 221;
-constexpr unsigned kQueues = 8;
-constexpr unsigned kChannels = 3;
-constexpr unsigned kMaxSpLevel = 7;
+constexpr std::size_t kSize = 413, kSpLevel = 4, kDropModeBits = 20, kCosToQueue = 21, kPassCount = 29,
+                      kDropCount = 221;
+constexpr unsigned kQueues = 8, kChannels = 3, kMaxSpLevel = 7;
 
 Reply unsupported(const Request &, Model &) {
     WireWriter out(kSize);

@@ -309,6 +309,17 @@ private:
         }
     }
 
+    // Each member of the object `name` of the top level (none when it is not
+    // given), with its pointer.
+    template <class Each>
+    void for_each_member(const std::string &name, Each each) {
+        const Json *object = member("", name);
+        if (object == nullptr) return;
+        object_at(*object, "/" + name);
+        for (auto it = object->begin(); it != object->end(); ++it)
+            each(it.key(), it.value(), "/" + name + pointer_token(it.key()));
+    }
+
     // ---- Top level ----
 
     void check_root_members() const {
@@ -359,16 +370,11 @@ private:
     }
 
     void read_defaults() {
-        const Json *d = member("", "defaults");
-        if (d == nullptr) return;
-        object_at(*d, "/defaults");
-        for (auto it = d->begin(); it != d->end(); ++it) {
-            const std::string pointer = "/defaults" + pointer_token(it.key());
-            if (!contains(kDefaultKinds, it.key()))
-                fail(pointer, "unknown interface kind \"" + it.key() + "\" (known: " + join(kDefaultKinds) + ")", true);
-            object_at(it.value(), pointer);
-            defaults_[it.key()] = Layer{pointer, &it.value()};
-        }
+        for_each_member("defaults", [&](const std::string &kind, const Json &value, const std::string &pointer) {
+            if (!contains(kDefaultKinds, kind))
+                fail(pointer, "unknown interface kind \"" + kind + "\" (known: " + join(kDefaultKinds) + ")", true);
+            defaults_[kind] = Layer{pointer, &object_at(value, pointer)};
+        });
     }
 
     void with_defaults(Origin &origin, const std::string &kind) const {
@@ -628,18 +634,14 @@ private:
     }
 
     void apply_interface_overrides() {
-        const Json *overrides = member("", "interfaces");
-        if (overrides == nullptr) return;
-        object_at(*overrides, "/interfaces");
-        for (auto it = overrides->begin(); it != overrides->end(); ++it) {
-            const std::string pointer = "/interfaces" + pointer_token(it.key());
-            auto found = by_name_.find(fold_interface_name(it.key()));
+        for_each_member("interfaces", [&](const std::string &name, const Json &value, const std::string &pointer) {
+            auto found = by_name_.find(fold_interface_name(name));
             if (found == by_name_.end())
-                fail(pointer, "no interface named \"" + it.key() + "\"", true);
+                fail(pointer, "no interface named \"" + name + "\"", true);
             PendingInterface &p = ifaces_[found->second];
-            if (p.identity.name != it.key())
+            if (p.identity.name != name)
                 fail(pointer, "write the interface's name as " + p.identity.name, true);
-            const Json &entry = object_at(it.value(), pointer);
+            const Json &entry = object_at(value, pointer);
             if (entry.contains("if_index")) {
                 std::uint64_t given = 0;
                 if (!read_unsigned(entry["if_index"], given) || given != p.identity.if_index)
@@ -648,7 +650,7 @@ private:
             }
             p.origin.layers.push_back({pointer, extras(entry, {"if_index"})});
             ++p.own_layers;
-        }
+        });
     }
 
     // ---- Entity data ----

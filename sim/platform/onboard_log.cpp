@@ -47,9 +47,7 @@ constexpr std::size_t kPorts = 112;
 constexpr std::uint32_t kEventQueryLength = 8;
 
 // Record layout.
-constexpr std::size_t kStampAt = 4;
-constexpr std::size_t kPortAt = 260;
-constexpr std::size_t kModuleAt = 264;
+constexpr std::size_t kStampAt = 4, kPortAt = 260, kModuleAt = 264;
 
 const SectionRegistrar onboard_log_section{Scope::root, "onboard_log", [](const Checker &check) {
     check.members_among("", {"capacity"});
