@@ -70,12 +70,5 @@ TEST_F(PrinterTest, OutputNeverFlushedIsDeliveredWhenTheCommandEnds) {
     EXPECT_TRUE(diagnosed(qdsim::take_diagnostics(), "never flushed"));
 }
 
-TEST_F(PrinterTest, OutputHandleIsTheTransportHandleMarked) {
-    cmd_paraminfo pinfo{};
-    pinfo.mts_handle = handle;
-    EXPECT_EQ(cmd_paraminfo_to_rxhandle(&pinfo), output_handle());
-    EXPECT_NE(cmd_paraminfo_to_rxhandle(&pinfo), handle);
-}
-
 }  // namespace
 }  // namespace simtest

@@ -10,15 +10,6 @@ namespace {
 
 using StateTest = SimTest;
 
-TEST_F(StateTest, TheDumpHoldsEveryInterfaceWithItsDefaultsApplied) {
-    const auto state = nlohmann::json::parse(qdsim::dump_state_json());
-    EXPECT_EQ(state["interfaces"].size(), 192u);
-    EXPECT_EQ(state["interfaces"]["Ethernet1/1"]["if_index"], "0x1a000000");
-    EXPECT_EQ(state["interfaces"]["Ethernet101/1/9"]["qos_counters"]["tx_queue_drops"], 0);
-    EXPECT_EQ(state["platform"]["type"], 2);
-    EXPECT_FALSE(state.contains("defaults"));
-}
-
 TEST_F(StateTest, ABadValueIsRefusedAndTheStateKept) {
     std::string error;
     const std::string before = qdsim::dump_state_json();
