@@ -137,21 +137,15 @@ namespace {
 // rates for the members of an object (or of each element of an array),
 // an array of rates for an array of as many values.
 void apply_rate(Json &target, const Json &rate, std::uint64_t ticks) {
-    if (rate.is_number_integer()) {
+    if ((rate.is_number_integer() || rate.is_object()) && target.is_array()) {
+        for (Json &element : target) apply_rate(element, rate, ticks);
+    } else if (rate.is_number_integer()) {
         std::uint64_t per_tick = 0, value = 0;
-        if (!read_unsigned(rate, per_tick) || per_tick == 0) return;
-        if (target.is_array()) {
-            for (Json &element : target) apply_rate(element, rate, ticks);
-        } else if (target.is_number_integer() && read_unsigned(target, value)) {
+        if (read_unsigned(rate, per_tick) && per_tick != 0 && target.is_number_integer() && read_unsigned(target, value))
             target = value + per_tick * ticks;
-        }
-    } else if (rate.is_object()) {
-        if (target.is_array()) {
-            for (Json &element : target) apply_rate(element, rate, ticks);
-        } else if (target.is_object()) {
-            for (auto it = rate.begin(); it != rate.end(); ++it)
-                if (auto found = target.find(it.key()); found != target.end()) apply_rate(*found, it.value(), ticks);
-        }
+    } else if (rate.is_object() && target.is_object()) {
+        for (auto it = rate.begin(); it != rate.end(); ++it)
+            if (auto found = target.find(it.key()); found != target.end()) apply_rate(*found, it.value(), ticks);
     } else if (rate.is_array() && target.is_array()) {
         for (std::size_t i = 0; i < rate.size() && i < target.size(); ++i) apply_rate(target[i], rate[i], ticks);
     }

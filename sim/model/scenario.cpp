@@ -956,13 +956,9 @@ private:
     // the interfaces' are checked with their data and derived when read.
     void build_rates() { collect_rates(model_->state_, "", true); }
 
-    void collect_rates(const Json &node, const std::string &pointer, bool keep) {
-        std::string path = pointer;
-        collect_rates_at(node, path, keep);
-    }
-
     // `path` is the node's pointer; it grows and shrinks back as the walk
     // goes down and up (no string per node).
+    void collect_rates(const Json &node, std::string path, bool keep) { collect_rates_at(node, path, keep); }
     void collect_rates_at(const Json &node, std::string &path, bool keep) {
         const std::size_t length = path.size();
         if (node.is_object()) {
@@ -986,41 +982,34 @@ private:
 
     // The "rates" member of an object, against the counters beside it.
     void rates_beside(const Json &node, const std::string &pointer, bool keep) {
-        {
-            if (node.contains("rates")) {
-                const std::string rates_pointer = pointer + "/rates";
-                const Json &rates = node["rates"];
-                if (!rates.is_object()) fail_state(rates_pointer, "rates are an object beside the counters they advance");
-                for (auto it = rates.begin(); it != rates.end(); ++it) {
-                    const std::string rate_pointer = rates_pointer + pointer_token(it.key());
-                    if (it.key() == "rates" || !node.contains(it.key()))
-                        fail_state(rate_pointer, "no member \"" + it.key() + "\" beside these rates", true);
-                    add_rate(node[it.key()], it.value(), pointer + pointer_token(it.key()), rate_pointer, keep);
-                }
-            }
+        if (!node.contains("rates")) return;
+        const std::string rates_pointer = pointer + "/rates";
+        const Json &rates = node["rates"];
+        if (!rates.is_object()) fail_state(rates_pointer, "rates are an object beside the counters they advance");
+        for (auto it = rates.begin(); it != rates.end(); ++it) {
+            const std::string rate_pointer = rates_pointer + pointer_token(it.key());
+            if (it.key() == "rates" || !node.contains(it.key()))
+                fail_state(rate_pointer, "no member \"" + it.key() + "\" beside these rates", true);
+            add_rate(node[it.key()], it.value(), pointer + pointer_token(it.key()), rate_pointer, keep);
         }
     }
 
     void add_rate(const Json &target, const Json &rate, const std::string &target_pointer, const std::string &rate_pointer,
                   bool keep) {
         std::uint64_t value = 0;
+        if (rate.is_number_integer() && !read_unsigned(rate, value)) fail_state(rate_pointer, "a rate is not negative");
+        // A number or an object of rates given for an array applies to every element.
+        if ((rate.is_number_integer() || rate.is_object()) && target.is_array()) {
+            for (std::size_t i = 0; i < target.size(); ++i)
+                add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer, keep);
+            return;
+        }
         if (rate.is_number_integer()) {
-            if (!read_unsigned(rate, value)) fail_state(rate_pointer, "a rate is not negative");
-            if (target.is_array()) {
-                for (std::size_t i = 0; i < target.size(); ++i)
-                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer, keep);
-                return;
-            }
             std::uint64_t ignored = 0;
             if (!target.is_number_integer() || !read_unsigned(target, ignored))
                 fail_state(rate_pointer, "a rate advances a counter (an unsigned integer), and " + target_pointer + " is none");
             if (value && keep) model_->rates_.push_back({Json::json_pointer(target_pointer), value});
         } else if (rate.is_object()) {
-            if (target.is_array()) {
-                for (std::size_t i = 0; i < target.size(); ++i)
-                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer, keep);
-                return;
-            }
             if (!target.is_object()) fail_state(rate_pointer, "these rates are for an object, and " + target_pointer + " is none");
             for (auto it = rate.begin(); it != rate.end(); ++it) {
                 if (!target.contains(it.key()))
