@@ -40,10 +40,9 @@
 namespace qdsim::platform {
 namespace {
 
-constexpr std::uint64_t kDefaultCapacity = 4096;
-constexpr std::uint64_t kMaxCapacity = 65536;
-constexpr std::size_t kSlots = 4;
-constexpr std::size_t kPorts = 112;
+// Events the log keeps (by default, at most); slots and ports of the counts table.
+constexpr std::uint64_t kDefaultCapacity = 4096, kMaxCapacity = 65536;
+constexpr std::size_t kSlots = 4, kPorts = 112;
 constexpr std::uint32_t kEventQueryLength = 8;
 
 // Record layout.
