@@ -83,7 +83,6 @@ void report(benchmark::State &state, const std::string &name, const std::string 
     qdsim::set_diagnostics_echo(false);
     if (!library().is_open()) return state.SkipWithError("libqdcli.so does not load");
     if (!load(name)) return state.SkipWithError("the chassis does not load");
-    qdsim::set_output_mode(qdsim::OutputMode::text);
     sink_to_output();
     qdsh::Executor shell(library());
 

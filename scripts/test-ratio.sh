@@ -20,7 +20,7 @@ count() {  # non-blank lines of the counted files under the given folders
 }
 
 tests=$(count tests fuzz)
-code=$(count src include sim shell tools examples)
+code=$(count src include common sim shell tools examples)
 if [ "$code" -eq 0 ]; then
   echo "test-ratio: no code found under $(pwd)" >&2
   exit 2

@@ -84,7 +84,6 @@ int main(int argc, char **argv) {
         }
     }
     // qdsh renders structured output itself, from the printer's flushes.
-    qdsim::set_output_mode(qdsim::OutputMode::text);
     const Format format = options.output == "json" ? Format::json : options.output == "xml" ? Format::xml : Format::text;
     const bool pretty = options.pretty < 0 ? isatty(STDOUT_FILENO) != 0 : options.pretty == 1;
     const auto lookup = reinterpret_cast<AttributeLookup>(library.symbol("qdcli_attr_find"));

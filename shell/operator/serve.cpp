@@ -24,7 +24,7 @@
 
 #include "cli/options.hpp"
 #include "exec/command.hpp"
-#include "model/json_input.hpp"
+#include "json_input.hpp"
 #include "qdsim/sim.h"
 #include "term/signals.hpp"
 

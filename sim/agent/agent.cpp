@@ -5,12 +5,12 @@
 
 #include <chrono>
 #include <cstring>
-#include <map>
 #include <thread>
 
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
 #include "core/lock.hpp"
+#include "core/registry.hpp"
 #include "core/wire_writer.hpp"
 #include "mts/router.hpp"
 #include "qdcli/wire.h"
@@ -32,8 +32,8 @@ std::vector<std::uint8_t> encode_reply(const Request &request, const Reply &repl
 
 namespace {
 
-std::map<std::uint8_t, SubCommand> &subcommands() {
-    static std::map<std::uint8_t, SubCommand> registry;
+CodeRegistry<SubCommand> &subcommands() {
+    static CodeRegistry<SubCommand> registry("agent sub-command");
     return registry;
 }
 
@@ -74,8 +74,7 @@ mts::Delivery serve(const mts::Request &r) {
     request.if_index = network_index_at(p + 20);
     request.target_if_index = network_index_at(p + 32);
     const bool fixed_one = p[24] == 1 && p[25] == 0 && p[26] == 0 && p[27] == 0;
-    const auto it = subcommands().find(request.cmd);
-    const SubCommand *command = it == subcommands().end() ? nullptr : &it->second;
+    const SubCommand *command = subcommands().find(request.cmd);
     if (request.count != 1 || !fixed_one || (command && command->variant && *command->variant != request.variant))
         return deliver(request, Reply::failed(kErrBadRequest));
 
@@ -107,32 +106,12 @@ mts::Delivery serve(const mts::Request &r) {
     }
 }
 
-struct AgentService {
-    AgentService() {
-        mts::Service service;
-        service.name = "line-card statistics agents";
-        service.sap = LC_STATS_SAP;
-        service.opcode = LC_STATS_OPC;
-        service.recv_word2 = LC_STATS_RECV_WORD2;
-        service.handle = serve;
-        mts::register_service(std::move(service));
-    }
-} const agent_service;
+const mts::ServiceRegistrar agent_service{
+    {"line-card statistics agents", std::nullopt, LC_STATS_SAP, LC_STATS_OPC, LC_STATS_RECV_WORD2, serve}};
 
 }  // namespace
 
-bool register_subcommand(SubCommand command) {
-    SwitchLock lock(switch_mutex());
-    const std::uint8_t code = command.code;
-    auto [it, inserted] = subcommands().emplace(code, std::move(command));
-    if (!inserted)
-        diagnostic("agent sub-command " + std::to_string(code) + " (" + it->second.name + ") registered twice");
-    return inserted;
-}
-
-bool unregister_subcommand(std::uint8_t code) {
-    SwitchLock lock(switch_mutex());
-    return subcommands().erase(code) != 0;
-}
+bool register_subcommand(SubCommand command) { return subcommands().add(std::move(command)); }
+bool unregister_subcommand(std::uint8_t code) { return subcommands().remove(code); }
 
 }  // namespace qdsim::agent

@@ -49,36 +49,16 @@ namespace qdsim::agent {
 namespace {
 
 constexpr std::uint8_t kVariant = 3;
-constexpr std::size_t kInputBufferSlots = 8;
-constexpr std::size_t kQueueSlots = 8;
-constexpr std::size_t kQueueStatsSlots = 10;
-constexpr std::size_t kCosWithGroupMap = 7;
+constexpr std::size_t kInputBufferSlots = 8, kQueueSlots = 8, kQueueStatsSlots = 10, kCosWithGroupMap = 7;
 constexpr std::uint32_t kNone = 0xffffffffu;
 
 // Offsets in hif_queuing_info.
-constexpr std::size_t kIbCount = 0;
-constexpr std::size_t kQueueCount = 4;
-constexpr std::size_t kStatsFormat = 8;
-constexpr std::size_t kInputBufferBase = 12;
-constexpr std::size_t kInputBufferSize = 20;
-constexpr std::size_t kQueueBase = 172;
-constexpr std::size_t kQueueSize = 8;
-constexpr std::size_t kRxDrop = 236;
-constexpr std::size_t kRxMcastDrop = 244;
-constexpr std::size_t kRxError = 252;
-constexpr std::size_t kTxDrop = 260;
-constexpr std::size_t kMuxOvflowFlags = 268;
-constexpr std::size_t kMuxOvflowPorts = 272;
-constexpr std::size_t kQueueStatsBase = 276;
-constexpr std::size_t kQueueStatsSize = 76;
-constexpr std::size_t kPfcEnabled = 1076;
-constexpr std::size_t kPfcRxMask = 1077;
-constexpr std::size_t kCosQosGroupMap = 1078;
-constexpr std::size_t kPauseRx = 1088;
-constexpr std::size_t kPauseTx = 1092;
-constexpr std::size_t kBufferThreshold = 1096;
-constexpr std::size_t kQueueLimit = 1100;
-constexpr std::size_t kQueueLimitRx = 1104;
+constexpr std::size_t kIbCount = 0, kQueueCount = 4, kStatsFormat = 8, kInputBufferBase = 12, kInputBufferSize = 20,
+                      kQueueBase = 172, kQueueSize = 8, kRxDrop = 236, kRxMcastDrop = 244, kRxError = 252,
+                      kTxDrop = 260, kMuxOvflowFlags = 268, kMuxOvflowPorts = 272, kQueueStatsBase = 276,
+                      kQueueStatsSize = 76, kPfcEnabled = 1076, kPfcRxMask = 1077, kCosQosGroupMap = 1078,
+                      kPauseRx = 1088, kPauseTx = 1092, kBufferThreshold = 1096, kQueueLimit = 1100,
+                      kQueueLimitRx = 1104;
 
 static_assert(kInputBufferBase + kInputBufferSlots * kInputBufferSize == kQueueBase);
 static_assert(kQueueBase + kQueueSlots * kQueueSize == kRxDrop);
@@ -280,11 +260,17 @@ const Json &bounded_list(const Checker &check, const std::string &pointer, std::
     return items;
 }
 
+// Each record of the list at `pointer` (when there is one, of at most `max`),
+// by its pointer.
+template <class Each>
+void each_record(const Checker &check, const std::string &pointer, std::size_t max, const std::string &what, Each each) {
+    if (!has(check, pointer)) return;
+    const Json &records = bounded_list(check, pointer, max, what);
+    for (std::size_t i = 0; i < records.size(); ++i) each(at(pointer, i));
+}
+
 void check_input_buffers(const Checker &check) {
-    if (!has(check, "/input_buffers")) return;
-    const Json &buffers = bounded_list(check, "/input_buffers", kInputBufferSlots, "input buffers");
-    for (std::size_t i = 0; i < buffers.size(); ++i) {
-        const std::string r = at("/input_buffers", i);
+    each_record(check, "/input_buffers", kInputBufferSlots, "input buffers", [&](const std::string &r) {
         check.members_among(r, {"frh", "no_drop", "qos_groups", "unsupported_qos_groups", "ctrl", "cos", "xon", "xoff",
                                 "buffer_size"});
         optional_unsigned(check, r + "/frh", 255);
@@ -293,7 +279,7 @@ void check_input_buffers(const Checker &check) {
         qos_groups(check, r);
         number_list(check, r + "/cos", 7, "cos");
         for (const char *size : {"/xon", "/xoff", "/buffer_size"}) optional_unsigned(check, r + size, UINT32_MAX);
-    }
+    });
 }
 
 // Queue ids index the ten statistics slots: each queue, and each statistics
@@ -304,11 +290,8 @@ void check_queue_id(const Checker &check, const std::string &record, std::set<st
 }
 
 void check_queues(const Checker &check) {
-    if (!has(check, "/queues")) return;
-    const Json &queues = bounded_list(check, "/queues", kQueueSlots, "queues");
     std::set<std::uint64_t> ids;
-    for (std::size_t j = 0; j < queues.size(); ++j) {
-        const std::string r = at("/queues", j);
+    each_record(check, "/queues", kQueueSlots, "queues", [&](const std::string &r) {
         check.members_among(r, {"queue_id", "qos_groups", "unsupported_qos_groups", "cos", "priority", "bandwidth",
                                 "ctrl", "mtu"});
         check_queue_id(check, r, ids);
@@ -318,15 +301,12 @@ void check_queues(const Checker &check) {
         optional_unsigned(check, r + "/bandwidth", 100);
         optional_boolean(check, r + "/ctrl");
         optional_unsigned(check, r + "/mtu", 0xffff);
-    }
+    });
 }
 
 void check_queue_stats(const Checker &check) {
-    if (!has(check, "/queue_stats")) return;
-    const Json &stats = bounded_list(check, "/queue_stats", kQueueStatsSlots, "statistics records");
     std::set<std::uint64_t> ids;
-    for (std::size_t q = 0; q < stats.size(); ++q) {
-        const std::string r = at("/queue_stats", q);
+    each_record(check, "/queue_stats", kQueueStatsSlots, "statistics records", [&](const std::string &r) {
         check.members_among(r, {"queue_id", "queue_num", "ctrl", "counters"});
         check_queue_id(check, r, ids);
         optional_unsigned(check, r + "/queue_num", 255);
@@ -335,7 +315,7 @@ void check_queue_stats(const Checker &check) {
             check.members_among(r + "/counters", {kQueueCounters.begin(), kQueueCounters.end()});
             check.counters(r + "/counters");
         }
-    }
+    });
 }
 
 void check_section(const Checker &check) {

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "core/lock.hpp"
-#include "qdsim/sim.h"
 
 namespace qdsim {
 namespace {
@@ -22,7 +21,7 @@ void register_cleanup(std::string what, std::function<void()> cleanup) {
     cleanups().emplace_back(std::move(what), std::move(cleanup));
 }
 
-void shutdown() {
+void run_cleanups() {
     SwitchLock lock(switch_mutex());
     auto pending = std::exchange(cleanups(), {});
     for (auto it = pending.rbegin(); it != pending.rend(); ++it)

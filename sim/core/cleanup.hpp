@@ -11,5 +11,7 @@ namespace qdsim {
 
 // Cleanups run once, newest first.
 void register_cleanup(std::string what, std::function<void()> cleanup);
+// Runs and forgets every registered cleanup (qdsim::shutdown).
+void run_cleanups();
 
 }  // namespace qdsim

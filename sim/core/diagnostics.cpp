@@ -38,4 +38,16 @@ void set_diagnostics_echo(bool echo) {
     diagnostics().echo = echo;
 }
 
+std::string hex32(std::uint32_t v) {
+    char buf[16];
+    std::snprintf(buf, sizeof buf, "0x%08x", v);
+    return buf;
+}
+
+std::string hex(std::uint32_t v) {
+    char buf[16];
+    std::snprintf(buf, sizeof buf, "0x%x", v);
+    return buf;
+}
+
 }  // namespace qdsim

@@ -60,7 +60,6 @@ public:
         put_be16(at + 2, v);
     }
     void put_host32(std::size_t at, std::uint32_t v) { std::memcpy(grow(at + 4).data() + at, &v, 4); }
-    void put_host64(std::size_t at, std::uint64_t v) { std::memcpy(grow(at + 8).data() + at, &v, 8); }
     void put_be64_low_first(std::size_t at, std::uint64_t v) {
         put_be32(at, static_cast<std::uint32_t>(v));
         put_be32(at + 4, static_cast<std::uint32_t>(v >> 32));

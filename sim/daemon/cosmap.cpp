@@ -5,7 +5,7 @@
 // request's arg carries the CoS set in bits 0-7 and the queue in bits 8-15;
 // bits 16-31 are not the daemon's. Configuring maps every CoS of the set to
 // the queue. Removing returns each CoS of the set that is on that queue to
-// its default queue (CoS 0-1 queue 0, 2-3 queue 1, 4-5 queue 2, 6-7 queue 3);
+// its default queue (the scenario's default map);
 // a CoS mapped elsewhere stays where it is. A queue above 3 leaves the map
 // as it was and answers kErrBadArgument (the handlers do not read these
 // replies; the state shows it).
@@ -14,36 +14,30 @@
 #include "core/errors.hpp"
 #include "core/wire_writer.hpp"
 #include "daemon/daemon.hpp"
+#include "model/policy.hpp"
 #include "qdcli/wire.h"
 
 namespace qdsim::daemon {
 namespace {
 
-constexpr std::uint8_t kQueues = 4;
-
-std::uint8_t default_queue(unsigned cos) { return static_cast<std::uint8_t>(cos / 2); }
-
-Reply configure(const Request &request, Model &model) {
+// Configuring (`add`) maps the CoS of the set to the queue; removing gives
+// those of the set on that queue their default queue back.
+Reply change(const Request &request, Model &model, bool add) {
     const unsigned queue = (request.arg >> 8) & 0xffu;
     const unsigned cos_set = request.arg & 0xffu;
-    if (queue >= kQueues) return Reply::status(kErrBadArgument);
+    if (queue > policy::kMaxQueue) return Reply::status(kErrBadArgument);
     std::array<std::uint8_t, 8> map = model.cos_map();
-    for (unsigned cos = 0; cos < 8; ++cos)
-        if (cos_set & (1u << cos)) map[cos] = static_cast<std::uint8_t>(queue);
+    for (unsigned cos = 0; cos < 8; ++cos) {
+        if (!(cos_set & (1u << cos))) continue;
+        if (add) map[cos] = static_cast<std::uint8_t>(queue);
+        else if (map[cos] == queue) map[cos] = policy::kCosMap[cos];
+    }
     model.set_cos_map(map);
     return Reply::status(0);
 }
 
-Reply remove(const Request &request, Model &model) {
-    const unsigned queue = (request.arg >> 8) & 0xffu;
-    const unsigned cos_set = request.arg & 0xffu;
-    if (queue >= kQueues) return Reply::status(kErrBadArgument);
-    std::array<std::uint8_t, 8> map = model.cos_map();
-    for (unsigned cos = 0; cos < 8; ++cos)
-        if ((cos_set & (1u << cos)) && map[cos] == queue) map[cos] = default_queue(cos);
-    model.set_cos_map(map);
-    return Reply::status(0);
-}
+Reply configure(const Request &request, Model &model) { return change(request, model, true); }
+Reply remove(const Request &request, Model &model) { return change(request, model, false); }
 
 // Reply: status word (host order), then the queue of CoS 0 to 7.
 Reply show(const Request &, Model &model) {

@@ -3,12 +3,12 @@
 
 #include <chrono>
 #include <cstring>
-#include <map>
 #include <thread>
 
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
 #include "core/lock.hpp"
+#include "core/registry.hpp"
 #include "mts/router.hpp"
 #include "qdcli/wire.h"
 
@@ -31,10 +31,17 @@ std::vector<std::uint8_t> refusal(std::uint32_t status) {
     return payload;
 }
 
+const Json *served_section(const Interface *i, std::string_view pointer) {
+    if (i == nullptr || i->kind != InterfaceKind::ethernet || i->sub_intf || i->data == nullptr) return nullptr;
+    const Json *section = find(*i->data, pointer);
+    if (section == nullptr || !section->is_object() || !get_bool(*section, "/supported", true)) return nullptr;
+    return section;
+}
+
 namespace {
 
-std::map<std::uint8_t, Command> &commands() {
-    static std::map<std::uint8_t, Command> registry;
+CodeRegistry<Command> &commands() {
+    static CodeRegistry<Command> registry("daemon command");
     return registry;
 }
 
@@ -76,38 +83,12 @@ mts::Delivery serve(const mts::Request &r) {
     }
 }
 
-struct DaemonService {
-    DaemonService() {
-        mts::Service service;
-        service.name = "queuing daemon";
-        service.node = MTS_NODE_LOCAL;
-        service.sap = QD_MTS_SAP;
-        service.opcode = QD_CLI_OPC;
-        service.recv_word2 = 0;
-        service.handle = serve;
-        mts::register_service(std::move(service));
-    }
-} const daemon_service;
+const mts::ServiceRegistrar daemon_service{{"queuing daemon", MTS_NODE_LOCAL, QD_MTS_SAP, QD_CLI_OPC, 0, serve}};
 
 }  // namespace
 
-bool register_command(Command command) {
-    SwitchLock lock(switch_mutex());
-    const std::uint8_t code = command.code;
-    auto [it, inserted] = commands().emplace(code, std::move(command));
-    if (!inserted)
-        diagnostic("daemon command " + std::to_string(code) + " (" + it->second.name + ") registered twice");
-    return inserted;
-}
-
-bool unregister_command(std::uint8_t code) {
-    SwitchLock lock(switch_mutex());
-    return commands().erase(code) != 0;
-}
-
-const Command *find_command(std::uint8_t code) {
-    auto it = commands().find(code);
-    return it == commands().end() ? nullptr : &it->second;
-}
+bool register_command(Command command) { return commands().add(std::move(command)); }
+bool unregister_command(std::uint8_t code) { return commands().remove(code); }
+const Command *find_command(std::uint8_t code) { return commands().find(code); }
 
 }  // namespace qdsim::daemon

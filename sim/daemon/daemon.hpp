@@ -65,4 +65,8 @@ struct CommandRegistrar {
 // so it reads as that status whether a reply keeps it at offset 0 or 4.
 std::vector<std::uint8_t> refusal(std::uint32_t status);
 
+// The section at `pointer` of a main Ethernet interface, or null when the
+// interface is none or its section is missing or says "supported": false.
+const Json *served_section(const Interface *i, std::string_view pointer);
+
 }  // namespace qdsim::daemon

@@ -11,7 +11,7 @@
 #include "daemon/debug.hpp"
 #include "mts/router.hpp"
 #include "qdcli/wire.h"
-#include "shell/output.hpp"
+#include "printer/output.hpp"
 
 namespace qdsim::daemon {
 
@@ -94,7 +94,7 @@ extern "C" std::int32_t sdwrap_debug_dump(std::uint32_t handle, std::uint32_t no
     debug.record.assign(bytes, bytes + length);
     const daemon::DebugFunction function = it->second;
     try {
-        shell::deliver(function(debug, model));
+        printer::deliver(function(debug, model));
     } catch (const std::exception &e) {
         diagnostic(std::string("debug function ") + func_name + " failed: " + e.what());
         return kErrNoService;

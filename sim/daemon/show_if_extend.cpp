@@ -29,22 +29,9 @@
 namespace qdsim::daemon {
 namespace {
 
-constexpr std::size_t kSize = 413;
-constexpr std::size_t kSpLevel = 4;
-constexpr std::size_t kDropModeBits = 20;
-constexpr std::size_t kCosToQueue = 21;
-constexpr std::size_t kPassCount = 29;
-constexpr std::size_t kDropCount = 221;
-constexpr unsigned kQueues = 8;
-constexpr unsigned kChannels = 3;
-constexpr unsigned kMaxSpLevel = 7;
-
-const Json *served_section(const Interface *i) {
-    if (i == nullptr || i->kind != InterfaceKind::ethernet || i->sub_intf || i->data == nullptr) return nullptr;
-    const Json *section = find(*i->data, "/extended");
-    if (section == nullptr || !section->is_object() || !get_bool(*section, "/supported", true)) return nullptr;
-    return section;
-}
+constexpr std::size_t kSize = 413, kSpLevel = 4, kDropModeBits = 20, kCosToQueue = 21, kPassCount = 29,
+                      kDropCount = 221;
+constexpr unsigned kQueues = 8, kChannels = 3, kMaxSpLevel = 7;
 
 Reply unsupported(const Request &, Model &) {
     WireWriter out(kSize);
@@ -65,7 +52,7 @@ void put_counters(WireWriter &out, std::size_t at, const Json &section, const ch
 }
 
 Reply show(const Request &request, Model &model) {
-    const Json *section = served_section(model.interface(request.if_index));
+    const Json *section = served_section(model.interface(request.if_index), "/extended");
     if (section == nullptr) return unsupported(request, model);
     const Json &e = *section;
     WireWriter out(kSize);

@@ -63,14 +63,6 @@ const std::vector<std::string> kGroupCounters = {"rx_port_pkts",      "ucast_to_
                                                  "tx_port_pkts",      "ingress_discards16", "ingress_discards32",
                                                  "mcast_to_xbar",     "mcast_from_xbar"};
 
-// The section of an interface this command serves, or null.
-const Json *served_section(const Interface *i) {
-    if (i == nullptr || i->kind != InterfaceKind::ethernet || i->sub_intf || i->data == nullptr) return nullptr;
-    const Json *section = find(*i->data, "/queuing");
-    if (section == nullptr || !section->is_object() || !get_bool(*section, "/supported", true)) return nullptr;
-    return section;
-}
-
 Reply unsupported(const Request &, Model &) {
     WireWriter out(kHeaderSize);
     out.put_host32(4, QD_STATUS_UNSUPPORTED);
@@ -103,7 +95,7 @@ void put_group(WireWriter &out, std::size_t at, const Json &g) {
 
 Reply show(const Request &request, Model &model) {
     const Interface *i = model.interface(request.if_index);
-    const Json *section = served_section(i);
+    const Json *section = served_section(i, "/queuing");
     if (section == nullptr) return unsupported(request, model);
     const Json &q = *section;
 

@@ -65,7 +65,7 @@
 #include "core/wire_writer.hpp"
 #include "model/sections.hpp"
 #include "qdcli/wire.h"
-#include "shell/streams.hpp"
+#include "printer/streams.hpp"
 
 namespace qdsim::daemon {
 namespace {
@@ -385,7 +385,7 @@ void check_switch_report(const Checker &check) {
         check.fail("/host_interface", "no host interface named \"" + named->get<std::string>() + "\"");
 }
 
-const shell::StreamProducerRegistrar producer{switch_stream};
+const printer::StreamProducerRegistrar producer{switch_stream};
 const SectionRegistrar switch_report{Scope::root, "switch_report", check_switch_report};
 
 }  // namespace

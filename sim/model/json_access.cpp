@@ -95,14 +95,6 @@ std::uint32_t get_u32(const Json &base, std::string_view pointer, std::uint32_t 
     return static_cast<std::uint32_t>(get_u64(base, pointer, fallback));
 }
 
-std::int64_t get_i64(const Json &base, std::string_view pointer, std::int64_t fallback) {
-    const Json *v = find(base, pointer);
-    if (v == nullptr) return fallback;
-    if (v->is_number_integer()) return v->get<std::int64_t>();
-    std::uint64_t u = 0;
-    return read_unsigned(*v, u) ? static_cast<std::int64_t>(u) : fallback;
-}
-
 bool get_bool(const Json &base, std::string_view pointer, bool fallback) {
     const Json *v = find(base, pointer);
     if (v == nullptr) return fallback;
@@ -145,14 +137,5 @@ std::string index_token(std::size_t index) {
     return out;
 }
 
-std::string pointer_token(std::string_view token) {
-    std::string out = "/";
-    for (char c : token) {
-        if (c == '~') out += "~0";
-        else if (c == '/') out += "~1";
-        else out += c;
-    }
-    return out;
-}
 
 }  // namespace qdsim

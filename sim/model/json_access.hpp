@@ -11,11 +11,9 @@
 #include <string>
 #include <string_view>
 
-#include <nlohmann/json.hpp>
+#include "json_input.hpp"
 
 namespace qdsim {
-
-using Json = nlohmann::json;
 
 // The value at `pointer`, or null when there is none (or the pointer is malformed).
 const Json *find(const Json &base, std::string_view pointer);
@@ -25,7 +23,6 @@ Json *find(Json &base, std::string_view pointer);
 std::uint64_t get_u64(const Json &base, std::string_view pointer, std::uint64_t fallback = 0);
 // The low 32 bits of get_u64.
 std::uint32_t get_u32(const Json &base, std::string_view pointer, std::uint32_t fallback = 0);
-std::int64_t get_i64(const Json &base, std::string_view pointer, std::int64_t fallback = 0);
 // Booleans; a number counts as true when non-zero.
 bool get_bool(const Json &base, std::string_view pointer, bool fallback = false);
 std::string get_string(const Json &base, std::string_view pointer, const std::string &fallback = {});
@@ -44,8 +41,6 @@ void zero_counters(Json &value);
 // object, beside its configuration.
 void zero_counter_blocks(Json &value);
 
-// "/a/b" with each token escaped (~ and /).
-std::string pointer_token(std::string_view token);
 // "/3": the token of an array element.
 std::string index_token(std::size_t index);
 

@@ -6,21 +6,10 @@
 #include <cstdio>
 
 #include "core/lock.hpp"
+#include "interface_spelling.hpp"
 #include "model/scenario.hpp"
 
 namespace qdsim {
-
-std::string hex32(std::uint32_t v) {
-    char buf[16];
-    std::snprintf(buf, sizeof buf, "0x%08x", v);
-    return buf;
-}
-
-std::string hex(std::uint32_t v) {
-    char buf[16];
-    std::snprintf(buf, sizeof buf, "0x%x", v);
-    return buf;
-}
 
 std::string ethernet_name(std::uint32_t slot, std::uint32_t port) {
     return "Ethernet" + std::to_string(slot) + "/" + std::to_string(port);
@@ -44,13 +33,6 @@ std::uint32_t host_index(std::uint32_t extender, std::uint32_t module, std::uint
 
 namespace {
 
-std::string lower(std::string_view s) {
-    std::string out;
-    for (char c : s)
-        if (c != ' ' && c != '\t') out += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return out;
-}
-
 template <class T, class Pred>
 const T *find_if_ptr(const std::vector<T> &v, Pred pred) {
     auto it = std::find_if(v.begin(), v.end(), pred);
@@ -71,7 +53,7 @@ void Model::reindex() {
     by_lower_name_.clear();
     for (std::size_t i = 0; i < interfaces_.size(); ++i) {
         by_index_[interfaces_[i].if_index] = i;
-        by_lower_name_[lower(interfaces_[i].name)] = i;
+        by_lower_name_[fold_interface_name(interfaces_[i].name)] = i;
     }
 }
 
@@ -81,13 +63,13 @@ const Interface *Model::interface(std::uint32_t if_index) const {
 }
 
 const Interface *Model::interface_named(std::string_view canonical_name) const {
-    auto it = by_lower_name_.find(lower(canonical_name));
+    auto it = by_lower_name_.find(fold_interface_name(canonical_name));
     if (it == by_lower_name_.end() || interfaces_[it->second].name != canonical_name) return nullptr;
     return &interfaces_[it->second];
 }
 
 const Interface *Model::find_interface(std::string_view spelling) const {
-    const std::string s = lower(spelling);
+    const std::string s = fold_interface_name(spelling);
     if (s.empty()) return nullptr;
     std::uint64_t number = 0;
     if (read_unsigned(Json(s), number) ||
@@ -95,11 +77,7 @@ const Interface *Model::find_interface(std::string_view spelling) const {
          s.size() <= 10 && (number = std::stoull(s), true)))
         return number <= 0xffffffffu ? interface(static_cast<std::uint32_t>(number)) : nullptr;
     if (auto it = by_lower_name_.find(s); it != by_lower_name_.end()) return &interfaces_[it->second];
-    std::size_t letters = 0;
-    while (letters < s.size() && std::isalpha(static_cast<unsigned char>(s[letters]))) ++letters;
-    if (letters == 0 || letters == s.size() || !std::isdigit(static_cast<unsigned char>(s[letters]))) return nullptr;
-    if (std::string_view("ethernet").substr(0, letters) != std::string_view(s).substr(0, letters)) return nullptr;
-    auto it = by_lower_name_.find("ethernet" + s.substr(letters));
+    auto it = by_lower_name_.find(expand_interface_name(s));
     return it == by_lower_name_.end() ? nullptr : &interfaces_[it->second];
 }
 
@@ -124,39 +102,28 @@ const LineCard *Model::line_card_at_node(std::uint32_t node) const {
     return find_if_ptr(line_cards_, [&](const LineCard &c) { return c.node == node; });
 }
 
-std::int32_t Model::platform_type() const {
-    return static_cast<std::int32_t>(get_i64(state_, "/platform/type", 2));
-}
-std::uint32_t Model::vdc() const { return get_u32(state_, "/platform/vdc", 1); }
-std::uint16_t Model::card_id() const { return static_cast<std::uint16_t>(get_u32(state_, "/platform/card_id", 0)); }
-std::uint32_t Model::sw_card_id() const { return get_u32(state_, "/platform/sw_card_id", card_id()); }
-
-std::array<std::uint8_t, 8> Model::cos_map() const {
-    std::array<std::uint8_t, 8> map{};
-    for (unsigned cos = 0; cos < 8; ++cos)
-        map[cos] = static_cast<std::uint8_t>(get_u32(state_, "/cos_map/" + std::to_string(cos), cos / 2));
-    return map;
-}
-
-void Model::set_cos_map(const std::array<std::uint8_t, 8> &map) {
-    Json values = Json::array();
-    for (std::uint8_t q : map) values.push_back(q);
-    state_["cos_map"] = std::move(values);
+Json Model::typed_members() const {
+    Json faults = state_.value("faults", Json::array());
+    for (const Fault &f : faults_)
+        if (f.left) faults[f.position]["count"] = *f.left;
+    return {{"platform",
+             {{"type", platform_.type}, {"vdc", platform_.vdc}, {"card_id", platform_.card_id}, {"sw_card_id", platform_.sw_card_id}}},
+            {"cos_map", cos_map_},
+            {"clock", {{"ticks", ticks_}}},
+            {"faults", faults}};
 }
 
 std::optional<FaultAction> Model::take_fault(const FaultQuery &q) {
-    for (const Fault &f : faults_) {
+    for (Fault &f : faults_) {
         if (f.target != q.target) continue;
         if (f.command && (!q.command || *f.command != *q.command)) continue;
         if (f.if_index && (!q.if_index || *f.if_index != *q.if_index)) continue;
         if (f.extender && (!q.extender || *f.extender != *q.extender)) continue;
         if (f.operation && (!q.operation || *f.operation != *q.operation)) continue;
         if (f.mask && (!q.mask || *f.mask != *q.mask)) continue;
-        Json &entry = state_["faults"][f.position];
-        if (entry.contains("count")) {
-            const std::uint64_t left = get_u64(entry, "/count", 0);
-            if (left == 0) continue;  // spent
-            entry["count"] = left - 1;
+        if (f.left) {
+            if (*f.left == 0) continue;  // spent
+            --*f.left;
         }
         return f.action;
     }
@@ -170,21 +137,15 @@ namespace {
 // rates for the members of an object (or of each element of an array),
 // an array of rates for an array of as many values.
 void apply_rate(Json &target, const Json &rate, std::uint64_t ticks) {
-    if (rate.is_number_integer()) {
+    if ((rate.is_number_integer() || rate.is_object()) && target.is_array()) {
+        for (Json &element : target) apply_rate(element, rate, ticks);
+    } else if (rate.is_number_integer()) {
         std::uint64_t per_tick = 0, value = 0;
-        if (!read_unsigned(rate, per_tick) || per_tick == 0) return;
-        if (target.is_array()) {
-            for (Json &element : target) apply_rate(element, rate, ticks);
-        } else if (target.is_number_integer() && read_unsigned(target, value)) {
+        if (read_unsigned(rate, per_tick) && per_tick != 0 && target.is_number_integer() && read_unsigned(target, value))
             target = value + per_tick * ticks;
-        }
-    } else if (rate.is_object()) {
-        if (target.is_array()) {
-            for (Json &element : target) apply_rate(element, rate, ticks);
-        } else if (target.is_object()) {
-            for (auto it = rate.begin(); it != rate.end(); ++it)
-                if (auto found = target.find(it.key()); found != target.end()) apply_rate(*found, it.value(), ticks);
-        }
+    } else if (rate.is_object() && target.is_object()) {
+        for (auto it = rate.begin(); it != rate.end(); ++it)
+            if (auto found = target.find(it.key()); found != target.end()) apply_rate(*found, it.value(), ticks);
     } else if (rate.is_array() && target.is_array()) {
         for (std::size_t i = 0; i < rate.size() && i < target.size(); ++i) apply_rate(target[i], rate[i], ticks);
     }
@@ -241,6 +202,7 @@ Json Model::interface_entry(const Interface &i) {
 
 Json Model::state() const {
     Json doc = state_;
+    doc.update(typed_members());
     Json &all = doc["interfaces"] = Json::object();
     for (const Interface &i : interfaces_) all[i.name] = interface_entry(i);
     return doc;
@@ -256,8 +218,10 @@ bool Model::state_value(const std::string &pointer, Json &out) const {
     std::vector<std::string> tokens;
     for (Json::json_pointer rest = p; !rest.empty(); rest.pop_back()) tokens.insert(tokens.begin(), rest.back());
     if (tokens.front() != "interfaces") {
-        if (!state_.contains(p)) return false;
-        out = state_.at(p);
+        const Json typed = typed_members();
+        const Json &holder = typed.contains(tokens.front()) ? typed : state_;
+        if (!holder.contains(p)) return false;
+        out = holder.at(p);
         return true;
     }
     if (tokens.size() == 1) {
@@ -284,7 +248,6 @@ void Model::tick(std::uint64_t ticks) {
         counter = value + rate.per_tick * ticks;  // unsigned: wraps at 2^64 like the hardware's
     }
     ticks_ += ticks;
-    state_["clock"]["ticks"] = ticks_;
 }
 
 Model &current_model() {

@@ -34,6 +34,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/diagnostics.hpp"
 #include "model/faults.hpp"
 #include "model/json_access.hpp"
 
@@ -130,17 +131,24 @@ public:
     const LineCard *line_card_at_node(std::uint32_t node) const;
 
     // ---- Platform ----
-    std::int32_t platform_type() const;
-    std::uint32_t vdc() const;
-    std::uint16_t card_id() const;
-    std::uint32_t sw_card_id() const;
+    struct Platform {
+        std::int32_t type = 0;  // what sse_call 1077 answers
+        std::uint32_t vdc = 0;
+        std::uint16_t card_id = 0;
+        std::uint32_t sw_card_id = 0;
+    };
+    std::int32_t platform_type() const { return platform_.type; }
+    std::uint32_t vdc() const { return platform_.vdc; }
+    std::uint16_t card_id() const { return platform_.card_id; }
+    std::uint32_t sw_card_id() const { return platform_.sw_card_id; }
 
     // Multicast queue of each CoS (/cos_map).
-    std::array<std::uint8_t, 8> cos_map() const;
-    void set_cos_map(const std::array<std::uint8_t, 8> &map);
+    const std::array<std::uint8_t, 8> &cos_map() const { return cos_map_; }
+    void set_cos_map(const std::array<std::uint8_t, 8> &map) { cos_map_ = map; }
 
     // ---- The document ----
-    // Everything but the interfaces' data, which the interfaces hold.
+    // The sections of the top level, the extenders' and line cards' data
+    // (the interfaces hold theirs; the platform, CoS map and clock are typed).
     Json &root() { return state_; }
     const Json &root() const { return state_; }
     // The whole document, interfaces included, as of now (a copy).
@@ -174,8 +182,13 @@ public:
 private:
     friend class ModelBuilder;
 
+    // The members of the top level that are typed, as the document shows them.
+    Json typed_members() const;
+
     bool counters_cleared_ = false;
     std::uint64_t ticks_ = 0;
+    Platform platform_;
+    std::array<std::uint8_t, 8> cos_map_{};
 
     struct Fault {
         FaultTarget target = FaultTarget::daemon;
@@ -186,6 +199,7 @@ private:
         std::optional<std::string> operation;
         std::optional<std::uint64_t> mask;
         std::size_t position = 0;  // index in /faults
+        std::optional<std::uint64_t> left;  // uses left, when counted
     };
     struct Rate {
         Json::json_pointer target;
@@ -223,8 +237,5 @@ std::string host_name(std::uint32_t extender, std::uint32_t module, std::uint32_
 std::uint32_t ethernet_index(std::uint8_t type, std::uint32_t slot, std::uint32_t port, std::uint32_t sub_id = 0);
 std::uint32_t host_index(std::uint32_t extender, std::uint32_t module, std::uint32_t port);
 
-std::string hex32(std::uint32_t v);
-// The same without leading zeros ("0x1a").
-std::string hex(std::uint32_t v);
 
 }  // namespace qdsim

@@ -13,8 +13,10 @@
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
 #include "model/embedded.hpp"
-#include "model/json_input.hpp"
-#include "model/merge.hpp"
+#include "interface_spelling.hpp"
+#include "json_input.hpp"
+#include "merge.hpp"
+#include "model/policy.hpp"
 #include "model/sections.hpp"
 
 namespace qdsim {
@@ -83,11 +85,6 @@ bool contains(const std::vector<std::string> &names, const std::string &name) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-std::string lower(std::string s) {
-    for (char &c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return s;
-}
-
 }  // namespace
 
 class ModelBuilder {
@@ -120,7 +117,6 @@ public:
         build_root_sections();
         out_.erase("interfaces");  // the interfaces hold their data themselves
         model_->state_ = std::move(out_);
-        model_->ticks_ = get_u64(model_->state_, "/clock/ticks", 0);
         attach_data_pointers();
         build_rates();
         model_->reindex();
@@ -193,10 +189,48 @@ private:
         return out;
     }
 
-    std::uint64_t required_unsigned(const Json &obj, const std::string &pointer, const std::string &name,
-                                    std::uint64_t min, std::uint64_t max) const {
-        if (!obj.contains(name)) fail(pointer, "missing member \"" + name + "\"");
-        return unsigned_at(obj[name], pointer + pointer_token(name), min, max);
+    // A member of a declared object, checked against its policy: its value
+    // (a signed one as its two's complement), its default when it is not
+    // given, nullopt when it has none.
+    std::optional<std::uint64_t> value_of(const Json &obj, const std::string &pointer, const policy::Member &m) const {
+        const std::string name(m.name);
+        if (!obj.contains(name)) {
+            if (m.required) fail(pointer, "missing member \"" + name + "\"");
+            if (m.has_default) return static_cast<std::uint64_t>(m.fallback);
+            return std::nullopt;
+        }
+        const Json &v = obj[name];
+        const std::string at = pointer + pointer_token(name);
+        switch (m.type) {
+        case policy::Type::signed32:
+            if (!v.is_number_integer() || v.get<std::int64_t>() < INT32_MIN || v.get<std::int64_t>() > INT32_MAX)
+                fail(at, "expected a signed 32-bit integer");
+            return static_cast<std::uint64_t>(v.get<std::int64_t>());
+        case policy::Type::text:
+            if (!v.is_string()) fail(at, "expected a text");
+            return 0;
+        case policy::Type::any: return 0;
+        case policy::Type::unsigned_int: break;
+        }
+        return unsigned_at(v, at, m.min, m.max);
+    }
+
+    static const policy::Member &policy_of(std::span<const policy::Member> table, std::string_view name) {
+        for (const policy::Member &m : table)
+            if (m.name == name) return m;
+        throw std::logic_error("no policy for member " + std::string(name));
+    }
+
+    std::uint64_t value_of(const Json &obj, const std::string &pointer, std::span<const policy::Member> table,
+                           std::string_view name) const {
+        return value_of(obj, pointer, policy_of(table, name)).value_or(0);
+    }
+
+    // The names of a policy table's members.
+    static std::vector<std::string> names_of(std::span<const policy::Member> table) {
+        std::vector<std::string> out;
+        for (const policy::Member &m : table) out.emplace_back(m.name);
+        return out;
     }
 
     void members_among(const Json &obj, const std::string &pointer, const std::vector<std::string> &names,
@@ -219,15 +253,8 @@ private:
     // The pending interface a reference names: its canonical name or a
     // spelling the shell accepts ("eth1/3", "e101/1/2"), in any case.
     PendingInterface *referenced(const std::string &name) {
-        std::string key = lower(name);
-        key.erase(std::remove(key.begin(), key.end(), ' '), key.end());
-        auto it = by_name_.find(key);
-        if (it == by_name_.end()) {
-            std::size_t letters = 0;
-            while (letters < key.size() && std::isalpha(static_cast<unsigned char>(key[letters]))) ++letters;
-            if (letters > 0 && letters < key.size() && std::string("ethernet").compare(0, letters, key, 0, letters) == 0)
-                it = by_name_.find("ethernet" + key.substr(letters));
-        }
+        auto it = by_name_.find(fold_interface_name(name));
+        if (it == by_name_.end()) it = by_name_.find(expand_interface_name(name));
         return it == by_name_.end() ? nullptr : &ifaces_[it->second];
     }
 
@@ -237,7 +264,7 @@ private:
         auto one = [&](const Json &item, const std::string &p) {
             std::uint64_t first = 0, last = 0;
             if (item.is_number()) {
-                first = last = unsigned_at(item, p, 1, 256);
+                first = last = unsigned_at(item, p, 1, policy::kMaxPort);
             } else if (item.is_string()) {
                 const std::string s = item.get<std::string>();
                 const std::size_t dash = s.find('-');
@@ -252,8 +279,9 @@ private:
                 auto number = [](const std::string &t) -> std::uint64_t { return t.size() > 9 ? UINT64_MAX : std::stoull(t); };
                 first = number(a);
                 last = number(b);
-                if (first < 1 || last > 256 || first > last)
-                    fail(p, "port range \"" + s + "\" is not within 1-256 in ascending order");
+                if (first < 1 || last > policy::kMaxPort || first > last)
+                    fail(p, "port range \"" + s + "\" is not within 1-" + std::to_string(policy::kMaxPort) +
+                                " in ascending order");
             } else {
                 fail(p, "expected a port number or a range such as \"1-48\"");
             }
@@ -266,6 +294,30 @@ private:
         }
         if (ports.empty()) fail(pointer, "no ports");
         return ports;
+    }
+
+    // Each entry of the array `name` of the top level (none when it is not
+    // given), checked to be an object, with its pointer and position.
+    template <class Each>
+    void for_each_entry(const std::string &name, Each each) {
+        const Json *list = member("", name);
+        if (list == nullptr) return;
+        array_at(*list, "/" + name);
+        for (std::size_t i = 0; i < list->size(); ++i) {
+            const std::string pointer = "/" + name + "/" + std::to_string(i);
+            each(object_at((*list)[i], pointer), pointer, i);
+        }
+    }
+
+    // Each member of the object `name` of the top level (none when it is not
+    // given), with its pointer.
+    template <class Each>
+    void for_each_member(const std::string &name, Each each) {
+        const Json *object = member("", name);
+        if (object == nullptr) return;
+        object_at(*object, "/" + name);
+        for (auto it = object->begin(); it != object->end(); ++it)
+            each(it.key(), it.value(), "/" + name + pointer_token(it.key()));
     }
 
     // ---- Top level ----
@@ -281,58 +333,48 @@ private:
         }
     }
 
+    // A member of the top level whose members a policy table fixes: checked
+    // against it; an empty object when it is not given.
+    const Json &fixed_object(const std::string &name, std::span<const policy::Member> table, const std::string &what) const {
+        static const Json empty = Json::object();
+        const Json *given = member("", name);
+        if (given == nullptr) return empty;
+        object_at(*given, "/" + name);
+        members_among(*given, "/" + name, names_of(table), what);
+        return *given;
+    }
+
     void build_platform() {
-        Json platform = {{"type", 2}, {"vdc", 1}, {"card_id", 0}};
-        if (const Json *p = member("", "platform")) {
-            object_at(*p, "/platform");
-            members_among(*p, "/platform", {"type", "vdc", "card_id", "sw_card_id"}, "the platform");
-            if (p->contains("type")) {
-                const Json &t = (*p)["type"];
-                if (!t.is_number_integer() || t.get<std::int64_t>() < INT32_MIN || t.get<std::int64_t>() > INT32_MAX)
-                    fail("/platform/type", "expected a signed 32-bit integer");
-                platform["type"] = t.get<std::int64_t>();
-            }
-            if (p->contains("vdc")) platform["vdc"] = unsigned_at((*p)["vdc"], "/platform/vdc", 0, UINT32_MAX);
-            if (p->contains("card_id")) platform["card_id"] = unsigned_at((*p)["card_id"], "/platform/card_id", 0, 0xffff);
-            if (p->contains("sw_card_id"))
-                platform["sw_card_id"] = unsigned_at((*p)["sw_card_id"], "/platform/sw_card_id", 0, UINT32_MAX);
-        }
-        if (!platform.contains("sw_card_id")) platform["sw_card_id"] = platform["card_id"];
-        out_["platform"] = std::move(platform);
+        const Json &given = fixed_object("platform", policy::kPlatform, "the platform");
+        Model::Platform &platform = model_->platform_;
+        platform.type = static_cast<std::int32_t>(value_of(given, "/platform", policy::kPlatform, "type"));
+        platform.vdc = static_cast<std::uint32_t>(value_of(given, "/platform", policy::kPlatform, "vdc"));
+        platform.card_id = static_cast<std::uint16_t>(value_of(given, "/platform", policy::kPlatform, "card_id"));
+        platform.sw_card_id = static_cast<std::uint32_t>(
+            value_of(given, "/platform", policy_of(policy::kPlatform, "sw_card_id")).value_or(platform.card_id));
     }
 
     void build_cos_map() {
-        Json map = Json::array({0, 0, 1, 1, 2, 2, 3, 3});
-        if (const Json *m = member("", "cos_map")) {
-            array_at(*m, "/cos_map");
-            if (m->size() != 8) fail("/cos_map", "expected the queues of the 8 CoS values, found " + std::to_string(m->size()));
-            for (std::size_t cos = 0; cos < 8; ++cos)
-                map[cos] = unsigned_at((*m)[cos], "/cos_map/" + std::to_string(cos), 0, 3);
-        }
-        out_["cos_map"] = std::move(map);
+        std::copy(std::begin(policy::kCosMap), std::end(policy::kCosMap), model_->cos_map_.begin());
+        const Json *m = member("", "cos_map");
+        if (m == nullptr) return;
+        array_at(*m, "/cos_map");
+        if (m->size() != 8) fail("/cos_map", "expected the queues of the 8 CoS values, found " + std::to_string(m->size()));
+        for (std::size_t cos = 0; cos < 8; ++cos)
+            model_->cos_map_[cos] =
+                static_cast<std::uint8_t>(unsigned_at((*m)[cos], "/cos_map/" + std::to_string(cos), 0, policy::kMaxQueue));
     }
 
     void build_clock() {
-        std::uint64_t ticks = 0;
-        if (const Json *c = member("", "clock")) {
-            object_at(*c, "/clock");
-            members_among(*c, "/clock", {"ticks"}, "the clock");
-            if (c->contains("ticks")) ticks = unsigned_at((*c)["ticks"], "/clock/ticks", 0, UINT64_MAX);
-        }
-        out_["clock"] = {{"ticks", ticks}};
+        model_->ticks_ = value_of(fixed_object("clock", policy::kClock, "the clock"), "/clock", policy::kClock, "ticks");
     }
 
     void read_defaults() {
-        const Json *d = member("", "defaults");
-        if (d == nullptr) return;
-        object_at(*d, "/defaults");
-        for (auto it = d->begin(); it != d->end(); ++it) {
-            const std::string pointer = "/defaults" + pointer_token(it.key());
-            if (!contains(kDefaultKinds, it.key()))
-                fail(pointer, "unknown interface kind \"" + it.key() + "\" (known: " + join(kDefaultKinds) + ")", true);
-            object_at(it.value(), pointer);
-            defaults_[it.key()] = Layer{pointer, &it.value()};
-        }
+        for_each_member("defaults", [&](const std::string &kind, const Json &value, const std::string &pointer) {
+            if (!contains(kDefaultKinds, kind))
+                fail(pointer, "unknown interface kind \"" + kind + "\" (known: " + join(kDefaultKinds) + ")", true);
+            defaults_[kind] = Layer{pointer, &object_at(value, pointer)};
+        });
     }
 
     void with_defaults(Origin &origin, const std::string &kind) const {
@@ -352,16 +394,11 @@ private:
     }
 
     void declare_line_cards() {
-        const Json *cards = member("", "line_cards");
-        if (cards == nullptr) return;
-        array_at(*cards, "/line_cards");
-        for (std::size_t i = 0; i < cards->size(); ++i) {
-            const std::string pointer = "/line_cards/" + std::to_string(i);
-            const Json &entry = object_at((*cards)[i], pointer);
-            const std::uint32_t slot = static_cast<std::uint32_t>(required_unsigned(entry, pointer, "slot", 1, 255));
+        for_each_entry("line_cards", [&](const Json &entry, const std::string &pointer, std::size_t) {
+            const auto slot = static_cast<std::uint32_t>(value_of(entry, pointer, policy::kLineCard, "slot"));
             if (cards_.count(slot)) fail(pointer + "/slot", "line card in slot " + std::to_string(slot) + " declared twice");
-            add_card(slot, pointer, extras(entry, {"slot"}));
-        }
+            add_card(slot, pointer, extras(entry, names_of(policy::kLineCard)));
+        });
     }
 
     void add_interface(PendingInterface pending, const std::string &pointer) {
@@ -369,7 +406,7 @@ private:
         // control character, valid UTF-8.
         if (std::string why; !plain_text(pending.identity.name, why))
             fail(pointer, "an interface name must be plain text: " + why);
-        const std::string key = lower(pending.identity.name);
+        const std::string key = fold_interface_name(pending.identity.name);
         if (auto it = by_name_.find(key); it != by_name_.end()) {
             const SourcePosition first = position_of(src_.positions, ifaces_[it->second].origin.declaration);
             fail(pointer, "interface " + pending.identity.name + " declared twice" +
@@ -385,55 +422,42 @@ private:
 
     void declare_ethernet() {
         Json normalized = Json::array();
-        if (const Json *eth = member("", "ethernet")) {
-            array_at(*eth, "/ethernet");
-            for (std::size_t i = 0; i < eth->size(); ++i) {
-                const std::string pointer = "/ethernet/" + std::to_string(i);
-                const Json &entry = object_at((*eth)[i], pointer);
-                const std::uint32_t slot = static_cast<std::uint32_t>(required_unsigned(entry, pointer, "slot", 1, 255));
-                std::uint8_t type = 26;
-                if (entry.contains("type")) {
-                    const std::uint64_t t = unsigned_at(entry["type"], pointer + "/type", 0, 255);
-                    if (t != 26 && t != 1) fail(pointer + "/type", "an Ethernet interface has type 26 or 1, not " + std::to_string(t));
-                    type = static_cast<std::uint8_t>(t);
-                }
-                if (!entry.contains("ports")) fail(pointer, "missing member \"ports\"");
-                const std::vector<std::uint32_t> ports = ports_at(entry["ports"], pointer + "/ports");
-                if (!cards_.count(slot)) add_card(slot, pointer + "/slot", nullptr);
-                const Json *data = extras(entry, {"slot", "ports", "type"});
-                for (std::uint32_t port : ports) {
-                    PendingInterface p;
-                    p.identity.name = ethernet_name(slot, port);
-                    p.identity.if_index = ethernet_index(type, slot, port);
-                    p.identity.type = type;
-                    p.identity.kind = InterfaceKind::ethernet;
-                    p.identity.slot = static_cast<std::uint8_t>(slot);
-                    p.identity.port = static_cast<std::uint16_t>(port);
-                    p.scope = Scope::ethernet;
-                    p.origin.declaration = pointer + "/ports";
-                    with_defaults(p.origin, "ethernet");
-                    p.origin.layers.push_back({pointer, data});
-                    add_interface(std::move(p), pointer + "/ports");
-                }
-                normalized.push_back({{"slot", slot}, {"ports", entry["ports"]}, {"type", type}});
+        for_each_entry("ethernet", [&](const Json &entry, const std::string &pointer, std::size_t) {
+            const auto slot = static_cast<std::uint32_t>(value_of(entry, pointer, policy::kEthernet, "slot"));
+            const auto type = static_cast<std::uint8_t>(value_of(entry, pointer, policy::kEthernet, "type"));
+            if (std::find(std::begin(policy::kEthernetTypes), std::end(policy::kEthernetTypes), type) ==
+                std::end(policy::kEthernetTypes))
+                fail(pointer + "/type", "an Ethernet interface has type 26 or 1, not " + std::to_string(type));
+            if (!entry.contains("ports")) fail(pointer, "missing member \"ports\"");
+            const std::vector<std::uint32_t> ports = ports_at(entry["ports"], pointer + "/ports");
+            if (!cards_.count(slot)) add_card(slot, pointer + "/slot", nullptr);
+            std::vector<std::string> identity = names_of(policy::kEthernet);
+            identity.push_back("ports");
+            const Json *data = extras(entry, identity);
+            for (std::uint32_t port : ports) {
+                PendingInterface p;
+                p.identity.name = ethernet_name(slot, port);
+                p.identity.if_index = ethernet_index(type, slot, port);
+                p.identity.type = type;
+                p.identity.kind = InterfaceKind::ethernet;
+                p.identity.slot = static_cast<std::uint8_t>(slot);
+                p.identity.port = static_cast<std::uint16_t>(port);
+                p.scope = Scope::ethernet;
+                p.origin.declaration = pointer + "/ports";
+                with_defaults(p.origin, "ethernet");
+                p.origin.layers.push_back({pointer, data});
+                add_interface(std::move(p), pointer + "/ports");
             }
-        }
+            normalized.push_back({{"slot", slot}, {"ports", entry["ports"]}, {"type", type}});
+        });
         out_["ethernet"] = std::move(normalized);
     }
 
     // "Ethernet1/5.100" and the spellings the shell accepts for it.
-    bool parse_sub_name(const std::string &name, std::uint32_t &slot, std::uint32_t &port, std::uint32_t &sub) const {
-        std::string s = lower(name);
-        std::size_t letters = 0;
-        while (letters < s.size() && std::isalpha(static_cast<unsigned char>(s[letters]))) ++letters;
-        if (letters == 0 || std::string("ethernet").compare(0, letters, s, 0, letters) != 0) return false;
-        unsigned a = 0, b = 0, c = 0;
+    static bool parse_sub_name(const std::string &name, std::uint32_t &slot, std::uint32_t &port, std::uint32_t &sub) {
+        const std::string s = expand_interface_name(name);
         char tail = 0;
-        if (std::sscanf(s.c_str() + letters, "%u/%u.%u%c", &a, &b, &c, &tail) != 3) return false;
-        slot = a;
-        port = b;
-        sub = c;
-        return true;
+        return s.compare(0, 8, "ethernet") == 0 && std::sscanf(s.c_str() + 8, "%u/%u.%u%c", &slot, &port, &sub, &tail) == 3;
     }
 
     void declare_sub_interfaces() {
@@ -459,13 +483,15 @@ private:
                 std::uint32_t slot = 0, port = 0, sub = 0;
                 if (!parse_sub_name(name, slot, port, sub))
                     fail(name_pointer, "\"" + name + "\" is not a sub-interface name such as Ethernet1/5.100");
-                if (sub < 1 || sub > 255) fail(name_pointer, "sub-interface number " + std::to_string(sub) + " is out of range 1-255");
-                auto parent = by_name_.find(lower(ethernet_name(slot, port)));
+                if (sub < 1 || sub > policy::kMaxSubInterface)
+                    fail(name_pointer, "sub-interface number " + std::to_string(sub) + " is out of range 1-" +
+                                           std::to_string(policy::kMaxSubInterface));
+                auto parent = by_name_.find(fold_interface_name(ethernet_name(slot, port)));
                 if (parent == by_name_.end() || ifaces_[parent->second].identity.kind != InterfaceKind::ethernet ||
                     ifaces_[parent->second].identity.sub_intf)
                     fail(name_pointer, "no Ethernet interface " + ethernet_name(slot, port) + " for " + name);
                 const Interface &main = ifaces_[parent->second].identity;
-                if (main.type != 26) fail(name_pointer, main.name + " has type " + std::to_string(main.type) + "; only type 26 has sub-interfaces");
+                if (main.type != policy::kEthernetTypes[0]) fail(name_pointer, main.name + " has type " + std::to_string(main.type) + "; only type 26 has sub-interfaces");
                 PendingInterface p;
                 p.identity = main;
                 p.identity.name = sub_interface_name(slot, port, sub);
@@ -488,27 +514,21 @@ private:
     }
 
     void declare_extenders() {
-        const Json *exts = member("", "extenders");
-        if (exts == nullptr) return;
-        array_at(*exts, "/extenders");
         std::map<std::uint32_t, std::string> uplink_taken;
-        for (std::size_t i = 0; i < exts->size(); ++i) {
-            const std::string pointer = "/extenders/" + std::to_string(i);
-            const Json &entry = object_at((*exts)[i], pointer);
+        for_each_entry("extenders", [&](const Json &entry, const std::string &pointer, std::size_t) {
             PendingExtender e;
-            e.identity.number = static_cast<std::uint16_t>(required_unsigned(entry, pointer, "number", 100, 199));
+            e.identity.number = static_cast<std::uint16_t>(value_of(entry, pointer, policy::kExtender, "number"));
             for (const PendingExtender &other : extenders_)
                 if (other.identity.number == e.identity.number)
                     fail(pointer + "/number", "extender " + std::to_string(e.identity.number) + " declared twice");
-            const std::uint32_t slot = static_cast<std::uint32_t>(required_unsigned(entry, pointer, "slot", 1, 255));
+            const auto slot = static_cast<std::uint32_t>(value_of(entry, pointer, policy::kExtender, "slot"));
             if (cards_.count(slot)) fail(pointer + "/slot", "slot " + std::to_string(slot) + " holds a line card");
             for (const PendingExtender &other : extenders_)
                 if (other.identity.slot == slot)
                     fail(pointer + "/slot", "slot " + std::to_string(slot) + " holds extender " + std::to_string(other.identity.number));
             e.identity.slot = static_cast<std::uint8_t>(slot);
-            e.identity.node = Model::slot_node(slot);
-            if (entry.contains("node"))
-                e.identity.node = static_cast<std::uint32_t>(unsigned_at(entry["node"], pointer + "/node", 1, 0xffff));
+            e.identity.node = static_cast<std::uint32_t>(
+                value_of(entry, pointer, policy_of(policy::kExtender, "node")).value_or(Model::slot_node(slot)));
             for (const PendingExtender &other : extenders_)
                 if (other.identity.node == e.identity.node)
                     fail(pointer + "/node", "node " + hex32(e.identity.node) + " is extender " + std::to_string(other.identity.number) + "'s");
@@ -548,13 +568,13 @@ private:
                 normalized_uplinks.push_back(uplink.name);
             }
 
-            const Json ports_value = entry.contains("ports") ? entry["ports"] : Json("1-48");
+            const Json ports_value = entry.contains("ports") ? entry["ports"] : Json(std::string(policy::kExtenderPorts));
             const std::vector<std::uint32_t> ports = ports_at(ports_value, pointer + "/ports");
             for (std::uint32_t port : ports) {
                 PendingInterface p;
                 p.identity.name = host_name(e.identity.number, 1, port);
                 p.identity.if_index = host_index(e.identity.number, 1, port);
-                p.identity.type = 31;
+                p.identity.type = policy::kHostType;
                 p.identity.kind = InterfaceKind::host;
                 p.identity.slot = e.identity.slot;
                 p.identity.port = static_cast<std::uint16_t>(port);
@@ -570,65 +590,58 @@ private:
 
             e.origin.declaration = pointer;
             with_defaults(e.origin, "extender");
-            e.origin.layers.push_back({pointer, extras(entry, {"number", "slot", "node", "uplink", "uplinks", "ports"})});
+            std::vector<std::string> identity = names_of(policy::kExtender);
+            identity.insert(identity.end(), {"uplink", "uplinks", "ports"});
+            e.origin.layers.push_back({pointer, extras(entry, identity)});
             e.normalized = {{"number", e.identity.number},
                             {"slot", slot},
                             {"node", hex32(e.identity.node)},
                             {"uplinks", normalized_uplinks},
                             {"ports", ports_value}};
             extenders_.push_back(std::move(e));
-        }
+        });
     }
 
     void declare_other_interfaces() {
         Json normalized = Json::array();
-        if (const Json *others = member("", "other_interfaces")) {
-            array_at(*others, "/other_interfaces");
-            // Their default indexes count in 16 bits: more do not fit, and
-            // are refused before anything is built for them.
-            if (others->size() > kMaxOtherInterfaces)
-                fail("/other_interfaces", std::to_string(others->size()) + " interfaces: at most " +
-                                              std::to_string(kMaxOtherInterfaces) + " fit the interface-index space");
-            for (std::size_t i = 0; i < others->size(); ++i) {
-                const std::string pointer = "/other_interfaces/" + std::to_string(i);
-                const Json &entry = object_at((*others)[i], pointer);
-                if (!entry.contains("name") || !entry["name"].is_string() || entry["name"].get<std::string>().empty())
-                    fail(pointer, "missing text member \"name\"");
-                const std::uint64_t type = required_unsigned(entry, pointer, "type", 0, 255);
-                if (type == 26 || type == 1 || type == 31)
-                    fail(pointer + "/type", "type " + std::to_string(type) + " belongs to Ethernet and host interfaces, which are declared under \"ethernet\" and \"extenders\"");
-                std::uint32_t if_index = (static_cast<std::uint32_t>(type) << 24) | 0x00ff0000u | static_cast<std::uint32_t>(i + 1);
-                if (entry.contains("if_index"))
-                    if_index = static_cast<std::uint32_t>(unsigned_at(entry["if_index"], pointer + "/if_index", 1, UINT32_MAX));
-                PendingInterface p;
-                p.identity.name = entry["name"].get<std::string>();
-                p.identity.if_index = if_index;
-                p.identity.type = static_cast<std::uint8_t>(type);
-                p.identity.kind = InterfaceKind::other;
-                p.scope = Scope::other;
-                p.origin.declaration = pointer;
-                with_defaults(p.origin, "other");
-                p.origin.layers.push_back({pointer, extras(entry, {"name", "type", "if_index"})});
-                add_interface(std::move(p), pointer + "/name");
-                normalized.push_back({{"name", entry["name"]}, {"type", type}, {"if_index", hex32(if_index)}});
-            }
-        }
+        // Their default indexes count in 16 bits: more do not fit, and are
+        // refused before anything is built for them.
+        if (const Json *others = member("", "other_interfaces"); others && others->is_array() && others->size() > kMaxOtherInterfaces)
+            fail("/other_interfaces", std::to_string(others->size()) + " interfaces: at most " +
+                                          std::to_string(kMaxOtherInterfaces) + " fit the interface-index space");
+        for_each_entry("other_interfaces", [&](const Json &entry, const std::string &pointer, std::size_t i) {
+            value_of(entry, pointer, policy::kOther, "name");
+            if (entry["name"].get<std::string>().empty()) fail(pointer + "/name", "an interface name is not empty");
+            const std::uint64_t type = value_of(entry, pointer, policy::kOther, "type");
+            if (type == policy::kEthernetTypes[0] || type == policy::kEthernetTypes[1] || type == policy::kHostType)
+                fail(pointer + "/type", "type " + std::to_string(type) + " belongs to Ethernet and host interfaces, which are declared under \"ethernet\" and \"extenders\"");
+            const auto if_index = static_cast<std::uint32_t>(
+                value_of(entry, pointer, policy_of(policy::kOther, "if_index"))
+                    .value_or((type << 24) | 0x00ff0000u | static_cast<std::uint32_t>(i + 1)));
+            PendingInterface p;
+            p.identity.name = entry["name"].get<std::string>();
+            p.identity.if_index = if_index;
+            p.identity.type = static_cast<std::uint8_t>(type);
+            p.identity.kind = InterfaceKind::other;
+            p.scope = Scope::other;
+            p.origin.declaration = pointer;
+            with_defaults(p.origin, "other");
+            p.origin.layers.push_back({pointer, extras(entry, names_of(policy::kOther))});
+            add_interface(std::move(p), pointer + "/name");
+            normalized.push_back({{"name", entry["name"]}, {"type", type}, {"if_index", hex32(if_index)}});
+        });
         out_["other_interfaces"] = std::move(normalized);
     }
 
     void apply_interface_overrides() {
-        const Json *overrides = member("", "interfaces");
-        if (overrides == nullptr) return;
-        object_at(*overrides, "/interfaces");
-        for (auto it = overrides->begin(); it != overrides->end(); ++it) {
-            const std::string pointer = "/interfaces" + pointer_token(it.key());
-            auto found = by_name_.find(lower(it.key()));
+        for_each_member("interfaces", [&](const std::string &name, const Json &value, const std::string &pointer) {
+            auto found = by_name_.find(fold_interface_name(name));
             if (found == by_name_.end())
-                fail(pointer, "no interface named \"" + it.key() + "\"", true);
+                fail(pointer, "no interface named \"" + name + "\"", true);
             PendingInterface &p = ifaces_[found->second];
-            if (p.identity.name != it.key())
+            if (p.identity.name != name)
                 fail(pointer, "write the interface's name as " + p.identity.name, true);
-            const Json &entry = object_at(it.value(), pointer);
+            const Json &entry = object_at(value, pointer);
             if (entry.contains("if_index")) {
                 std::uint64_t given = 0;
                 if (!read_unsigned(entry["if_index"], given) || given != p.identity.if_index)
@@ -637,7 +650,7 @@ private:
             }
             p.origin.layers.push_back({pointer, extras(entry, {"if_index"})});
             ++p.own_layers;
-        }
+        });
     }
 
     // ---- Entity data ----
@@ -814,145 +827,109 @@ private:
     Json build_fault(const Json &entry, std::size_t index) {
         const std::string pointer = "/faults/" + std::to_string(index);
         object_at(entry, pointer);
-        static const std::map<std::string, FaultTarget> targets = {
-            {"daemon", FaultTarget::daemon}, {"agent", FaultTarget::agent},   {"sse", FaultTarget::sse},
-            {"enumeration", FaultTarget::enumeration}, {"statscl", FaultTarget::statscl},
-            {"card", FaultTarget::card},     {"debug", FaultTarget::debug}};
-        static const std::map<std::string, FaultKind> kinds = {
-            {"send_failure", FaultKind::send_failure},   {"recv_failure", FaultKind::recv_failure},
-            {"empty_payload", FaultKind::empty_payload}, {"short_payload", FaultKind::short_payload},
-            {"unsupported", FaultKind::unsupported},     {"failure", FaultKind::failure},
-            {"bad_status", FaultKind::bad_status},       {"slow_reply", FaultKind::slow_reply}};
-
-        auto text_member = [&](const std::string &name) -> std::string {
-            if (!entry.contains(name)) fail(pointer, "missing member \"" + name + "\"");
-            if (!entry[name].is_string()) fail(pointer + "/" + name, "expected a text");
-            return entry[name].get<std::string>();
+        auto text = [&](std::string_view name) {
+            value_of(entry, pointer, policy::kFault, name);
+            return entry[std::string(name)].get<std::string>();
         };
-        const std::string target_name = text_member("target");
-        auto target = targets.find(target_name);
-        if (target == targets.end())
-            fail(pointer + "/target", "unknown fault target \"" + target_name +
-                                          "\" (known: daemon, agent, sse, enumeration, statscl, card, debug)");
-        const std::string kind_name = text_member("kind");
-        auto kind = kinds.find(kind_name);
-        if (kind == kinds.end())
-            fail(pointer + "/kind", "unknown fault kind \"" + kind_name + "\"");
+        const std::string target_name = text("target");
+        const auto *target = std::find_if(std::begin(policy::kFaultTargets), std::end(policy::kFaultTargets),
+                                          [&](const auto &t) { return t.name == target_name; });
+        if (target == std::end(policy::kFaultTargets)) {
+            std::vector<std::string> known;
+            for (const auto &t : policy::kFaultTargets) known.emplace_back(t.name);
+            fail(pointer + "/target", "unknown fault target \"" + target_name + "\" (known: " + join(known) + ")");
+        }
+        const std::string kind_name = text("kind");
+        const auto *kind = std::find_if(std::begin(policy::kFaultKinds), std::end(policy::kFaultKinds),
+                                        [&](const auto &k) { return k.name == kind_name; });
+        if (kind == std::end(policy::kFaultKinds)) fail(pointer + "/kind", "unknown fault kind \"" + kind_name + "\"");
+
+        std::vector<std::string> allowed(std::begin(policy::kFaultCommon), std::end(policy::kFaultCommon));
+        allowed.insert(allowed.end(), target->members.begin(), target->members.end());
+        members_among(entry, pointer, allowed, "a fault of the " + target_name);
+        if (std::find(target->kinds.begin(), target->kinds.end(), kind_name) == target->kinds.end())
+            fail(pointer + "/kind", "a fault of the " + target_name + " is one of: " +
+                                        join(std::vector<std::string>(target->kinds.begin(), target->kinds.end())));
 
         Model::Fault f;
-        f.target = target->second;
-        f.action.kind = kind->second;
+        f.target = target->target;
+        f.action.kind = kind->kind;
+        f.action.error = kind->error;
         f.position = index;
-
-        std::vector<std::string> allowed = {"target", "kind", "count", "description"};
-        std::vector<std::string> allowed_kinds;
-        switch (f.target) {
-        case FaultTarget::daemon:
-            allowed.insert(allowed.end(), {"command", "interface", "error", "bytes", "milliseconds"});
-            allowed_kinds = {"send_failure", "recv_failure", "empty_payload", "short_payload", "unsupported", "slow_reply"};
-            break;
-        case FaultTarget::agent:
-            allowed.insert(allowed.end(), {"command", "interface", "extender", "error", "bytes", "milliseconds"});
-            allowed_kinds = {"send_failure", "recv_failure", "empty_payload", "short_payload", "unsupported", "slow_reply"};
-            break;
-        case FaultTarget::sse:
-            allowed.insert(allowed.end(), {"operation", "error"});
-            allowed_kinds = {"failure"};
-            break;
-        case FaultTarget::enumeration:
-            allowed.insert(allowed.end(), {"mask", "error"});
-            allowed_kinds = {"failure", "bad_status"};
-            break;
-        case FaultTarget::statscl:
-            allowed.insert(allowed.end(), {"operation", "interface", "error"});
-            allowed_kinds = {"failure"};
-            break;
-        case FaultTarget::card:
-        case FaultTarget::debug:
-            allowed.insert(allowed.end(), {"operation", "error"});
-            allowed_kinds = {"failure"};
-            break;
-        }
-        members_among(entry, pointer, allowed, "a fault of the " + target_name);
-        if (!contains(allowed_kinds, kind_name))
-            fail(pointer + "/kind", "a fault of the " + target_name + " is one of: " + join(allowed_kinds));
-
         Json normalized = entry;
-        if (entry.contains("command"))
-            f.command = static_cast<std::uint32_t>(unsigned_at(entry["command"], pointer + "/command", 0, 255));
+        auto number = [&](std::string_view name) { return value_of(entry, pointer, policy_of(policy::kFault, name)); };
+        if (auto command = number("command")) f.command = static_cast<std::uint32_t>(*command);
         if (entry.contains("interface")) {
-            if (!entry["interface"].is_string()) fail(pointer + "/interface", "expected an interface name");
-            const PendingInterface *found = referenced(entry["interface"].get<std::string>());
-            if (found == nullptr)
-                fail(pointer + "/interface", "no interface named \"" + entry["interface"].get<std::string>() + "\"");
+            const std::string name = text("interface");
+            const PendingInterface *found = referenced(name);
+            if (found == nullptr) fail(pointer + "/interface", "no interface named \"" + name + "\"");
             f.if_index = found->identity.if_index;
             normalized["interface"] = found->identity.name;
         }
-        if (entry.contains("extender")) {
-            const std::uint32_t number = static_cast<std::uint32_t>(unsigned_at(entry["extender"], pointer + "/extender", 100, 199));
+        if (auto number_of = number("extender")) {
             const bool known = std::any_of(extenders_.begin(), extenders_.end(),
-                                           [&](const PendingExtender &e) { return e.identity.number == number; });
-            if (!known) fail(pointer + "/extender", "no extender " + std::to_string(number));
-            f.extender = number;
+                                           [&](const PendingExtender &e) { return e.identity.number == *number_of; });
+            if (!known) fail(pointer + "/extender", "no extender " + std::to_string(*number_of));
+            f.extender = static_cast<std::uint32_t>(*number_of);
         }
-        if (entry.contains("operation")) {
-            const Json &op = entry["operation"];
-            if (f.target == FaultTarget::sse) {
-                f.command = static_cast<std::uint32_t>(unsigned_at(op, pointer + "/operation", 0, UINT32_MAX));
-            } else if (f.target == FaultTarget::statscl) {
-                if (!op.is_string() || (op != "get" && op != "clear"))
-                    fail(pointer + "/operation", "a statscl operation is \"get\" or \"clear\"");
-                f.operation = op.get<std::string>();
-            } else if (f.target == FaultTarget::card) {
-                if (!op.is_string() || op != "card_module_info")
-                    fail(pointer + "/operation", "the card operation that can fail is \"card_module_info\"");
-                f.operation = op.get<std::string>();
-            } else {
-                if (!op.is_string()) fail(pointer + "/operation", "expected the name of a debug function");
-                f.operation = op.get<std::string>();
-            }
+        if (entry.contains("operation")) f.operation = operation(entry["operation"], f, pointer + "/operation");
+        f.mask = number("mask");
+        f.left = number("count");
+        for (const policy::FaultKindPolicy &k : policy::kFaultKinds) {
+            if (k.needs.empty()) continue;
+            const std::string needs(k.needs);
+            if (&k != kind && entry.contains(needs))
+                fail(pointer + "/" + needs, "\"" + needs + "\" belongs to " + std::string(k.name) + " faults", true);
+            if (&k != kind) continue;
+            if (!entry.contains(needs))
+                fail(pointer, "a " + std::string(k.name) + " fault needs \"" + needs + "\" (" + std::string(k.needs_meaning) + ")");
+            (needs == "bytes" ? f.action.bytes : f.action.milliseconds) = static_cast<std::uint32_t>(*number(needs));
         }
-        if (entry.contains("mask"))
-            f.mask = unsigned_at(entry["mask"], pointer + "/mask", 0, UINT64_MAX);
-        if (entry.contains("count")) unsigned_at(entry["count"], pointer + "/count", 0, UINT32_MAX);
-        if (f.action.kind == FaultKind::short_payload) {
-            if (!entry.contains("bytes")) fail(pointer, "a short_payload fault needs \"bytes\" (the length kept)");
-            f.action.bytes = static_cast<std::uint32_t>(unsigned_at(entry["bytes"], pointer + "/bytes", 0, UINT32_MAX));
-        } else if (entry.contains("bytes")) {
-            fail(pointer + "/bytes", "\"bytes\" belongs to short_payload faults", true);
-        }
-        if (f.action.kind == FaultKind::slow_reply) {
-            if (!entry.contains("milliseconds"))
-                fail(pointer, "a slow_reply fault needs \"milliseconds\" (how late the reply comes)");
-            f.action.milliseconds =
-                static_cast<std::uint32_t>(unsigned_at(entry["milliseconds"], pointer + "/milliseconds", 1, 60000));
-        } else if (entry.contains("milliseconds")) {
-            fail(pointer + "/milliseconds", "\"milliseconds\" belongs to slow_reply faults", true);
-        }
-        switch (f.action.kind) {
-        case FaultKind::send_failure: f.action.error = kErrSend; break;
-        case FaultKind::recv_failure: f.action.error = kErrTimeout; break;
-        case FaultKind::failure: f.action.error = kErrNoService; break;
-        default: f.action.error = 0; break;
-        }
-        if (entry.contains("error")) {
-            if (f.action.kind != FaultKind::send_failure && f.action.kind != FaultKind::recv_failure &&
-                f.action.kind != FaultKind::failure)
-                fail(pointer + "/error", "\"error\" belongs to send_failure, recv_failure and failure faults", true);
-            const Json &e = entry["error"];
-            if (e.is_string()) {
-                std::uint64_t number = 0;
-                if (auto code = error_by_name(e.get<std::string>())) f.action.error = *code;
-                else if (read_unsigned(e, number) && number != 0 && number <= UINT32_MAX)
-                    f.action.error = static_cast<std::int32_t>(number);
-                else fail(pointer + "/error", "unknown error \"" + e.get<std::string>() + "\"");
-            } else {
-                f.action.error = static_cast<std::int32_t>(unsigned_at(e, pointer + "/error", 1, UINT32_MAX));
-            }
-            if (f.action.error == 0) fail(pointer + "/error", "an error code is not 0");
-        }
+        if (entry.contains("error")) f.action.error = error_code(entry["error"], *kind, pointer + "/error");
         model_->faults_.push_back(f);
         return normalized;
+    }
+
+    // What a fault's "operation" names: an sse operation code, a statscl
+    // "get" or "clear", the card's "card_module_info", a debug function.
+    std::optional<std::string> operation(const Json &op, Model::Fault &f, const std::string &pointer) const {
+        switch (f.target) {
+        case FaultTarget::sse:
+            f.command = static_cast<std::uint32_t>(unsigned_at(op, pointer, 0, UINT32_MAX));
+            return std::nullopt;
+        case FaultTarget::statscl:
+            if (!op.is_string() || (op != "get" && op != "clear")) fail(pointer, "a statscl operation is \"get\" or \"clear\"");
+            break;
+        case FaultTarget::card:
+            if (!op.is_string() || op != "card_module_info")
+                fail(pointer, "the card operation that can fail is \"card_module_info\"");
+            break;
+        default:
+            if (!op.is_string()) fail(pointer, "expected the name of a debug function");
+        }
+        return op.get<std::string>();
+    }
+
+    // An "error": a name of the platform's error codes or a number, not 0,
+    // for the kinds that fail with one.
+    std::int32_t error_code(const Json &e, const policy::FaultKindPolicy &kind, const std::string &pointer) const {
+        if (kind.error == 0) {
+            std::vector<std::string> takers;
+            for (const auto &k : policy::kFaultKinds)
+                if (k.error != 0) takers.emplace_back(k.name);
+            fail(pointer, "\"error\" belongs to " + join(takers) + " faults", true);
+        }
+        std::int32_t code = 0;
+        if (e.is_string()) {
+            std::uint64_t number = 0;
+            if (auto named = error_by_name(e.get<std::string>())) code = *named;
+            else if (read_unsigned(e, number) && number != 0 && number <= UINT32_MAX) code = static_cast<std::int32_t>(number);
+            else fail(pointer, "unknown error \"" + e.get<std::string>() + "\"");
+        } else {
+            code = static_cast<std::int32_t>(unsigned_at(e, pointer, 1, UINT32_MAX));
+        }
+        if (code == 0) fail(pointer, "an error code is not 0");
+        return code;
     }
 
     // ---- Sections of the top level ----
@@ -979,13 +956,9 @@ private:
     // the interfaces' are checked with their data and derived when read.
     void build_rates() { collect_rates(model_->state_, "", true); }
 
-    void collect_rates(const Json &node, const std::string &pointer, bool keep) {
-        std::string path = pointer;
-        collect_rates_at(node, path, keep);
-    }
-
     // `path` is the node's pointer; it grows and shrinks back as the walk
     // goes down and up (no string per node).
+    void collect_rates(const Json &node, std::string path, bool keep) { collect_rates_at(node, path, keep); }
     void collect_rates_at(const Json &node, std::string &path, bool keep) {
         const std::size_t length = path.size();
         if (node.is_object()) {
@@ -1009,41 +982,34 @@ private:
 
     // The "rates" member of an object, against the counters beside it.
     void rates_beside(const Json &node, const std::string &pointer, bool keep) {
-        {
-            if (node.contains("rates")) {
-                const std::string rates_pointer = pointer + "/rates";
-                const Json &rates = node["rates"];
-                if (!rates.is_object()) fail_state(rates_pointer, "rates are an object beside the counters they advance");
-                for (auto it = rates.begin(); it != rates.end(); ++it) {
-                    const std::string rate_pointer = rates_pointer + pointer_token(it.key());
-                    if (it.key() == "rates" || !node.contains(it.key()))
-                        fail_state(rate_pointer, "no member \"" + it.key() + "\" beside these rates", true);
-                    add_rate(node[it.key()], it.value(), pointer + pointer_token(it.key()), rate_pointer, keep);
-                }
-            }
+        if (!node.contains("rates")) return;
+        const std::string rates_pointer = pointer + "/rates";
+        const Json &rates = node["rates"];
+        if (!rates.is_object()) fail_state(rates_pointer, "rates are an object beside the counters they advance");
+        for (auto it = rates.begin(); it != rates.end(); ++it) {
+            const std::string rate_pointer = rates_pointer + pointer_token(it.key());
+            if (it.key() == "rates" || !node.contains(it.key()))
+                fail_state(rate_pointer, "no member \"" + it.key() + "\" beside these rates", true);
+            add_rate(node[it.key()], it.value(), pointer + pointer_token(it.key()), rate_pointer, keep);
         }
     }
 
     void add_rate(const Json &target, const Json &rate, const std::string &target_pointer, const std::string &rate_pointer,
                   bool keep) {
         std::uint64_t value = 0;
+        if (rate.is_number_integer() && !read_unsigned(rate, value)) fail_state(rate_pointer, "a rate is not negative");
+        // A number or an object of rates given for an array applies to every element.
+        if ((rate.is_number_integer() || rate.is_object()) && target.is_array()) {
+            for (std::size_t i = 0; i < target.size(); ++i)
+                add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer, keep);
+            return;
+        }
         if (rate.is_number_integer()) {
-            if (!read_unsigned(rate, value)) fail_state(rate_pointer, "a rate is not negative");
-            if (target.is_array()) {
-                for (std::size_t i = 0; i < target.size(); ++i)
-                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer, keep);
-                return;
-            }
             std::uint64_t ignored = 0;
             if (!target.is_number_integer() || !read_unsigned(target, ignored))
                 fail_state(rate_pointer, "a rate advances a counter (an unsigned integer), and " + target_pointer + " is none");
             if (value && keep) model_->rates_.push_back({Json::json_pointer(target_pointer), value});
         } else if (rate.is_object()) {
-            if (target.is_array()) {
-                for (std::size_t i = 0; i < target.size(); ++i)
-                    add_rate(target[i], rate, target_pointer + "/" + std::to_string(i), rate_pointer, keep);
-                return;
-            }
             if (!target.is_object()) fail_state(rate_pointer, "these rates are for an object, and " + target_pointer + " is none");
             for (auto it = rate.begin(); it != rate.end(); ++it) {
                 if (!target.contains(it.key()))

@@ -12,7 +12,7 @@
 #include <string>
 
 #include "model/model.hpp"
-#include "model/positions.hpp"
+#include "positions.hpp"
 #include "qdsim/sim.h"
 
 namespace qdsim {

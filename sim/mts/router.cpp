@@ -11,7 +11,6 @@
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
 #include "core/lock.hpp"
-#include "model/model.hpp"
 
 namespace qdsim::mts {
 
@@ -160,6 +159,14 @@ void report_held(const Ledger &ledger, std::vector<std::string> &out) {
                       std::to_string(p.from.sap) + ") never received");
 }
 
+// The ledger of an open handle; null, and a diagnostic, for any other.
+Ledger *ledger_of(std::uint32_t handle, const char *operation) {
+    auto it = router().ledgers.find(handle);
+    if (it != router().ledgers.end()) return &it->second;
+    diagnostic(std::string(operation) + " with handle " + hex(handle) + ", which is not open");
+    return nullptr;
+}
+
 }  // namespace
 
 ServiceId register_service(Service service) {
@@ -194,12 +201,9 @@ std::int32_t send(std::uint32_t handle, const Address &to, const void *payload, 
                   std::uint32_t flags, std::uint32_t reserved) {
     SwitchLock lock(switch_mutex());
     Router &r = router();
-    auto it = r.ledgers.find(handle);
-    if (it == r.ledgers.end()) {
-        diagnostic("mts_send with handle " + hex(handle) + ", which is not open");
-        return kErrBadHandle;
-    }
-    Ledger &ledger = it->second;
+    Ledger *open = ledger_of(handle, "mts_send");
+    if (open == nullptr) return kErrBadHandle;
+    Ledger &ledger = *open;
     if (msg == nullptr || (payload == nullptr && length > 0)) {
         ledger.problems.push_back("mts_send without a message record or with a null payload of " +
                                   std::to_string(length) + " bytes");
@@ -257,12 +261,9 @@ std::uint32_t token_of(const mts_msg *msg) {
 
 std::int32_t drop(std::uint32_t handle, mts_msg *msg) {
     SwitchLock lock(switch_mutex());
-    auto it = router().ledgers.find(handle);
-    if (it == router().ledgers.end()) {
-        diagnostic("mts_drop with handle " + hex(handle) + ", which is not open");
-        return kErrBadHandle;
-    }
-    Ledger &ledger = it->second;
+    Ledger *open = ledger_of(handle, "mts_drop");
+    if (open == nullptr) return kErrBadHandle;
+    Ledger &ledger = *open;
     const Record r = read_record(msg);
     if (msg == nullptr || (r.magic != kLiveMagic && r.magic != kReleasedMagic)) {
         ledger.problems.push_back("mts_drop of a record that names no message");
@@ -293,12 +294,9 @@ std::int32_t drop(std::uint32_t handle, mts_msg *msg) {
 std::int32_t recv(std::uint32_t handle, mts_msg *msg, const mts_recv_opts *opts) {
     SwitchLock lock(switch_mutex());
     Router &r = router();
-    auto it = r.ledgers.find(handle);
-    if (it == r.ledgers.end()) {
-        diagnostic("mts_recv with handle " + hex(handle) + ", which is not open");
-        return kErrBadHandle;
-    }
-    Ledger &ledger = it->second;
+    Ledger *open = ledger_of(handle, "mts_recv");
+    if (open == nullptr) return kErrBadHandle;
+    Ledger &ledger = *open;
     if (msg == nullptr || opts == nullptr) {
         ledger.problems.push_back("mts_recv without a message record or receive options");
         return kErrBadArgument;

@@ -70,6 +70,10 @@ using ServiceId = std::uint32_t;
 ServiceId register_service(Service service);
 bool unregister_service(ServiceId id);
 
+struct ServiceRegistrar {
+    explicit ServiceRegistrar(Service service) { register_service(std::move(service)); }
+};
+
 // ---- Transport operations ----
 std::int32_t send(std::uint32_t handle, const Address &to, const void *payload, std::uint32_t length, mts_msg *msg,
                   std::uint32_t flags, std::uint32_t reserved);

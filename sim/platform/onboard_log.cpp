@@ -30,7 +30,7 @@
 
 #include "core/diagnostics.hpp"
 #include "model/sections.hpp"
-#include "core/session.hpp"
+#include "core/command_end.hpp"
 #include "platform/keyed_segment.hpp"
 #include "platform/pause.hpp"
 #include "platform/services.hpp"
@@ -40,16 +40,13 @@
 namespace qdsim::platform {
 namespace {
 
-constexpr std::uint64_t kDefaultCapacity = 4096;
-constexpr std::uint64_t kMaxCapacity = 65536;
-constexpr std::size_t kSlots = 4;
-constexpr std::size_t kPorts = 112;
+// Events the log keeps (by default, at most); slots and ports of the counts table.
+constexpr std::uint64_t kDefaultCapacity = 4096, kMaxCapacity = 65536;
+constexpr std::size_t kSlots = 4, kPorts = 112;
 constexpr std::uint32_t kEventQueryLength = 8;
 
 // Record layout.
-constexpr std::size_t kStampAt = 4;
-constexpr std::size_t kPortAt = 260;
-constexpr std::size_t kModuleAt = 264;
+constexpr std::size_t kStampAt = 4, kPortAt = 260, kModuleAt = 264;
 
 const SectionRegistrar onboard_log_section{Scope::root, "onboard_log", [](const Checker &check) {
     check.members_among("", {"capacity"});

@@ -14,7 +14,7 @@
 
 #include "core/errors.hpp"
 #include "model/sections.hpp"
-#include "shell/commands.hpp"
+#include "printer/commands.hpp"
 
 namespace qdsim::platform {
 namespace {
@@ -58,7 +58,7 @@ int clear_pause(const std::string &rest, Model &model) {
     return 0;
 }
 
-const shell::PlatformCommandRegistrar clear_pfc{"clear interface priority-flow-control", clear_pause};
+const printer::PlatformCommandRegistrar clear_pfc{"clear interface priority-flow-control", clear_pause};
 
 }  // namespace
 

@@ -20,7 +20,6 @@ using Sse2Service = std::function<std::int32_t(void *buffer, std::uint32_t lengt
 // fail (the onboard log, its event count). Optional.
 using Sse2Failure = std::function<void(void *buffer, std::uint32_t length, Model &)>;
 bool register_sse2_service(std::uint32_t operation, Sse2Service service, Sse2Failure on_failure = {});
-bool unregister_sse2_service(std::uint32_t operation);
 
 struct Sse2Registrar {
     Sse2Registrar(std::uint32_t operation, Sse2Service service, Sse2Failure on_failure = {}) {

@@ -32,11 +32,6 @@ bool register_sse2_service(std::uint32_t operation, Sse2Service service, Sse2Fai
     return inserted;
 }
 
-bool unregister_sse2_service(std::uint32_t operation) {
-    SwitchLock lock(switch_mutex());
-    return sse2_services().erase(operation) != 0;
-}
-
 std::atomic<std::int32_t> &first_type_told() {
     static std::atomic<std::int32_t> told{0};
     return told;

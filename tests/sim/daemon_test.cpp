@@ -43,10 +43,7 @@ TEST_F(DaemonTest, MalformedRequestsAreRefusedWithAnErrorStatus) {
     req.reserved[1] = 1;
     ex = exchange(handle, MTS_NODE_LOCAL, QD_MTS_SAP, QD_CLI_OPC, &req, sizeof req, 0);
     EXPECT_EQ(host32(ex.payload, 0), static_cast<std::uint32_t>(qdsim::kErrBadRequest));
-}
-
-TEST_F(DaemonTest, CodesNobodyServesAnswerNotSupportedInBothStatusPlaces) {
-    const Exchange ex = daemon(handle, 99);
+    ex = daemon(handle, 99);  // a code nobody serves: "not supported" in both status places
     ASSERT_EQ(ex.payload.size(), 8u);
     EXPECT_EQ(host32(ex.payload, 0), QD_STATUS_UNSUPPORTED);
     EXPECT_EQ(host32(ex.payload, 4), QD_STATUS_UNSUPPORTED);

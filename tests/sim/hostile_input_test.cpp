@@ -8,7 +8,7 @@
 
 #include <fstream>
 
-#include "model/json_input.hpp"
+#include "json_input.hpp"
 #include "sim_fixture.hpp"
 
 namespace simtest {

@@ -7,7 +7,7 @@
 #include "agent/agent.hpp"
 #include "core/cleanup.hpp"
 #include "core/errors.hpp"
-#include "shell/commands.hpp"
+#include "printer/commands.hpp"
 #include "sim_fixture.hpp"
 
 namespace simtest {
@@ -17,42 +17,11 @@ using PlatformTest = SimTest;
 
 std::uint32_t index_of(const char *name) { return *qdsim::find_interface(name); }
 
-class EnumerationTest : public SimTest {
-protected:
-    // One pass as the library makes it.
-    std::vector<std::uint32_t> pass(std::uint64_t mask, const char *lib = "pmcli_eth") {
-        cmd_paraminfo source{}, copy{};
-        source.mts_handle = handle;
-        cmd_param_arg arg{};
-        if_range range{};
-        populate_intf_range(&range, 0, 0, 0);
-        range.word1 = 0;
-        pinfo_basic_copy(&copy, &source);
-        pinfo_insert_arg(&copy, &arg);
-        populate_param_arg(&arg, 2060, 0x40200002, 0, static_cast<std::uint32_t>(mask),
-                           static_cast<std::uint32_t>(mask >> 32), &range);
-        enum_result result{};
-        std::int32_t status = 0;
-        rc = invoke_enumeration_function(lib, "pm_cli_if_index_enum_func", &copy, &result, &status);
-        EXPECT_EQ(source.argc, 0);  // the source record is not changed
-        std::vector<std::uint32_t> out;
-        if (rc < 0) return out;
-        EXPECT_EQ(status, 0);
-        EXPECT_NE(result.indexes, nullptr);  // allocated even when empty
-        out.assign(result.indexes, result.indexes + result.count);
-        std::free(result.indexes);
-        return out;
-    }
-    std::int32_t rc = 0;
-};
-
-TEST_F(EnumerationTest, UnknownFunctionsAndMissingArgumentsFail) {
-    pass(0x800000, "pmcli_fc");
-    EXPECT_LT(rc, 0);
+TEST_F(PlatformTest, EnumerationWithoutItsArgumentsFails) {
     cmd_paraminfo copy{};
     enum_result result{};
     std::int32_t status = 0;
-    EXPECT_LT(invoke_enumeration_function("pmcli", "pm_cli_if_index_enum_func", &copy, &result, &status), 0);
+    EXPECT_LT(invoke_enumeration_function("pmcli_eth", "pm_cli_if_index_enum_func", &copy, &result, &status), 0);
     EXPECT_EQ(status, -1);
     qdsim::take_diagnostics();
 }
@@ -123,7 +92,7 @@ TEST_F(PlatformTest, CommandLinesGoToTheRunnerOrThePlatformsCommands) {
     // A prefix of its own: the real ones belong to the services that registered them.
     std::strcpy(req.cmd_line, "clear  test-counters Ethernet1/1");
     std::string rest;
-    qdsim::shell::register_platform_command("clear test-counters", [&](const std::string &r, qdsim::Model &) {
+    qdsim::printer::register_platform_command("clear test-counters", [&](const std::string &r, qdsim::Model &) {
         rest = r;
         return 0;
     });
@@ -140,7 +109,7 @@ TEST_F(PlatformTest, CommandLinesGoToTheRunnerOrThePlatformsCommands) {
     EXPECT_EQ(ran, "clear  test-counters Ethernet1/1");
     req.word780 = 0;
     EXPECT_EQ(vsh_system2(&req), qdsim::kErrBadArgument);
-    qdsim::shell::unregister_platform_command("clear test-counters");
+    qdsim::printer::unregister_platform_command("clear test-counters");
     qdsim::take_diagnostics();
 }
 
@@ -159,20 +128,13 @@ TEST_F(PlatformTest, RequestAttributesAndStreamsAreWalkedToTheEnd) {
     EXPECT_EQ(cmd_req_attr_getnext(output_handle(), &value, &length), -1);
 
     cmd_rsp rsp{};
-    qdsim::attach_stream(&rsp, {{0x0cff00b7, a.value}, {58, {}}}, handle);
+    qdsim::open_switch_stream(&rsp, handle);  // the daemon's stream of the switch (sim_stream_*_test)
     EXPECT_EQ(rsp.mts_handle, handle);
-    EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), 0x0cff00b7);
-    EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), 58);
-    EXPECT_EQ(length, 0u);
+    int walked = 0;
+    while (walked < 100000 && cmd_rsp_attr_getnext(&rsp, &value, &length) != -1) ++walked;
+    EXPECT_GT(walked, 0);
     EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), -1);
-
-    cmd_rsp other{};
-    qdsim::open_switch_stream(&other, handle);  // the daemon's stream of the switch (sim_stream_*_test)
-    EXPECT_EQ(other.mts_handle, handle);
-    for (int n = 0; n < 100000 && cmd_rsp_attr_getnext(&other, &value, &length) != -1; ++n) {
-    }
-    EXPECT_EQ(cmd_rsp_attr_getnext(&other, &value, &length), -1);
-    finish();  // the streams go with the command
+    finish();  // the stream goes with the command
     EXPECT_EQ(cmd_rsp_attr_getnext(&rsp, &value, &length), -1);
     EXPECT_TRUE(diagnosed(qdsim::take_diagnostics(), "already released"));
 }

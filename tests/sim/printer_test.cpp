@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The shell printer: rendering, flushing, structured output, the catalogue.
-#include <nlohmann/json.hpp>
+// The shell printer: rendering, flushing.
 #include <set>
 
-#include "shell/catalogue.hpp"
 #include "sim_fixture.hpp"
 
 namespace simtest {
@@ -40,13 +38,6 @@ TEST_F(PrinterTest, ConversionsTakeOneTypedArgumentEachWithWidthAndAlignment) {
     EXPECT_EQ(output, "        3       WRR             50\n[3     |500] 100%\n");
 }
 
-TEST_F(PrinterTest, TextAttributesUnderTheUnsignedTypeByteRenderAsText) {
-    const cmd_prt_arg name = text(0x14ff00aa, "Ethernet1/1"), mode = text(0x14ff00ae, "YES");
-    cmd_prt(output_handle(), "%s queuing information extend: %s\n", &name, &mode);
-    cmd_prt_send(output_handle());
-    EXPECT_EQ(output, "Ethernet1/1 queuing information extend: YES\n");
-}
-
 TEST_F(PrinterTest, UnknownAttributesRenderByTheirTypeByte) {
     const std::int32_t minus = -1;
     const std::uint8_t byte = 200;
@@ -56,36 +47,6 @@ TEST_F(PrinterTest, UnknownAttributesRenderByTheirTypeByte) {
     cmd_prt(output_handle(), "%s %s\n", &a, &b);
     cmd_prt_send(output_handle());
     EXPECT_EQ(output, "-1 200\n");
-}
-
-TEST_F(PrinterTest, JsonModeMakesOneObjectPerFlushWithNamedMembers) {
-    qdsim::set_output_mode(qdsim::OutputMode::json);
-    const std::uint32_t g0 = 0, g1 = 1;
-    const cmd_prt_arg name = text(0x30ff003a, "Ethernet1/1");
-    cmd_prt(output_handle(), "%s queuing information:\n", &name);
-    const cmd_prt_arg a = u32(0x14ff003b, g0), b = u32(0x14ff003b, g1);
-    cmd_prt(output_handle(), "%s\n", &a);
-    cmd_prt(output_handle(), "%s\n", &b);
-    cmd_prt_send(output_handle());
-    cmd_prt(output_handle(), "mts payload is empty");
-    cmd_prt_send(output_handle());
-
-    const std::size_t newline = output.find('\n');
-    ASSERT_NE(newline, std::string::npos);
-    const auto first = nlohmann::json::parse(output.substr(0, newline));
-    EXPECT_EQ(first["if_name"], "Ethernet1/1");
-    EXPECT_EQ(first["tx_qos_group"], nlohmann::json::array({0, 1}));  // repeated names become arrays
-    const auto second = nlohmann::json::parse(output.substr(newline + 1));
-    EXPECT_EQ(second["message"], "mts payload is empty");
-}
-
-TEST_F(PrinterTest, XmlModeEscapesTextAndKeepsPrintOrder) {
-    qdsim::set_output_mode(qdsim::OutputMode::xml);
-    const std::uint64_t drops = 7;
-    const cmd_prt_arg name = text(0x30ff003a, "a<b&c"), d = u64(0x15ff003e, drops);
-    cmd_prt(output_handle(), "%s %s\n", &name, &d);
-    cmd_prt_send(output_handle());
-    EXPECT_EQ(output, "<output><if_name>a&lt;b&amp;c</if_name><mcast_tail_drops>7</mcast_tail_drops></output>\n");
 }
 
 TEST_F(PrinterTest, ArgumentsThatDoNotFitTheirAttributeAreDiagnosed) {
@@ -107,22 +68,6 @@ TEST_F(PrinterTest, OutputNeverFlushedIsDeliveredWhenTheCommandEnds) {
     finish();
     EXPECT_EQ(output, "left behind\n");
     EXPECT_TRUE(diagnosed(qdsim::take_diagnostics(), "never flushed"));
-}
-
-TEST_F(PrinterTest, OutputHandleIsTheTransportHandleMarked) {
-    cmd_paraminfo pinfo{};
-    pinfo.mts_handle = handle;
-    EXPECT_EQ(cmd_paraminfo_to_rxhandle(&pinfo), output_handle());
-    EXPECT_NE(cmd_paraminfo_to_rxhandle(&pinfo), handle);
-}
-
-// The printer names and sizes values from the library's catalogue.
-TEST(Catalogue, PrinterUsesTheLibraryCatalogue) {
-    using qdsim::shell::find_attribute;
-    ASSERT_NE(find_attribute(0x14ff00aa), nullptr);
-    EXPECT_EQ(find_attribute(0x14ff00aa)->type, QDCLI_ATTR_TEXT);
-    EXPECT_EQ(qdsim::shell::attribute_name(0x14ff0085), "queue_limit");
-    EXPECT_EQ(qdsim::shell::attribute_name(0x14ff1234), "attr_0x14ff1234");
 }
 
 }  // namespace

@@ -70,32 +70,19 @@ TEST_F(RouterTest, EachReplyIsFoundByItsTokenWhateverTheOrder) {
     EXPECT_TRUE(qdsim::check_ledger(handle).empty());
 }
 
-TEST_F(RouterTest, LiveCountFollowsSendsReceivesAndDrops) {
-    mts_msg sent{};
-    const std::uint32_t token = send({5}, sent);
-    EXPECT_EQ(qdsim::live_messages(), 1u);
-    mts_drop(handle, &sent);
-    EXPECT_EQ(qdsim::live_messages(), 0u);
-    mts_msg reply{};
-    const mts_recv_opts opts = options(token, 0);
-    ASSERT_EQ(mts_recv(handle, &reply, &opts), 0);
-    EXPECT_EQ(qdsim::live_messages(), 1u);
-    mts_drop(handle, &reply);
-    EXPECT_EQ(qdsim::live_messages(), 0u);
-}
-
-TEST_F(RouterTest, UnknownDestinationFailsTheSendWithAnExplainedCode) {
-    mts_msg sent{};
+TEST_F(RouterTest, UnknownDestinationsTokensAndHandlesAreRefused) {
+    mts_msg sent{}, reply{};
     const Bytes payload{1};
     const std::int32_t rc = mts_send(handle, kNode + 1, kSap, kOpcode, payload.data(), 1, &sent, 0, 0);
     EXPECT_EQ(rc, qdsim::kErrNoRoute);
     EXPECT_STREQ(syserr2str(rc), "no service at the destination");
     EXPECT_EQ(mts_send(handle, kNode, kSap, kOpcode + 1, payload.data(), 1, &sent, 0, 0), qdsim::kErrNoRoute);
+    EXPECT_EQ(mts_send(0x12345, kNode, kSap, kOpcode, payload.data(), 1, &sent, 0, 0), qdsim::kErrBadHandle);
+    EXPECT_EQ(mts_send(handle, kNode, kSap, kOpcode, payload.data(), 1, &sent, 1, 0), qdsim::kErrBadArgument);
+    const std::uint32_t other = qdsim::open_command();
+    qdsim::close_command(other);
+    EXPECT_EQ(mts_send(other, kNode, kSap, kOpcode, payload.data(), 1, &sent, 0, 0), qdsim::kErrBadHandle);
     EXPECT_EQ(qdsim::live_messages(), 0u);
-}
-
-TEST_F(RouterTest, ReceivingATokenNoRequestCarriesFails) {
-    mts_msg reply{};
     const mts_recv_opts opts = options(0xdead, 0);
     EXPECT_EQ(mts_recv(handle, &reply, &opts), qdsim::kErrNoReply);
     EXPECT_TRUE(diagnosed(qdsim::check_ledger(handle), "which no outstanding request carries"));
@@ -147,16 +134,6 @@ TEST_F(RouterTest, SentMessageStillHeldWhileWaitingIsReported) {
     EXPECT_EQ(receive(token), (Bytes{1}));
     EXPECT_TRUE(diagnosed(qdsim::check_ledger(handle), "still held while its reply was awaited"));
     mts_drop(handle, &sent);
-}
-
-TEST_F(RouterTest, ClosedOrUnknownHandlesAreRefused) {
-    mts_msg sent{};
-    const Bytes payload{1};
-    EXPECT_EQ(mts_send(0x12345, kNode, kSap, kOpcode, payload.data(), 1, &sent, 0, 0), qdsim::kErrBadHandle);
-    EXPECT_EQ(mts_send(handle, kNode, kSap, kOpcode, payload.data(), 1, &sent, 1, 0), qdsim::kErrBadArgument);
-    const std::uint32_t other = qdsim::open_command();
-    qdsim::close_command(other);
-    EXPECT_EQ(mts_send(other, kNode, kSap, kOpcode, payload.data(), 1, &sent, 0, 0), qdsim::kErrBadHandle);
 }
 
 TEST_F(RouterTest, AnEmptyReplyHasNoPayloadAndLengthZero) {

@@ -46,7 +46,6 @@ TEST_F(ScenarioTest, TheEmbeddedDefaultIsASmallChassis) {
     EXPECT_EQ(m.line_cards().size(), 2u);
     EXPECT_EQ(m.extender(101)->ports.size(), 48u);
     EXPECT_EQ(m.interface(m.extender(101)->uplinks[0])->name, "Ethernet1/48");
-    EXPECT_NE(qdsim::default_scenario_text().find("\"extenders\""), std::string::npos);
 }
 
 // Line 1 declares a line card and extender 101; a case's own part is line 2.
@@ -167,6 +166,46 @@ TEST_F(ScenarioTest, RefusalsNameWhereAndWhy) {
         {vaq_drops(R"({"asics": [{"ss": [1]}]})"), "", "unknown member \"ss\""},
         {vaq_drops(R"({"asics": [{}]})"), "", "vaq_drops/asics/0: an ASIC lists the drop counts of its SS in \"ss_drops\""},
         {vaq_drops(R"({"asics": {"ss_drops": []}})"), "", "vaq_drops/asics: expected an array"},
+        // The policy of the core's members: types, ranges, required members, faults per target and kind.
+        {R"({"platform": {"type": 2147483648}})", "", "at /platform/type: expected a signed 32-bit integer"},
+        {R"({"platform": {"card_id": 65536}})", "", "at /platform/card_id: 65536 is out of range 0-65535"},
+        {R"({"platform": {"vdc": -1}})", "", "at /platform/vdc: expected an unsigned integer"},
+        {R"({"platform": {"sw_card": 1}})", "", "unknown member \"sw_card\" of the platform"},
+        {R"({"clock": {"tick": 1}})", "", "unknown member \"tick\" of the clock"},
+        {R"({"cos_map": [0, 0, 0]})", "", "expected the queues of the 8 CoS values, found 3"},
+        {R"({"line_cards": [{}]})", "", "at /line_cards/0: missing member \"slot\""},
+        {R"({"ethernet": [{"slot": 0, "ports": 1}]})", "", "at /ethernet/0/slot: 0 is out of range 1-255"},
+        {R"({"ethernet": [{"slot": 1}]})", "", "at /ethernet/0: missing member \"ports\""},
+        {R"({"ethernet": [{"slot": 1, "ports": [257]}]})", "", "257 is out of range 1-256"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "sub_interfaces": ["e1/1.256"]})", "", "sub-interface number 256 is out of range 1-255"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "extenders": [{"number": 200, "slot": 9, "uplink": "e1/1"}]})", "", "at /extenders/0/number: 200 is out of range 100-199"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "extenders": [{"number": 101, "uplink": "e1/1"}]})", "", "at /extenders/0: missing member \"slot\""},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "extenders": [{"number": 101, "slot": 9, "node": 0, "uplink": "e1/1"}]})", "", "at /extenders/0/node: 0 is out of range 1-65535"},
+        {R"({"other_interfaces": [{"name": "x", "type": 31}]})", "", "type 31 belongs to Ethernet and host interfaces"},
+        {R"({"other_interfaces": [{"name": "x", "type": 1}]})", "", "type 1 belongs to Ethernet and host interfaces"},
+        {R"({"other_interfaces": [{"name": "x", "type": 40, "if_index": 0}]})", "", "at /other_interfaces/0/if_index: 0 is out of range 1-4294967295"},
+        {R"({"other_interfaces": [{"name": "x"}]})", "", "at /other_interfaces/0: missing member \"type\""},
+        {R"({"other_interfaces": [{"name": 5, "type": 40}]})", "", "at /other_interfaces/0/name: expected a text"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "lc", "kind": "failure"}]})", "", "unknown fault target \"lc\" (known: daemon, agent, sse, enumeration, statscl, card, debug)"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon"}]})", "", "at /faults/0: missing member \"kind\""},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "sse", "kind": "empty_payload"}]})", "", "a fault of the sse is one of: failure"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "enumeration", "kind": "send_failure"}]})", "", "a fault of the enumeration is one of: failure, bad_status"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon", "kind": "short_payload"}]})", "", "needs \"bytes\" (the length kept)"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon", "kind": "slow_reply"}]})", "", "needs \"milliseconds\""},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "agent", "kind": "slow_reply", "milliseconds": 0}]})", "", "at /faults/0/milliseconds: 0 is out of range 1-60000"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon", "kind": "unsupported", "milliseconds": 5}]})", "", "\"milliseconds\" belongs to slow_reply faults"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon", "kind": "unsupported", "bytes": 5}]})", "", "\"bytes\" belongs to short_payload faults"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon", "kind": "send_failure", "extender": 101}]})", "", "unknown member \"extender\" of a fault of the daemon"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "agent", "kind": "send_failure", "extender": 99}]})", "", "at /faults/0/extender: 99 is out of range 100-199"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "agent", "kind": "send_failure", "extender": 150}]})", "", "no extender 150"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon", "kind": "send_failure", "command": 256}]})", "", "at /faults/0/command: 256 is out of range 0-255"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon", "kind": "send_failure", "count": -1}]})", "", "at /faults/0/count: expected an unsigned integer"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon", "kind": "send_failure", "interface": "e1/9"}]})", "", "no interface named \"e1/9\""},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon", "kind": "send_failure", "error": "oops"}]})", "", "unknown error \"oops\""},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon", "kind": "send_failure", "error": 0}]})", "", "at /faults/0/error: 0 is out of range 1-4294967295"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "daemon", "kind": "empty_payload", "error": 5}]})", "", "\"error\" belongs to send_failure, recv_failure, failure faults"},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "statscl", "kind": "failure", "operation": "put"}]})", "", "a statscl operation is \"get\" or \"clear\""},
+        {R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "card", "kind": "failure", "operation": "x"}]})", "", "\"card_module_info\""},
         // The default's own extenders are overridden; an entry is refused where it was written.
         {R"({"extends": "default", "extenders": [
         {"number": 101, "slot": 33, "uplink": "Ethernet1/48"}, {"number": 102, "slot": 34, "uplink": "Ethernet2/48",
@@ -233,6 +272,28 @@ TEST_F(ScenarioTest, SubInterfacesTypeOneAndOtherKinds) {
     if_index_get_type(*qdsim::find_interface("MGMT0"), &type);
     EXPECT_EQ(type, 40);
     refused(R"({"ethernet": [{"slot": 3, "ports": 5, "type": 1}], "sub_interfaces": ["Ethernet3/5.1"]})");
+}
+
+// What a scenario leaves out takes the policy's defaults.
+TEST_F(ScenarioTest, LeftOutMembersTakeTheirDefaults) {
+    ASSERT_TRUE(loads(R"({"platform": {"card_id": 7}, "ethernet": [{"slot": 1, "ports": 1}],
+      "extenders": [{"number": 101, "slot": 9, "uplink": "E1/1"}], "other_interfaces": [{"name": "mgmt0", "type": 40}]})"));
+    const qdsim::Model &m = qdsim::current_model();
+    EXPECT_EQ(m.platform_type(), 2);
+    EXPECT_EQ(m.vdc(), 1u);
+    EXPECT_EQ(m.sw_card_id(), 7u);
+    EXPECT_EQ(m.cos_map(), (std::array<std::uint8_t, 8>{0, 0, 1, 1, 2, 2, 3, 3}));
+    EXPECT_EQ(m.ticks(), 0u);
+    EXPECT_EQ(*qdsim::find_interface("Ethernet1/1"), 0x1a000000u);
+    EXPECT_EQ(*qdsim::find_interface("mgmt0"), 0x28ff0001u);
+    EXPECT_EQ(m.extender(101)->ports.size(), 48u);
+    EXPECT_EQ(m.extender(101)->node, qdsim::Model::slot_node(9));
+    ASSERT_TRUE(loads(R"({"platform": {"type": -3, "vdc": 2, "sw_card_id": 9}, "clock": {"ticks": 5}})"));
+    EXPECT_EQ(qdsim::current_model().platform_type(), -3);
+    EXPECT_EQ(qdsim::current_model().vdc(), 2u);
+    EXPECT_EQ(qdsim::current_model().card_id(), 0u);
+    EXPECT_EQ(qdsim::current_model().sw_card_id(), 9u);
+    EXPECT_EQ(qdsim::current_model().ticks(), 5u);
 }
 
 TEST_F(ScenarioTest, ExtendsBuildsOnTheDefault) {

@@ -24,7 +24,6 @@ protected:
         qdsim::set_diagnostics_echo(false);
         qdsim::take_diagnostics();
         qdsim::load_default_scenario();
-        qdsim::set_output_mode(qdsim::OutputMode::text);
         qdsim::set_output_sink([this](const std::string &text) { output += text; });
         qdsim::set_command_runner(nullptr);
         handle = qdsim::open_command();

@@ -121,13 +121,9 @@ protected:
     bool keep_user_file_ = false;
 };
 
-TEST_F(PauseLogTest, EventsOldestFirstFromASegmentOfTheirSize) {
+TEST_F(PauseLogTest, EventsGoToASegmentOfTheirSizeThatEveryoneMayRead) {
     std::string out;
     EXPECT_EQ(events(out), 0);
-    const std::string oldest = std::string(kEventsHeader) + " 2/3             2026-11-21 17:02:51.004386 \n"
-                                                           " 2/3             2026-11-22 09:30:12.776902 \n";
-    EXPECT_TRUE(out.starts_with(oldest)) << out;
-    EXPECT_TRUE(out.ends_with(" 1/1             2026-11-23 08:14:02.318734 \n")) << out;
     EXPECT_EQ(segment_size(), 11u * PAUSE_EVENT_REC_SIZE);
     shmid_ds info{};
     ASSERT_EQ(shmctl(shmget(key_, 0, 0), IPC_STAT, &info), 0);
@@ -298,17 +294,7 @@ TEST_F(PauseLogTest, TwoSwitchesInOneDirectoryShareTheKeyAndTheLastCleansUp) {
     EXPECT_EQ(segment_size(), 11u * PAUSE_EVENT_REC_SIZE);
 }
 
-TEST_F(PauseLogTest, FailuresWithAndWithoutEventsAndMalformedQueries) {
-    load(R"({"ethernet": [{"slot": 1, "ports": 1}], "faults": [{"target": "sse", "operation": 1128, "kind": "failure"}],
-             "interfaces": {"Ethernet1/1": {"pause": {"events": [{"time": "t"}]}}}})");
-    std::string out, error;
-    EXPECT_EQ(events(out), -1);
-    EXPECT_EQ(out, "The command failed.");
-    EXPECT_FALSE(exists("vrid"));  // a failed service publishes nothing
-    ASSERT_TRUE(qdsim::set_state_value("/interfaces/Ethernet1~11/pause/events", "[]", error)) << error;
-    EXPECT_EQ(events(out), 0);
-    EXPECT_EQ(out, "No Pause Events have occurred.");
-
+TEST_F(PauseLogTest, MalformedQueriesAreRefused) {
     load(R"({"ethernet": [{"slot": 1, "ports": 1}]})");
     std::uint32_t buffer[2] = {ONBOARD_LOG_PAUSE_COUNTS, 0};
     EXPECT_EQ(sse_call2(SSE_OP_ONBOARD_LOG, buffer, sizeof buffer), -1);

@@ -10,15 +10,6 @@ namespace {
 
 using StateTest = SimTest;
 
-TEST_F(StateTest, TheDumpHoldsEveryInterfaceWithItsDefaultsApplied) {
-    const auto state = nlohmann::json::parse(qdsim::dump_state_json());
-    EXPECT_EQ(state["interfaces"].size(), 192u);
-    EXPECT_EQ(state["interfaces"]["Ethernet1/1"]["if_index"], "0x1a000000");
-    EXPECT_EQ(state["interfaces"]["Ethernet101/1/9"]["qos_counters"]["tx_queue_drops"], 0);
-    EXPECT_EQ(state["platform"]["type"], 2);
-    EXPECT_FALSE(state.contains("defaults"));
-}
-
 TEST_F(StateTest, ABadValueIsRefusedAndTheStateKept) {
     std::string error;
     const std::string before = qdsim::dump_state_json();
@@ -49,26 +40,6 @@ TEST_F(StateTest, ShapeChangesGoThroughTheSameChecksAndReindex) {
     ASSERT_TRUE(qdsim::set_state_value("/faults/-", R"({"target": "daemon", "command": 20, "kind": "send_failure"})", error))
         << error;
     EXPECT_EQ(daemon(handle, QD_CLI_CMD_SHOW_WRR_COSMAP).send_rc, static_cast<std::int32_t>(0x41000001));
-}
-
-TEST(JsonAccess, DefaultsAndCounterClears) {
-    nlohmann::json section = {{"mtu", 1500}, {"hex", "0x1f"}, {"flag", 1},
-                              {"counters", {{"rx", 5}, {"tx", {1, 2}}}},
-                              {"groups", {{{"q_size", 7}, {"counters", {{"drops", 3}}}}}},
-                              {"rates", {{"mtu", 1}}}};
-    EXPECT_EQ(qdsim::get_u32(section, "/mtu"), 1500u);
-    EXPECT_EQ(qdsim::get_u32(section, "/hex"), 31u);
-    EXPECT_EQ(qdsim::get_u32(section, "/missing", 9), 9u);
-    EXPECT_EQ(qdsim::get_u32(section, "/counters", 9), 9u);  // an object is no number
-    EXPECT_TRUE(qdsim::get_bool(section, "/flag"));
-    EXPECT_EQ(qdsim::get_u32(section, "not a pointer", 4), 4u);
-    qdsim::zero_counter_blocks(section);
-    EXPECT_EQ(section["counters"]["rx"], 0);
-    EXPECT_EQ(section["counters"]["tx"], nlohmann::json::array({0, 0}));
-    EXPECT_EQ(section["groups"][0]["counters"]["drops"], 0);
-    EXPECT_EQ(section["groups"][0]["q_size"], 7);  // configuration stays
-    EXPECT_EQ(section["mtu"], 1500);
-    EXPECT_EQ(section["rates"]["mtu"], 1);
 }
 
 TEST_F(StateTest, ValuesAreReadByPointer) {

@@ -35,12 +35,6 @@ bool load_scenario_file(const std::string &path, ScenarioError &error);
 bool load_scenario_text(const std::string &text, const std::string &name, ScenarioError &error);
 // Loads the embedded default chassis.
 void load_default_scenario();
-// The embedded default scenario's text.
-const std::string &default_scenario_text();
-
-// How the shell printer renders typed output.
-enum class OutputMode { text, json, xml };
-void set_output_mode(OutputMode mode);
 
 // Where printer output and stdout-free text go (default: standard output).
 void set_output_sink(std::function<void(const std::string &)> sink);
@@ -129,7 +123,6 @@ std::uint64_t clock_ticks();
 // advance_clock moves it (a host that drives time itself, tests).
 enum class ClockMode { per_command, real_time, host };
 void set_clock_mode(ClockMode mode);
-ClockMode clock_mode();
 
 // What close_command would report for a handle so far (messages released
 // twice, never released, replies never received), without closing it.
@@ -140,13 +133,6 @@ std::vector<std::string> check_ledger(std::uint32_t mts_handle);
 std::vector<std::string> take_diagnostics();
 // Whether diagnostics are also written to standard error (on by default).
 void set_diagnostics_echo(bool echo);
-
-OutputMode output_mode();
-
-// Hands a response record a stream of attributes made by the host;
-// cmd_rsp_attr_getnext then walks it. Word 8 gets `mts_handle`; the stream
-// is released when that command is closed or the record gets another one.
-void attach_stream(cmd_rsp *rsp, std::vector<Attribute> attributes, std::uint32_t mts_handle);
 
 // Runs a command line with the platform's own commands (what vsh_system2
 // does when no runner is installed); a runner may hand lines it does not

@@ -6,7 +6,7 @@
 // the switch as the model holds it at that moment. The producer lives in a
 // file of its own:
 //
-//   const qdsim::shell::StreamProducerRegistrar producer{make_switch_stream};
+//   const qdsim::printer::StreamProducerRegistrar producer{make_switch_stream};
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@
 #include "model/model.hpp"
 #include "qdsim/sim.h"
 
-namespace qdsim::shell {
+namespace qdsim::printer {
 
 using StreamProducer = std::function<std::vector<Attribute>(Model &, std::uint32_t mts_handle)>;
 
@@ -26,4 +26,5 @@ struct StreamProducerRegistrar {
     explicit StreamProducerRegistrar(StreamProducer producer) { set_switch_stream_producer(std::move(producer)); }
 };
 
-}  // namespace qdsim::shell
+}  // namespace qdsim::printer
+

@@ -6,12 +6,12 @@
 
 #include "core/diagnostics.hpp"
 #include "core/lock.hpp"
-#include "core/session.hpp"
-#include "shell/printer.hpp"
-#include "shell/streams.hpp"
+#include "core/command_end.hpp"
+#include "printer/printer.hpp"
+#include "printer/streams.hpp"
 
 namespace qdsim {
-namespace shell {
+namespace printer {
 namespace {
 
 // A response record that carries a stream: words 0 and 1 of the record.
@@ -60,33 +60,37 @@ void set_switch_stream_producer(StreamProducer producer) {
     attributes().producer = std::move(producer);
 }
 
-}  // namespace shell
+}  // namespace printer
 
 void set_request_attributes(std::vector<Attribute> list) {
     SwitchLock lock(switch_mutex());
-    shell::attributes().request = std::move(list);
-    shell::attributes().next_request = 0;
+    printer::attributes().request = std::move(list);
+    printer::attributes().next_request = 0;
 }
+
+namespace {
 
 void attach_stream(cmd_rsp *rsp, std::vector<Attribute> list, std::uint32_t mts_handle) {
     SwitchLock lock(switch_mutex());
     if (rsp == nullptr) return;
-    shell::Attributes &a = shell::attributes();
-    if (rsp->platform0[0] == shell::kStreamMagic) a.streams.erase(rsp->platform0[1]);
+    printer::Attributes &a = printer::attributes();
+    if (rsp->platform0[0] == printer::kStreamMagic) a.streams.erase(rsp->platform0[1]);
     const std::uint32_t id = a.next_stream++;
     a.streams[id] = {std::move(list), 0, mts_handle};
     std::memset(rsp, 0, sizeof *rsp);
-    rsp->platform0[0] = shell::kStreamMagic;
+    rsp->platform0[0] = printer::kStreamMagic;
     rsp->platform0[1] = id;
     rsp->mts_handle = mts_handle;
 }
 
+}  // namespace
+
 void open_switch_stream(cmd_rsp *rsp, std::uint32_t mts_handle) {
     SwitchLock lock(switch_mutex());
     std::vector<Attribute> list;
-    if (shell::attributes().producer) {
+    if (printer::attributes().producer) {
         try {
-            list = shell::attributes().producer(current_model(), mts_handle);
+            list = printer::attributes().producer(current_model(), mts_handle);
         } catch (const std::exception &e) {
             diagnostic(std::string("the producer of the switch-wide stream failed: ") + e.what());
             list.clear();
@@ -105,7 +109,7 @@ extern "C" {
 
 std::int32_t cmd_req_attr_getnext(std::uint32_t handle, void **value, std::uint32_t *length) {
     SwitchLock lock(switch_mutex());
-    if (!shell::is_output_handle(handle)) {
+    if (!printer::is_output_handle(handle)) {
         diagnostic("cmd_req_attr_getnext with handle " + hex32(handle) + ", which is not an output handle");
         return -1;
     }
@@ -113,9 +117,9 @@ std::int32_t cmd_req_attr_getnext(std::uint32_t handle, void **value, std::uint3
         diagnostic("cmd_req_attr_getnext without somewhere to put the value");
         return -1;
     }
-    shell::Attributes &a = shell::attributes();
+    printer::Attributes &a = printer::attributes();
     if (a.next_request >= a.request.size()) return -1;
-    return shell::hand_out(a.request[a.next_request++], value, length);
+    return printer::hand_out(a.request[a.next_request++], value, length);
 }
 
 std::int32_t cmd_rsp_attr_getnext(cmd_rsp *rsp, void **value, std::uint32_t *length) {
@@ -124,18 +128,18 @@ std::int32_t cmd_rsp_attr_getnext(cmd_rsp *rsp, void **value, std::uint32_t *len
         diagnostic("cmd_rsp_attr_getnext without a response record or somewhere to put the value");
         return -1;
     }
-    if (rsp->platform0[0] != shell::kStreamMagic) {
+    if (rsp->platform0[0] != printer::kStreamMagic) {
         diagnostic("cmd_rsp_attr_getnext of a response record that carries no stream");
         return -1;
     }
-    auto it = shell::attributes().streams.find(rsp->platform0[1]);
-    if (it == shell::attributes().streams.end()) {
+    auto it = printer::attributes().streams.find(rsp->platform0[1]);
+    if (it == printer::attributes().streams.end()) {
         diagnostic("cmd_rsp_attr_getnext of a stream already released");
         return -1;
     }
-    shell::Stream &s = it->second;
+    printer::Stream &s = it->second;
     if (s.next >= s.attributes.size()) return -1;
-    return shell::hand_out(s.attributes[s.next++], value, length);
+    return printer::hand_out(s.attributes[s.next++], value, length);
 }
 
 }  // extern "C"

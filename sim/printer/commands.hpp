@@ -6,7 +6,7 @@
 // line goes to the platform's own commands, which services register by
 // their leading words:
 //
-//   const qdsim::shell::PlatformCommandRegistrar clear_pfc{"clear interface priority-flow-control", clear_pause};
+//   const qdsim::printer::PlatformCommandRegistrar clear_pfc{"clear interface priority-flow-control", clear_pause};
 //
 // The longest registered prefix that the line starts with (whole words)
 // runs; the handler gets the words after the prefix.
@@ -17,7 +17,7 @@
 
 #include "model/model.hpp"
 
-namespace qdsim::shell {
+namespace qdsim::printer {
 
 using PlatformCommand = std::function<int(const std::string &rest, Model &)>;
 
@@ -30,4 +30,4 @@ struct PlatformCommandRegistrar {
     }
 };
 
-}  // namespace qdsim::shell
+}  // namespace qdsim::printer

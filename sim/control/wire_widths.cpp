@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: MIT
-#include "model/wire_widths.hpp"
+#include "control/wire_widths.hpp"
 
+#include <algorithm>
 #include <array>
+#include <span>
 #include <string_view>
 #include <vector>
 
 namespace qdsim {
 namespace {
 
-// The end of a pointer, token by token ("*" matches any one token), and the
-// width of the field that carries the value found there.
+// The end of a pointer: the tokens of the record ("*" matches any one
+// token; leading "" match nothing), the fields in it, and the width of the
+// wire field that carries each.
 struct Narrow {
-    std::array<std::string_view, 5> tail;
+    std::array<std::string_view, 4> record;
+    std::span<const std::string_view> fields;
     unsigned bits;
 };
 
@@ -19,19 +23,16 @@ struct Narrow {
 // per-group counters are 32-bit words, the uplink drops too; the onboard log
 // counts pause events in 32 bits. ingress_discards16 is the reply's 16-bit
 // discard field: a rate makes it wrap there, a value set must fit it.
+constexpr std::string_view kGroupWords[] = {"rx_port_pkts",  "ucast_to_xbar",  "ucast_from_xbar",   "mcast_to_xbar",
+                                            "mcast_from_xbar", "tx_port_pkts", "ingress_discards32"};
+constexpr std::string_view kGroupHalfWords[] = {"ingress_discards16"};
+constexpr std::string_view kUplinkDrops[] = {"vaq_uplink_mcast_drops", "vaq_uplink_err_drops", "vaq_uplink_rx_drops"};
+constexpr std::string_view kPauseEvents[] = {"events"};
 constexpr Narrow kNarrow[] = {
-    {{"queuing", "qos_groups", "*", "counters", "rx_port_pkts"}, 32},
-    {{"queuing", "qos_groups", "*", "counters", "ucast_to_xbar"}, 32},
-    {{"queuing", "qos_groups", "*", "counters", "ucast_from_xbar"}, 32},
-    {{"queuing", "qos_groups", "*", "counters", "mcast_to_xbar"}, 32},
-    {{"queuing", "qos_groups", "*", "counters", "mcast_from_xbar"}, 32},
-    {{"queuing", "qos_groups", "*", "counters", "tx_port_pkts"}, 32},
-    {{"queuing", "qos_groups", "*", "counters", "ingress_discards16"}, 16},
-    {{"queuing", "qos_groups", "*", "counters", "ingress_discards32"}, 32},
-    {{"", "", "queuing", "counters", "vaq_uplink_mcast_drops"}, 32},
-    {{"", "", "queuing", "counters", "vaq_uplink_err_drops"}, 32},
-    {{"", "", "queuing", "counters", "vaq_uplink_rx_drops"}, 32},
-    {{"", "", "pause", "counters", "events"}, 32},
+    {{"queuing", "qos_groups", "*", "counters"}, kGroupWords, 32},
+    {{"queuing", "qos_groups", "*", "counters"}, kGroupHalfWords, 16},
+    {{"", "", "queuing", "counters"}, kUplinkDrops, 32},
+    {{"", "", "pause", "counters"}, kPauseEvents, 32},
 };
 
 std::vector<std::string> tokens_of(const std::string &pointer) {
@@ -50,12 +51,13 @@ std::vector<std::string> tokens_of(const std::string &pointer) {
 
 bool matches(const Narrow &n, const std::vector<std::string> &tokens) {
     std::size_t from = 0;
-    while (from < n.tail.size() && n.tail[from].empty()) ++from;
-    const std::size_t length = n.tail.size() - from;
-    if (tokens.size() < length) return false;
-    const std::size_t base = tokens.size() - length;
+    while (from < n.record.size() && n.record[from].empty()) ++from;
+    const std::size_t length = n.record.size() - from;
+    if (tokens.size() < length + 1) return false;
+    if (std::find(n.fields.begin(), n.fields.end(), tokens.back()) == n.fields.end()) return false;
+    const std::size_t base = tokens.size() - 1 - length;
     for (std::size_t k = 0; k < length; ++k)
-        if (n.tail[from + k] != "*" && n.tail[from + k] != tokens[base + k]) return false;
+        if (n.record[from + k] != "*" && n.record[from + k] != tokens[base + k]) return false;
     return true;
 }
 

@@ -7,10 +7,10 @@
 #include "core/errors.hpp"
 #include "core/lock.hpp"
 #include "qdcli/platform.h"
-#include "shell/commands.hpp"
+#include "printer/commands.hpp"
 
 namespace qdsim {
-namespace shell {
+namespace printer {
 namespace {
 
 struct Commands {
@@ -53,18 +53,18 @@ bool unregister_platform_command(const std::string &prefix) {
     return commands().table.erase(normalize(prefix)) != 0;
 }
 
-}  // namespace shell
+}  // namespace printer
 
 void set_command_runner(std::function<int(const std::string &)> runner) {
     SwitchLock lock(switch_mutex());
-    shell::commands().runner = std::move(runner);
+    printer::commands().runner = std::move(runner);
 }
 
 int run_platform_command(const std::string &line) {
     SwitchLock lock(switch_mutex());
-    const std::string words = shell::normalize(line);
-    const std::pair<const std::string, shell::PlatformCommand> *best = nullptr;
-    for (const auto &entry : shell::commands().table) {
+    const std::string words = printer::normalize(line);
+    const std::pair<const std::string, printer::PlatformCommand> *best = nullptr;
+    for (const auto &entry : printer::commands().table) {
         const std::string &prefix = entry.first;
         if (words.compare(0, prefix.size(), prefix) != 0) continue;
         if (words.size() > prefix.size() && words[prefix.size()] != ' ') continue;
@@ -75,7 +75,7 @@ int run_platform_command(const std::string &line) {
         return kErrUnsupported;
     }
     const std::string rest = words.size() > best->first.size() ? words.substr(best->first.size() + 1) : std::string();
-    const shell::PlatformCommand command = best->second;
+    const printer::PlatformCommand command = best->second;
     try {
         return command(rest, current_model());
     } catch (const std::exception &e) {
@@ -103,6 +103,6 @@ extern "C" std::int32_t vsh_system2(vsh_cmd_req *req) {
         return kErrBadArgument;
     }
     const std::string line = req->cmd_line;
-    const auto runner = shell::commands().runner;
+    const auto runner = printer::commands().runner;
     return runner ? runner(line) : run_platform_command(line);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "model/positions.hpp"
+#include "positions.hpp"
 
-#include "model/json_input.hpp"
+#include "json_input.hpp"
 
 #include <algorithm>
 #include <cstdio>

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "core/lock.hpp"
-#include "model/json_input.hpp"
+#include "json_input.hpp"
 #include "model/scenario.hpp"
-#include "model/wire_widths.hpp"
+#include "control/wire_widths.hpp"
 #include "qdsim/sim.h"
 
 namespace qdsim {
@@ -83,15 +83,6 @@ bool load_scenario_text(const std::string &text, const std::string &name, Scenar
 void load_default_scenario() {
     SwitchLock lock(switch_mutex());
     install_model(build_default_model());
-}
-
-const std::string &default_scenario_text() {
-    static const std::string text = [] {
-        ScenarioSource source;
-        ScenarioError error;
-        return read_default_scenario(source, error) ? source.doc.dump(2) + "\n" : std::string("{}\n");
-    }();
-    return text;
 }
 
 std::vector<InterfaceInfo> interfaces() {

@@ -14,10 +14,14 @@
 #include <string>
 #include <string_view>
 
-#include "model/json_access.hpp"
-#include "qdsim/sim.h"
+#include <nlohmann/json.hpp>
 
 namespace qdsim {
+
+using Json = nlohmann::json;
+
+// "/a~1b": one token of a JSON pointer, escaped (~ and /).
+std::string pointer_token(std::string_view token);
 
 constexpr std::size_t kMaxJsonDepth = 64;
 // Fifty times the largest chassis of scripts/gen-chassis (16 cards, 48

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The shell printer: typed arguments, formats, flushes.
-#include "shell/printer.hpp"
+#include "printer/printer.hpp"
 
 #include <cstdarg>
 #include <cstdio>
@@ -10,17 +10,17 @@
 #include "core/diagnostics.hpp"
 #include "core/errors.hpp"
 #include "core/lock.hpp"
-#include "core/session.hpp"
+#include "core/command_end.hpp"
 #include "model/model.hpp"
 #include "render/prt_render.hpp"
-#include "shell/catalogue.hpp"
-#include "shell/output.hpp"
+#include "qdcli/attributes.h"
+#include "printer/output.hpp"
 
-namespace qdsim::shell {
+namespace qdsim::printer {
 namespace {
 
-std::map<std::uint32_t, Flush> &pending() {
-    static std::map<std::uint32_t, Flush> buffers;
+std::map<std::uint32_t, PrinterFlush> &pending() {
+    static std::map<std::uint32_t, PrinterFlush> buffers;
     return buffers;
 }
 
@@ -42,8 +42,42 @@ bool format_is_plain(const char *format) {
     return true;
 }
 
+// Value length an attribute type takes (0: any, texts and markers), and
+// the type's name in complaints.
+std::uint32_t expected_length(qdcli_attr_type type) {
+    switch (type) {
+    case QDCLI_ATTR_U8: return 1;
+    case QDCLI_ATTR_U16: return 2;
+    case QDCLI_ATTR_U32:
+    case QDCLI_ATTR_I32:
+    case QDCLI_ATTR_IF_INDEX: return 4;
+    case QDCLI_ATTR_U64:
+    case QDCLI_ATTR_FLAGS8: return 8;
+    case QDCLI_ATTR_TEXT:
+    case QDCLI_ATTR_MARKER: return 0;
+    }
+    return 0;
+}
+
+const char *type_name(qdcli_attr_type type) {
+    switch (type) {
+    case QDCLI_ATTR_U8: return "u8";
+    case QDCLI_ATTR_U16: return "u16";
+    case QDCLI_ATTR_U32: return "u32";
+    case QDCLI_ATTR_U64: return "u64";
+    case QDCLI_ATTR_I32: return "i32";
+    case QDCLI_ATTR_IF_INDEX: return "if_index";
+    case QDCLI_ATTR_TEXT: return "text";
+    case QDCLI_ATTR_FLAGS8: return "flags8";
+    case QDCLI_ATTR_MARKER: return "marker";
+    }
+    return "?";
+}
+
+// The library's catalogue (compiled in) names and sizes the values; the
+// type, not the type byte, decides, and an ID outside it is not checked.
 void check_argument(std::uint32_t attr, const void *value, std::uint32_t length) {
-    const AttributeInfo *info = find_attribute(attr);
+    const qdcli_attr_info *info = qdcli_attr_find(attr);
     if (info == nullptr) return;
     if (value == nullptr && length > 0) {
         diagnostic("printer argument " + hex32(attr) + " (" + info->name + ") has no value");
@@ -58,7 +92,7 @@ void check_argument(std::uint32_t attr, const void *value, std::uint32_t length)
     }
     const std::uint32_t expected = expected_length(info->type);
     if (expected && length != expected)
-        diagnostic("printer argument " + hex32(attr) + " (" + info->name + ") is a " + kind_name(info->type) + " of " +
+        diagnostic("printer argument " + hex32(attr) + " (" + info->name + ") is a " + type_name(info->type) + " of " +
                    std::to_string(expected) + " bytes, given " + std::to_string(length));
 }
 
@@ -66,7 +100,7 @@ void check_argument(std::uint32_t attr, const void *value, std::uint32_t length)
 const CommandEndRegistrar deliver_leftovers{[](std::uint32_t mts_handle) {
     auto it = pending().find(output_handle(mts_handle));
     if (it == pending().end()) return;
-    Flush left = std::move(it->second);
+    PrinterFlush left = std::move(it->second);
     pending().erase(it);
     if (left.text.empty() && left.values.empty()) return;
     diagnostic("command " + hex32(mts_handle) + " ended with " + std::to_string(left.text.size()) +
@@ -75,14 +109,14 @@ const CommandEndRegistrar deliver_leftovers{[](std::uint32_t mts_handle) {
 }};
 
 }  // namespace
-}  // namespace qdsim::shell
+}  // namespace qdsim::printer
 
 using namespace qdsim;
 
 extern "C" {
 
 std::uint32_t cmd_paraminfo_to_rxhandle(cmd_paraminfo *pinfo) {
-    return shell::output_handle(pinfo ? pinfo->mts_handle : 0);
+    return printer::output_handle(pinfo ? pinfo->mts_handle : 0);
 }
 
 std::int32_t cmd_prt_arg_make(cmd_prt_arg *arg, std::uint32_t attr_id, const void *value, std::uint32_t length) {
@@ -91,14 +125,14 @@ std::int32_t cmd_prt_arg_make(cmd_prt_arg *arg, std::uint32_t attr_id, const voi
         diagnostic("cmd_prt_arg_make without an argument record");
         return kErrBadArgument;
     }
-    shell::check_argument(attr_id, value, length);
+    printer::check_argument(attr_id, value, length);
     qdprt::encode_arg(arg, attr_id, value, length);
     return 0;
 }
 
 std::int32_t cmd_prt(std::uint32_t handle, const char *format, ...) {
     SwitchLock lock(switch_mutex());
-    if (!shell::is_output_handle(handle)) {
+    if (!printer::is_output_handle(handle)) {
         diagnostic("cmd_prt with handle " + hex32(handle) + ", which is not an output handle");
         return kErrBadArgument;
     }
@@ -106,7 +140,7 @@ std::int32_t cmd_prt(std::uint32_t handle, const char *format, ...) {
         diagnostic("cmd_prt without a format");
         return kErrBadArgument;
     }
-    if (!shell::format_is_plain(format))
+    if (!printer::format_is_plain(format))
         diagnostic(std::string("cmd_prt format \"") + format + "\" has a conversion other than %s and %%");
     const std::size_t count = qdprt::count_conversions(format);
     std::vector<qdprt::ArgView> args;
@@ -118,14 +152,14 @@ std::int32_t cmd_prt(std::uint32_t handle, const char *format, ...) {
         args.push_back(qdprt::decode_arg(record));
     }
     va_end(ap);
-    shell::Flush &out = shell::pending()[handle];
+    PrinterFlush &out = printer::pending()[handle];
     out.text += qdprt::render(format, args);
     for (const qdprt::ArgView &a : args) {
-        shell::PrintedValue v;
-        v.attr = a.attr;
+        Attribute v;
+        v.id = a.attr;
         if (a.value != nullptr) {
             const auto *bytes = static_cast<const std::uint8_t *>(a.value);
-            v.bytes.assign(bytes, bytes + a.length);
+            v.value.assign(bytes, bytes + a.length);
         }
         out.values.push_back(std::move(v));
     }
@@ -134,15 +168,15 @@ std::int32_t cmd_prt(std::uint32_t handle, const char *format, ...) {
 
 std::int32_t cmd_prt_send(std::uint32_t handle) {
     SwitchLock lock(switch_mutex());
-    if (!shell::is_output_handle(handle)) {
+    if (!printer::is_output_handle(handle)) {
         diagnostic("cmd_prt_send with handle " + hex32(handle) + ", which is not an output handle");
         return kErrBadArgument;
     }
-    auto it = shell::pending().find(handle);
-    if (it == shell::pending().end()) return 0;
-    shell::Flush flush = std::move(it->second);
-    shell::pending().erase(it);
-    shell::deliver_flush(std::move(flush));
+    auto it = printer::pending().find(handle);
+    if (it == printer::pending().end()) return 0;
+    PrinterFlush flush = std::move(it->second);
+    printer::pending().erase(it);
+    printer::deliver_flush(std::move(flush));
     return 0;
 }
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "model/positions.hpp"
+#include "positions.hpp"
 
 namespace qdsim {
 

@@ -6,11 +6,11 @@
 
 #include <cstdint>
 
-namespace qdsim::shell {
+namespace qdsim::printer {
 
 constexpr std::uint32_t kOutputHandleBit = 0x40000000u;
 
 inline std::uint32_t output_handle(std::uint32_t mts_handle) { return kOutputHandleBit | (mts_handle & 0x3fffffffu); }
 inline bool is_output_handle(std::uint32_t handle) { return (handle & kOutputHandleBit) != 0; }
 
-}  // namespace qdsim::shell
+}  // namespace qdsim::printer

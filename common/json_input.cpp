@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "model/json_input.hpp"
+#include "json_input.hpp"
 
-#include "model/positions.hpp"
+#include "positions.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -261,6 +261,16 @@ std::string quoted_excerpt(std::string_view text) {
     constexpr std::size_t kMost = 64;
     if (text.size() <= kMost) return "\"" + std::string(text) + "\"";
     return "\"" + std::string(text.substr(0, kMost)) + "\"...";
+}
+
+std::string pointer_token(std::string_view token) {
+    std::string out = "/";
+    for (char c : token) {
+        if (c == '~') out += "~0";
+        else if (c == '/') out += "~1";
+        else out += c;
+    }
+    return out;
 }
 
 }  // namespace qdsim

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "model/merge.hpp"
+#include "merge.hpp"
 
 #include <vector>
 

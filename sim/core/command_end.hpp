@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Commands: a transport handle per command, and what happens when one ends.
+// What happens when a command ends: services register hooks, and
+// qdsim::close_command runs them.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +13,8 @@ namespace qdsim {
 // attribute streams of the command are released, ...).
 using CommandEndHook = std::function<void(std::uint32_t mts_handle)>;
 void on_command_end(CommandEndHook hook);
+// Runs every hook for `mts_handle`; the caller holds the switch lock.
+void run_command_end_hooks(std::uint32_t mts_handle);
 
 struct CommandEndRegistrar {
     explicit CommandEndRegistrar(CommandEndHook hook) { on_command_end(std::move(hook)); }

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "core/session.hpp"
-
+// Commands as hosts run them: a transport handle each, the clock, the end.
 #include <chrono>
 #include <vector>
 
+#include "core/cleanup.hpp"
+#include "core/command_end.hpp"
 #include "core/diagnostics.hpp"
 #include "core/lock.hpp"
 #include "model/model.hpp"
@@ -12,11 +13,6 @@
 
 namespace qdsim {
 namespace {
-
-std::vector<CommandEndHook> &hooks() {
-    static std::vector<CommandEndHook> list;
-    return list;
-}
 
 // The clock mode and, in real time, where the clock started and how many
 // whole seconds of it the model has been given.
@@ -54,15 +50,6 @@ void set_clock_mode(ClockMode mode) {
     c.applied = 0;
 }
 
-ClockMode clock_mode() {
-    SwitchLock lock(switch_mutex());
-    return clock_state().mode;
-}
-
-void on_command_end(CommandEndHook hook) {
-    SwitchLock lock(switch_mutex());
-    hooks().push_back(std::move(hook));
-}
 
 std::uint32_t open_command() {
     SwitchLock lock(switch_mutex());
@@ -76,7 +63,7 @@ void close_command(std::uint32_t mts_handle) {
         diagnostic("close_command of handle " + hex32(mts_handle) + ", which is not open");
         return;
     }
-    for (const CommandEndHook &hook : hooks()) hook(mts_handle);
+    run_command_end_hooks(mts_handle);
     for (const std::string &problem : mts::close_handle(mts_handle))
         diagnostic("command " + hex32(mts_handle) + ": " + problem);
     Model &model = current_model();
@@ -86,5 +73,10 @@ void close_command(std::uint32_t mts_handle) {
 std::size_t live_messages() { return mts::live_messages(); }
 
 std::vector<std::string> check_ledger(std::uint32_t mts_handle) { return mts::check_handle(mts_handle); }
+
+void shutdown() {
+    SwitchLock lock(switch_mutex());
+    run_cleanups();
+}
 
 }  // namespace qdsim

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "model/json_access.hpp"
+#include "json_input.hpp"
 
 namespace qdsim {
 
