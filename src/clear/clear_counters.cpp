@@ -134,9 +134,8 @@ extern "C" std::int32_t qd_cli_clear_qos_stats_all(cmd_paraminfo *pinfo) {
 }
 
 extern "C" std::int32_t qd_cli_clear_queuing_interface(cmd_paraminfo *pinfo) {
-    return guarded(
-        [&]() -> std::int32_t {
-            if (pinfo == nullptr) return 1;
+    return guarded_command(
+        pinfo, [&]() -> std::int32_t {
 
             // When the first argument is missing or is not an interface, the
             // command is refused after its message and nothing at all is
@@ -169,9 +168,8 @@ extern "C" std::int32_t qd_cli_clear_queuing_interface(cmd_paraminfo *pinfo) {
 }
 
 extern "C" std::int32_t qd_cli_clear_queuing_all(cmd_paraminfo *pinfo) {
-    return guarded(
-        [&]() -> std::int32_t {
-            if (pinfo == nullptr) return 1;
+    return guarded_command(
+        pinfo, [&]() -> std::int32_t {
 
             ReceivedMessage reply(pinfo->mts_handle);
             const ExchangeResult exchange =

@@ -129,9 +129,8 @@ std::int32_t show_cosmap(const cmd_paraminfo &pinfo) {
 extern "C" {
 
 QDCLI_EXPORT int32_t qd_cli_no_wrrqueue_cosmap(cmd_paraminfo *pinfo) {
-    return qdcli::guarded(
-        [&]() -> std::int32_t {
-            if (pinfo == nullptr) return 1;
+    return qdcli::guarded_command(
+        pinfo, [&]() -> std::int32_t {
             // Never refused: the remove works on every platform.
             return qdcli::send_cosmap_change(*pinfo, QD_CLI_CMD_NO_WRR_COSMAP);
         },
@@ -139,9 +138,8 @@ QDCLI_EXPORT int32_t qd_cli_no_wrrqueue_cosmap(cmd_paraminfo *pinfo) {
 }
 
 QDCLI_EXPORT int32_t qd_cli_conf_wrrqueue_cosmap(cmd_paraminfo *pinfo) {
-    return qdcli::guarded(
-        [&]() -> std::int32_t {
-            if (pinfo == nullptr) return 1;
+    return qdcli::guarded_command(
+        pinfo, [&]() -> std::int32_t {
             if (qd_cli_platform_type_get() >= 2) {
                 qdcli::refuse_on_platform();
                 return 0;
@@ -156,9 +154,8 @@ QDCLI_EXPORT int32_t qd_cli_conf_wrrqueue_cosmap(cmd_paraminfo *pinfo) {
 }
 
 QDCLI_EXPORT int32_t qd_cli_show_wrrqueue_cosmap(cmd_paraminfo *pinfo) {
-    return qdcli::guarded(
-        [&]() -> std::int32_t {
-            if (pinfo == nullptr) return 1;
+    return qdcli::guarded_command(
+        pinfo, [&]() -> std::int32_t {
             return qdcli::show_cosmap(*pinfo);
         },
         qdcli::kInternalFailure);

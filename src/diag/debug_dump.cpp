@@ -159,20 +159,20 @@ std::int32_t debug_show_all(const cmd_paraminfo &pinfo) {
 extern "C" {
 
 QDCLI_EXPORT int32_t qd_cli_show_memstats(cmd_paraminfo *pinfo) {
-    return qdcli::guarded(
-        [&]() -> std::int32_t { return pinfo == nullptr ? 1 : qdcli::show_memstats(*pinfo); },
+    return qdcli::guarded_command(
+        pinfo, [&]() -> std::int32_t { return qdcli::show_memstats(*pinfo); },
         qdcli::kInternalFailure);
 }
 
 QDCLI_EXPORT int32_t qd_cli_debug_show_intf(cmd_paraminfo *pinfo) {
-    return qdcli::guarded(
-        [&]() -> std::int32_t { return pinfo == nullptr ? 1 : qdcli::debug_show_intf(*pinfo); },
+    return qdcli::guarded_command(
+        pinfo, [&]() -> std::int32_t { return qdcli::debug_show_intf(*pinfo); },
         qdcli::kInternalFailure);
 }
 
 QDCLI_EXPORT int32_t qd_cli_debug_show_all(cmd_paraminfo *pinfo) {
-    return qdcli::guarded(
-        [&]() -> std::int32_t { return pinfo == nullptr ? 1 : qdcli::debug_show_all(*pinfo); },
+    return qdcli::guarded_command(
+        pinfo, [&]() -> std::int32_t { return qdcli::debug_show_all(*pinfo); },
         qdcli::kInternalFailure);
 }
 

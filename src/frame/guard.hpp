@@ -6,8 +6,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <new>
+#include <utility>
 
 #include "output/observe.hpp"
+#include "qdcli/platform.h"
 
 namespace qdcli {
 
@@ -23,6 +25,13 @@ auto guarded(F &&body, decltype(body()) on_failure) noexcept -> decltype(body())
         observe::failure(QDCLI_FAILURE_INTERNAL, "internal error in command handler\n");
     }
     return on_failure;
+}
+
+// A handler's body, given the shell's record: a call without one has
+// nothing to print to and returns 1.
+template <class F>
+std::int32_t guarded_command(const cmd_paraminfo *pinfo, F &&body, std::int32_t on_failure) noexcept {
+    return pinfo == nullptr ? 1 : guarded(std::forward<F>(body), on_failure);
 }
 
 template <class F>

@@ -206,23 +206,32 @@ void print_port_map(Printer &out, const Tables &t) {
     out.line(kMapRule);
 }
 
+// One direction: its title, the headings of its tables, and its ctrl, data
+// and drop tables.
+struct DirectionLayout {
+    const char *title, *heading, *drop_rule, *drop_heading;
+    TableLayout ctrl, data, drop;
+};
+
 void print_report(Printer &out, const Tables &t) {
     using namespace col;
+    const DirectionLayout directions[] = {
+        {" N2H direction \n", kN2hHeading, kN2hDropRule, kN2hDropHeading,
+         {"n2h_ctrl", t.n2h_ctrl, n2h_width, attr::n2h_ctrl_glb_idx, " %-7s", attr::n2h_ctrl_enif_rcvd},
+         {"n2h_data", t.n2h_data, n2h_width, attr::n2h_data_glb_idx, " %-7s", attr::n2h_data_enif_rcvd},
+         {"n2h_drop", t.n2h_drop, n2h_drop_width, attr::n2h_drop_glb_idx, " %-3s", attr::n2h_drop_enif_rx_drop}},
+        {" H2N direction \n", kH2nHeading, kH2nDropRule, kH2nDropHeading,
+         {"h2n_ctrl", t.h2n_ctrl, h2n_width, attr::h2n_ctrl_glb_idx, " %-7s", attr::h2n_ctrl_inif_sent},
+         {"h2n_data", t.h2n_data, h2n_width, attr::h2n_data_glb_idx, " %-7s", attr::h2n_data_inif_sent},
+         {"h2n_drop", t.h2n_drop, h2n_drop_width, attr::h2n_drop_glb_idx, " %-3s", attr::h2n_drop_inif_tx_drop}},
+    };
     out.line("\n");
-    print_direction(out, " N2H direction \n");
-    print_pkts_table(out, " ctrl pkts     \n", kN2hHeading, t.rows,
-                     {"n2h_ctrl", t.n2h_ctrl, n2h_width, attr::n2h_ctrl_glb_idx, " %-7s", attr::n2h_ctrl_enif_rcvd});
-    print_pkts_table(out, " data pkts     \n", kN2hHeading, t.rows,
-                     {"n2h_data", t.n2h_data, n2h_width, attr::n2h_data_glb_idx, " %-7s", attr::n2h_data_enif_rcvd});
-    print_drop_table(out, kN2hDropRule, kN2hDropHeading, t.rows,
-                     {"n2h_drop", t.n2h_drop, n2h_drop_width, attr::n2h_drop_glb_idx, " %-3s", attr::n2h_drop_enif_rx_drop});
-    print_direction(out, " H2N direction \n");
-    print_pkts_table(out, " ctrl pkts     \n", kH2nHeading, t.rows,
-                     {"h2n_ctrl", t.h2n_ctrl, h2n_width, attr::h2n_ctrl_glb_idx, " %-7s", attr::h2n_ctrl_inif_sent});
-    print_pkts_table(out, " data pkts     \n", kH2nHeading, t.rows,
-                     {"h2n_data", t.h2n_data, h2n_width, attr::h2n_data_glb_idx, " %-7s", attr::h2n_data_inif_sent});
-    print_drop_table(out, kH2nDropRule, kH2nDropHeading, t.rows,
-                     {"h2n_drop", t.h2n_drop, h2n_drop_width, attr::h2n_drop_glb_idx, " %-3s", attr::h2n_drop_inif_tx_drop});
+    for (const DirectionLayout &d : directions) {
+        print_direction(out, d.title);
+        print_pkts_table(out, " ctrl pkts     \n", d.heading, t.rows, d.ctrl);
+        print_pkts_table(out, " data pkts     \n", d.heading, t.rows, d.data);
+        print_drop_table(out, d.drop_rule, d.drop_heading, t.rows, d.drop);
+    }
     print_port_map(out, t);
     out.flush();
 }

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 
 #include "frame/guard.hpp"
 #include "catalogue/attribute_ids.hpp"
@@ -114,6 +115,17 @@ std::size_t readable_records(int segment, std::int32_t count, std::size_t reques
     return static_cast<std::size_t>(count) < whole ? static_cast<std::size_t>(count) : whole;
 }
 
+// A failure of the platform, told and printed in the service's words.
+std::int32_t refused(const char *message) {
+    observe::fail_on_stdout(QDCLI_FAILURE_PLATFORM, -1, "%s", message);
+    return -1;
+}
+
+// A list's heading: its title, then its two column lines between dashes.
+void heading(const char *title, const char *dashes, const char *columns, const char *second) {
+    for (const char *line : {title, dashes, columns, second, dashes}) std::puts(line);
+}
+
 }  // namespace
 }  // namespace qdcli
 
@@ -127,16 +139,10 @@ extern "C" std::int32_t qd_cli_show_logging_onboard_flow_control_td(void) {
             pause_count_table table;
             std::memset(&table, 0, sizeof table);
             table.subcmd = ONBOARD_LOG_PAUSE_COUNTS;
-            if (sse_call2(SSE_OP_ONBOARD_LOG, &table, sizeof table) == -1) {
-                observe::fail_on_stdout(QDCLI_FAILURE_PLATFORM, -1, "%s", "There was a problem processing the request.");
-                return -1;
-            }
-
-            std::puts("\n\nNumber of Pause Events per Port");
-            std::puts(kCountsDashes);
-            std::puts("Ethernet      Number of");
-            std::puts("Interface     Pause Events");
-            std::puts(kCountsDashes);
+            if (sse_call2(SSE_OP_ONBOARD_LOG, &table, sizeof table) == -1)
+                return refused("There was a problem processing the request.");
+            heading("\n\nNumber of Pause Events per Port", kCountsDashes, "Ethernet      Number of",
+                    "Interface     Pause Events");
 
             bool any = false;
             for (int module = 1; module <= kModules; ++module) {
@@ -168,8 +174,7 @@ extern "C" std::int32_t qd_cli_show_logging_onboard_flow_control_pe(void) {
                     std::fputs("No Pause Events have occurred.", stdout);
                     return 0;
                 }
-                observe::fail_on_stdout(QDCLI_FAILURE_PLATFORM, -1, "%s", "The command failed.");
-                return -1;
+                return refused("The command failed.");
             }
 
             // A count of 0 or below asks for a segment of any size (no record
@@ -180,21 +185,10 @@ extern "C" std::int32_t qd_cli_show_logging_onboard_flow_control_pe(void) {
                 query.count > 0 ? static_cast<std::size_t>(query.count) * PAUSE_EVENT_REC_SIZE : 0;
             const key_t key = ftok(PAUSE_LOG_FTOK_PATH, PAUSE_LOG_FTOK_ID);
             const int segment = key == static_cast<key_t>(-1) ? -1 : shmget(key, requested_size, 0666);
-            if (segment < 0) {
-                observe::fail_on_stdout(QDCLI_FAILURE_PLATFORM, -1, "%s", "Error Locating shared memory space!");
-                return -1;
-            }
+            if (segment < 0) return refused("Error Locating shared memory space!");
             void *base = shmat(segment, nullptr, 0);
-            if (base == reinterpret_cast<void *>(-1)) {
-                observe::fail_on_stdout(QDCLI_FAILURE_PLATFORM, -1, "%s", "Error attaching to the shared memory space!");
-                return -1;
-            }
-
-            std::puts("\n\nList of Pause Events");
-            std::puts(kEventsDashes);
-            std::puts("Ethernet         Timestamp");
-            std::puts("Interface");
-            std::puts(kEventsDashes);
+            if (base == reinterpret_cast<void *>(-1)) return refused("Error attaching to the shared memory space!");
+            heading("\n\nList of Pause Events", kEventsDashes, "Ethernet         Timestamp", "Interface");
 
             const std::size_t records = readable_records(segment, query.count, requested_size);
             const auto *bytes = static_cast<const std::uint8_t *>(base);

@@ -21,12 +21,11 @@
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 
-using qdcli::guarded;
+using qdcli::guarded_command;
 
 extern "C" int32_t qd_cli_show_queuing_interface(cmd_paraminfo *pinfo) {
-    return guarded(
-        [&]() -> std::int32_t {
-            if (pinfo == nullptr) return 1;
+    return guarded_command(
+        pinfo, [&]() -> std::int32_t {
             const std::uint32_t handle = cmd_paraminfo_to_rxhandle(pinfo);
             bool named = false;
             std::int32_t result = 0;
@@ -52,9 +51,8 @@ extern "C" int32_t qd_cli_show_queuing_interface(cmd_paraminfo *pinfo) {
 }
 
 extern "C" int32_t qd_cli_show_queuing_ifindex(cmd_paraminfo *pinfo, uint32_t if_index) {
-    return guarded(
-        [&]() -> std::int32_t {
-            if (pinfo == nullptr) return 1;
+    return guarded_command(
+        pinfo, [&]() -> std::int32_t {
             const qdcli::CheckedInterface checked = qdcli::check_interface(if_index);
             if (!checked.accepted) return 0;
             switch (checked.type) {
@@ -71,9 +69,8 @@ extern "C" int32_t qd_cli_show_queuing_ifindex(cmd_paraminfo *pinfo, uint32_t if
 }
 
 extern "C" int32_t qd_cli_show_queuing_intf_all(cmd_paraminfo *pinfo) {
-    return guarded(
-        [&]() -> std::int32_t {
-            if (pinfo == nullptr) return 1;
+    return guarded_command(
+        pinfo, [&]() -> std::int32_t {
             // Each interface reported with 0 is closed by a newline; an
             // unsupported one or a transport failure is not, and none of
             // them stops the walk.

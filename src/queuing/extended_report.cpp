@@ -151,12 +151,11 @@ std::optional<ExtendedQueuing> decode_extended_queuing(const PayloadReader &payl
 
 }  // namespace qdcli
 
-using qdcli::guarded;
+using qdcli::guarded_command;
 
 extern "C" int32_t qd_cli_show_queuing_intf_extend(cmd_paraminfo *pinfo) {
-    return guarded(
-        [&]() -> std::int32_t {
-            if (pinfo == nullptr) return 1;
+    return guarded_command(
+        pinfo, [&]() -> std::int32_t {
             const cmd_param_arg *first = pinfo->argc >= 1 ? qdcli::command_arg(pinfo, 1) : nullptr;
             return qd_cli_show_queuing_ifindex_extend(pinfo, qdcli::arg_u32(first));
         },
@@ -164,9 +163,8 @@ extern "C" int32_t qd_cli_show_queuing_intf_extend(cmd_paraminfo *pinfo) {
 }
 
 extern "C" int32_t qd_cli_show_queuing_ifindex_extend(cmd_paraminfo *pinfo, uint32_t if_index) {
-    return guarded(
-        [&]() -> std::int32_t {
-            if (pinfo == nullptr) return 1;
+    return guarded_command(
+        pinfo, [&]() -> std::int32_t {
             const qdcli::CheckedInterface checked = qdcli::check_interface(if_index);
             if (!checked.accepted) return 0;
             if (checked.type != IF_TYPE_ETH && checked.type != IF_TYPE_ETH_ALT) return 0;
@@ -176,9 +174,8 @@ extern "C" int32_t qd_cli_show_queuing_ifindex_extend(cmd_paraminfo *pinfo, uint
 }
 
 extern "C" int32_t qd_cli_show_queuing_if_extend(cmd_paraminfo *pinfo, uint32_t if_index, const char *if_name) {
-    return guarded(
-        [&]() -> std::int32_t {
-            if (pinfo == nullptr) return 1;
+    return guarded_command(
+        pinfo, [&]() -> std::int32_t {
             return qdcli::show_if_extend(pinfo, if_index, if_name);
         },
         0);
