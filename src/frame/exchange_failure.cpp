@@ -56,4 +56,9 @@ std::optional<std::int32_t> told_on_printer(Printer &out, const ExchangeResult &
     return std::nullopt;
 }
 
+std::optional<std::int32_t> ask_daemon(Printer &out, std::uint32_t mts_handle, std::uint8_t command,
+                                       std::uint32_t if_index, ReceivedMessage &reply, std::size_t buffer_size) {
+    return told_on_printer(out, qd_exchange(mts_handle, command, if_index, 0, Reply::read, reply), buffer_size);
+}
+
 }  // namespace qdcli

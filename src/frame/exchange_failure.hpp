@@ -28,4 +28,9 @@ std::optional<std::int32_t> told_by_interface_clear(const ExchangeResult &result
 // or "mts payload is empty"; flushed at once.
 std::optional<std::int32_t> told_on_printer(Printer &out, const ExchangeResult &result, std::size_t buffer_size);
 
+// Asks the daemon `command` about an interface and receives its reply into
+// `reply`; a failure is told on the printer as told_on_printer() tells it.
+std::optional<std::int32_t> ask_daemon(Printer &out, std::uint32_t mts_handle, std::uint8_t command,
+                                       std::uint32_t if_index, ReceivedMessage &reply, std::size_t buffer_size);
+
 }  // namespace qdcli

@@ -97,8 +97,8 @@ std::int32_t show_internal_stats(cmd_paraminfo *pinfo, std::uint32_t if_index, c
     NifPort nif;
     {
         ReceivedMessage reply(mts_handle);
-        const ExchangeResult exchange = qd_exchange(mts_handle, QD_CLI_CMD_GET_NIF_PORT, if_index, 0, Reply::read, reply);
-        if (const auto status = told_on_printer(out, exchange, kMessageBuffer)) return *status;
+        if (const auto status = ask_daemon(out, mts_handle, QD_CLI_CMD_GET_NIF_PORT, if_index, reply, kMessageBuffer))
+            return *status;
         const PayloadReader payload = reply.payload();
         if (!payload.covers(0, kNifReplySize)) {
             tell(out, QDCLI_FAILURE_TRUNCATED, 0, "Truncated NIF port reply: %zu of %zu bytes\n", payload.length(), kNifReplySize);

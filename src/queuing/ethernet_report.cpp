@@ -105,9 +105,8 @@ std::int32_t show_queuing_if(cmd_paraminfo *pinfo, std::uint32_t if_index, const
     const observe::Subject subject(observe::interface(if_index, if_name));
 
     ReceivedMessage reply(pinfo->mts_handle);
-    const ExchangeResult exchange =
-        qd_exchange(pinfo->mts_handle, QD_CLI_CMD_SHOW_IF_QUEUING, if_index, 0, Reply::read, reply);
-    if (const auto status = told_on_printer(out, exchange, kMessageBuffer)) return *status;
+    if (const auto status = ask_daemon(out, pinfo->mts_handle, QD_CLI_CMD_SHOW_IF_QUEUING, if_index, reply, kMessageBuffer))
+        return *status;
 
     const PayloadReader payload = reply.payload();
     if (queuing_reply_unsupported(payload)) {

@@ -104,9 +104,8 @@ std::int32_t show_if_extend(cmd_paraminfo *pinfo, std::uint32_t if_index, const 
     Printer out(pinfo);
     const observe::Subject subject(observe::interface(if_index, if_name));
     ReceivedMessage reply(pinfo->mts_handle);
-    const ExchangeResult sent =
-        qd_exchange(pinfo->mts_handle, QD_CLI_CMD_SHOW_IF_EXTEND, if_index, 0, Reply::read, reply);
-    if (const auto status = told_on_printer(out, sent, kErrorBufferSize)) return *status;
+    if (const auto status = ask_daemon(out, pinfo->mts_handle, QD_CLI_CMD_SHOW_IF_EXTEND, if_index, reply, kErrorBufferSize))
+        return *status;
 
     const PayloadReader payload = reply.payload();
     if (payload.covers(ExtendedQueuingLayout::status, 4) &&
