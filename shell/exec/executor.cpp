@@ -14,6 +14,7 @@
 #include "cli/natural_sort.hpp"
 #include "cli/options.hpp"
 #include "cli/pipeline.hpp"
+#include "interface_spelling.hpp"
 #include "qdcli/platform.h"
 #include "qdcli/wire.h"
 #include "qdsim/sim.h"
@@ -113,24 +114,13 @@ const char *type_name(std::uint8_t type) {
     }
 }
 
-// Interface names that complete `partial`: "eth1/" completes to every
-// "Ethernet1/..." (letters compared without case, as an abbreviation).
+// Interface names that complete `partial`, spelled as a person may spell
+// an interface ("eth1/" completes to every "Ethernet1/...").
 std::vector<std::string> interface_completions(const std::string &partial) {
-    std::size_t split = 0;
-    while (split < partial.size() && std::isalpha(static_cast<unsigned char>(partial[split]))) ++split;
-    const std::string letters = partial.substr(0, split);
-    const std::string rest = partial.substr(split);
+    const std::string wanted = qdsim::expand_interface_name(partial);
     std::vector<std::string> names;
-    for (const qdsim::InterfaceInfo &i : qdsim::interfaces()) {
-        std::size_t n = 0;
-        while (n < i.name.size() && std::isalpha(static_cast<unsigned char>(i.name[n]))) ++n;
-        const std::string name_letters = i.name.substr(0, n);
-        const bool letters_ok =
-            letters.size() <= name_letters.size() &&
-            std::equal(letters.begin(), letters.end(), name_letters.begin(),
-                       [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b)); });
-        if (letters_ok && i.name.substr(n).starts_with(rest)) names.push_back(i.name);
-    }
+    for (const qdsim::InterfaceInfo &i : qdsim::interfaces())
+        if (qdsim::fold_interface_name(i.name).starts_with(wanted)) names.push_back(i.name);
     natural_sort(names);
     return names;
 }
