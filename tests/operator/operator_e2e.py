@@ -49,8 +49,8 @@ def watch_rates_match_the_switch_across_a_32_bit_wrap():
     start = 2**32 - rates[0]["rx_port_pkts"] // 2
     docs = documents(qdsh("--simulated-clock", "-o", "json", "--compact",
                           "-c", f"sim set {E48}/queuing/qos_groups/0/counters/rx_port_pkts {start}",
-                          "-c", "watch --interval 1 --count 3 show queuing interface ethernet1/48").stdout)
-    check(len(docs) == 3, f"watch --count 3 printed {len(docs)} documents")
+                          "-c", "watch --interval 1 --count 3 show queuing interface ethernet1/48").stdout)[1:]
+    check(len(docs) == 3, f"watch --count 3 printed {len(docs)} documents after the one of sim set")
     check("deltas" not in json.dumps(docs[0]), "the first sample has no deltas")
     for doc in docs[1:]:
         check(doc["interval"] == 1 and doc["timestamp"].endswith("Z"), f"sample {doc['sample']}: interval and timestamp")
@@ -71,7 +71,8 @@ def watch_rates_match_the_switch_across_a_32_bit_wrap():
               for l in text.splitlines()), "text watch marks the change and the wrap:\n" + text[:2000])
 
 
-def metrics_output_is_valid():
+# The types are operator_test.cpp's; one "# EOF" a run, the OpenMetrics parser's below.
+def metrics_give_the_documents_values():
     prom = qdsh("-o", "prometheus", "-c", "show queuing interface").stdout  # two interfaces unsupported: left out
     families = {f.name: f for f in parse_prometheus(prom)}
     doc = documents(qdsh("-o", "json", "--compact", "-c", "show queuing interface ethernet1/48").stdout)[0]
@@ -79,9 +80,6 @@ def metrics_output_is_valid():
     got = [s.value for s in families["qdcli_rx_port_pkts"].samples
            if s.labels == {"interface": "Ethernet1/48", "qos_group": "0"}]
     check(got == [want], f"qdcli_rx_port_pkts_total of Ethernet1/48 qos-group 0: {got}, JSON says {want}")
-    check(families["qdcli_rx_port_pkts"].type == "counter" and families["qdcli_q_size_bytes"].type == "gauge", "types")
-    om = qdsh("-o", "openmetrics", "-c", "show vaq no-credit-drops", "-c", "show queuing interface e1/1").stdout
-    check(om.endswith("# EOF\n") and om.count("# EOF") == 1, "one OpenMetrics exposition for the run")
 
 
 def every_scenario_follows_the_conventions():
@@ -196,7 +194,7 @@ def the_metrics_reference_is_current():
           "docs/METRICS.md differs from qdsh --metric-names (paste its output between the markers)")
 
 
-for test in (the_metrics_reference_is_current, every_scenario_follows_the_conventions, watch_rates_match_the_switch_across_a_32_bit_wrap, metrics_output_is_valid,
+for test in (the_metrics_reference_is_current, every_scenario_follows_the_conventions, watch_rates_match_the_switch_across_a_32_bit_wrap, metrics_give_the_documents_values,
              nonzero_leaves_out_zero_rows, serve_answers_scrapes_and_stops, serve_times_out_a_slow_collection):
     test()
 qdsh_test.finish()

@@ -132,12 +132,8 @@ TEST(Match, ErrorsNameWhatWasWrong) {
         {"debug qd show port 4294967296", "number \"4294967296\" is out of range: expected 0 to 4294967295"},
         {"debug qd show port 0x1ffffffff", "number \"0x1ffffffff\" is out of range: expected 0 to 4294967295"},
         {"debug qd show port 12ab", "invalid number \"12ab\""},
-        {"cl q", "ambiguous command word \"q\": may be queuing, qos"},
-        {"debug qd show port", "incomplete command \"debug qd show port\": expected NUMBER"},
         {"show queuing interface extended", "expected an interface, not the command word \"extended\""},
         {"sim show interfaces", "invalid JSON pointer \"interfaces\": it starts with /"},
-        {"show wrr-queue cos-map now", "unexpected \"now\" after \"show wrr-queue cos-map\""},
-        {"show bogus", "unexpected \"bogus\" after \"show\": expected wrr-queue, queuing, system, logging, vaq"},
     };
     for (const auto &[line, error] : cases) EXPECT_EQ(error_of(line), error) << line;
 }
