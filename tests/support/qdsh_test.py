@@ -91,8 +91,8 @@ def prometheus(binary, tmp, targets, interval=1, labels="{}"):
     port = free_port()
     config = os.path.join(tmp, "prometheus.yml")
     with open(config, "w") as f:
-        f.write(f"global:\n  scrape_interval: {interval}s\n  scrape_timeout: {interval}s\n"
-                f"  evaluation_interval: {interval}s\n"
+        f.write(f"global:\n  scrape_interval: {interval:g}s\n  scrape_timeout: {interval:g}s\n"
+                f"  evaluation_interval: {interval:g}s\n"
                 f"rule_files: ['{RULES}/qdcli-rules.yml', '{RULES}/qdcli-alerts.yml']\n"
                 "scrape_configs:\n  - job_name: prometheus\n    static_configs:\n"
                 f"      - targets: ['127.0.0.1:{port}']\n  - job_name: qdcli\n    static_configs:\n"
