@@ -260,6 +260,9 @@ def main():
             rx = eth["interfaces"][0]["rx_queues"]
             if [r["rx_qos_group"] for r in rx] != [0, 1, 2, 3] or rx[3]["ingress_discards"] != 70872:
                 fail("ethernet1/1", "receive rows wrong")
+        vaq = docs[("default", "show vaq no-credit-drops")]
+        if vaq is not None and [e.get("vaq") for e in vaq["extenders"]] != [101, 102]:
+            fail("extenders", f"not one object an extender: {vaq['extenders']}")
         # Every attribute of the catalogue is printed by some command above
         # (one printed but not catalogued fails the schemas), but stream
         # attributes the simulated daemon never sends (the alternative limits
