@@ -54,6 +54,26 @@ TEST(CommandTable, EveryHandlerIsExportedByTheLibrary) {
     }
 }
 
+TEST(CommandTable, ListParametersComeLast) {
+    for (const Command &c : qdsh::commands())
+        for (std::size_t i = 0; i + 1 < c.elements.size(); ++i)
+            EXPECT_FALSE(c.elements[i].greedy()) << c.pattern;
+}
+
+// What each debug view sends is in tests/e2e/cases/debug-views; other
+// commands keep clear of the identifiers the debug dump turns into a view.
+TEST(CommandTable, DebugViewsCoverEveryIdentifierTheDumpKnows) {
+    std::set<std::uint32_t> views;
+    for (const Command &c : qdsh::commands())
+        if (c.handler == "qd_cli_debug_show_all") views.insert(c.cmd_id);
+    EXPECT_EQ(views.size(), 22u);
+    for (const Command &c : qdsh::commands()) {
+        if (c.handler != "qd_cli_debug_show_all" && c.call != Call::builtin) {
+            EXPECT_EQ(views.count(c.cmd_id), 0u) << c.pattern << " uses debug identifier " << c.cmd_id;
+        }
+    }
+}
+
 TEST(CommandTable, EveryPatternMatchesItself) {
     const std::map<std::string, std::string> sample = {
         {"QUEUE", "1"}, {"COS...", "3"}, {"IF", "eth1/1"}, {"IF-LIST", "eth1/1"}, {"NUMBER", "5"},
