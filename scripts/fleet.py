@@ -21,27 +21,19 @@ import json
 import os
 import random
 import shutil
-import signal
-import socket
 import statistics
 import subprocess
 import sys
 import tempfile
 import time
-import urllib.parse
-import urllib.request
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-RULES = os.path.join(ROOT, "share", "qdcli", "prometheus")
+sys.path.insert(0, os.path.join(ROOT, "tests", "support"))
+from qdsh_test import prometheus as start_prometheus, query, serve, stop, write_json  # noqa: E402
+
 COMMANDS = ["show queuing interface", "show vaq no-credit-drops", "show logging onboard flow-control pause-count"]
 CLK_TCK = os.sysconf("SC_CLK_TCK")
 STORM_SWITCH = 7  # the switch whose Ethernet1/1 gets the pause storm
-
-
-def free_port():
-    with socket.socket() as s:
-        s.bind(("127.0.0.1", 0))
-        return s.getsockname()[1]
 
 
 def scenario(number, rng):
@@ -76,29 +68,9 @@ def proc_usage(pid):
         return 0.0, 0
 
 
-def query(port, expression, at=None):
-    params = {"query": expression}
-    if at is not None:
-        params["time"] = at
-    url = f"http://127.0.0.1:{port}/api/v1/query?" + urllib.parse.urlencode(params)
-    with urllib.request.urlopen(url, timeout=10) as response:
-        answer = json.load(response)
-    return answer["data"]["result"] if answer.get("status") == "success" else []
-
-
 def scalar(port, expression):
     result = query(port, expression)
     return float(result[0]["value"][1]) if result else float("nan")
-
-
-def stop(process):
-    if process.poll() is None:
-        process.send_signal(signal.SIGTERM)
-        try:
-            process.wait(timeout=10)
-        except subprocess.TimeoutExpired:
-            process.kill()
-            process.wait()
 
 
 def percentile(values, p):
@@ -128,34 +100,18 @@ def main():
     exporters, server = [], None
     with tempfile.TemporaryDirectory(prefix="qdcli-fleet-") as tmp:
         try:
-            config = os.path.join(tmp, "serve.json")
-            with open(config, "w") as f:
-                json.dump({"commands": COMMANDS, "timeout_seconds": max(1.0, args.interval - 1)}, f)
+            config = write_json(tmp, "serve.json", {"commands": COMMANDS,
+                                                    "timeout_seconds": max(1.0, args.interval - 1)})
             targets = []
             for number in range(args.switches):
-                path = os.path.join(tmp, f"switch{number}.json")
-                with open(path, "w") as f:
-                    json.dump(scenario(number, rng), f)
-                p = subprocess.Popen([qdsh, "--scenario", path, "serve", "--listen", "127.0.0.1:0", "--config", config],
-                                     stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+                path = write_json(tmp, f"switch{number}.json", scenario(number, rng))
+                try:
+                    p, port = serve(qdsh, "--config", config, options=("--scenario", path))
+                except RuntimeError as e:
+                    sys.exit(f"fleet: exporter {number}: {e}")
                 exporters.append(p)
-                line = p.stderr.readline()
-                if not line.startswith("qdsh: serving http://127.0.0.1:"):
-                    sys.exit(f"fleet: exporter {number} did not start: {line}{p.stderr.read()[:500]}")
-                targets.append(line.rsplit(":", 1)[1].split("/")[0])
-            web = free_port()
-            with open(os.path.join(tmp, "prometheus.yml"), "w") as f:
-                f.write(f"global:\n  scrape_interval: {args.interval}s\n  scrape_timeout: {args.interval}s\n"
-                        f"  evaluation_interval: {args.interval}s\n"
-                        f"rule_files: ['{RULES}/qdcli-rules.yml', '{RULES}/qdcli-alerts.yml']\n"
-                        "scrape_configs:\n  - job_name: prometheus\n    static_configs:\n"
-                        f"      - targets: ['127.0.0.1:{web}']\n  - job_name: qdcli\n    static_configs:\n"
-                        "      - targets: [" + ", ".join(f"'127.0.0.1:{t}'" for t in targets) + "]\n"
-                        "        labels: {fleet: simulated}\n")
-            server = subprocess.Popen(
-                [prometheus, "--config.file=" + os.path.join(tmp, "prometheus.yml"),
-                 "--storage.tsdb.path=" + os.path.join(tmp, "data"), f"--web.listen-address=127.0.0.1:{web}",
-                 "--log.level=warn"], stdout=subprocess.DEVNULL, stderr=open(os.path.join(tmp, "prometheus.log"), "w"))
+                targets.append(port)
+            server, web = start_prometheus(prometheus, tmp, targets, args.interval, "{fleet: simulated}")
             began = time.monotonic()
             cpu_start = {p.pid: proc_usage(p.pid)[0] for p in exporters + [server]}
             storm = f"127.0.0.1:{targets[STORM_SWITCH % len(targets)]}"
@@ -179,9 +135,7 @@ def main():
             seconds = time.monotonic() - began
             cpu = {p.pid: (proc_usage(p.pid)[0] - cpu_start[p.pid]) / seconds for p in exporters + [server]}
             window = f"{int(seconds) - 30}s"
-            durations = [float(v[1]) for r in json.load(urllib.request.urlopen(
-                f"http://127.0.0.1:{web}/api/v1/query?" + urllib.parse.urlencode(
-                    {"query": f'scrape_duration_seconds{{job="qdcli"}}[{window}]'}), timeout=30))["data"]["result"]
+            durations = [float(v[1]) for r in query(web, f'scrape_duration_seconds{{job="qdcli"}}[{window}]', 30)
                          for v in r["values"]]
             series = [float(r["value"][1]) for r in query(web, 'scrape_samples_scraped{job="qdcli"}')]
             storms = [a["metric"] for a in fired if a["metric"]["alertname"] == "QdcliPfcPauseStorm"]

@@ -7,7 +7,6 @@ keeps its answer within 1 s and peak memory stays under twice the idle size.
     serve_load.py QDSH
 """
 import gzip
-import json
 import os
 import signal
 import socket
@@ -17,14 +16,10 @@ import tempfile
 import threading
 import time
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support"))
+from qdsh_test import check, finish, serving, write_json  # noqa: E402
+
 QDSH = sys.argv[1]
-failures = []
-
-
-def check(ok, what):
-    print("ok  " if ok else "FAIL", what, flush=True)
-    if not ok:
-        failures.append(what)
 
 
 def kilobytes(p, field):
@@ -171,19 +166,7 @@ def run(p, port, config):
 
 
 with tempfile.TemporaryDirectory() as tmp:
-    config = os.path.join(tmp, "serve.json")
-    with open(config, "w") as f:
-        json.dump({"commands": ["show queuing interface ethernet1/48"], "timeout_seconds": 5}, f)
-    p = subprocess.Popen([QDSH, "serve", "--listen", "127.0.0.1:0", "--config", config],
-                         stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True)
-    try:
-        line = p.stderr.readline()
-        check(line.startswith("qdsh: serving http://127.0.0.1:"), "serve says where it listens: " + line)
-        run(p, int(line.rsplit(":", 1)[1].split("/")[0]), config)
-    finally:
-        if p.poll() is None:
-            p.kill()
-            p.wait()
-if failures:
-    print(f"{len(failures)} checks failed")
-    sys.exit(1)
+    config = write_json(tmp, "serve.json", {"commands": ["show queuing interface ethernet1/48"], "timeout_seconds": 5})
+    with serving(QDSH, "--config", config) as (p, port):
+        run(p, port, config)
+finish()

@@ -2,11 +2,11 @@
 # SPDX-License-Identifier: MIT
 # The generated man page and bash completion of qdsh: the page renders
 # without warnings, lexgrog reads its NAME, its SYNOPSIS shows every form of
-# --help on a line of its own; the completion loads (tests/term drives it in
-# bash).
-# Usage: man_completion_test.sh QDSH MAN_PAGE COMPLETION
+# --help on a line of its own (tests/term loads the completion and drives it
+# in bash).
+# Usage: man_completion_test.sh QDSH MAN_PAGE
 set -uo pipefail
-qdsh=$1 page=$2 completion=$3
+qdsh=$1 page=$2
 failures=0
 fail() { echo "FAIL: $*" >&2; failures=$((failures + 1)); }
 
@@ -19,10 +19,6 @@ while IFS= read -r form; do
   grep -qxF "       qdsh $form" <<<"$synopsis" || fail "the SYNOPSIS lacks \"qdsh $form\""
 done < <("$qdsh" --help | sed -n 's/^\(Usage:\| \{6\}\) qdsh \(.*\)$/\2/p')
 [ "$(grep -c '^       qdsh ' <<<"$synopsis")" -ge 7 ] || fail "the SYNOPSIS lists fewer than 7 forms"
-
-# shellcheck source=/dev/null
-source "$completion"
-complete -p qdsh >/dev/null 2>&1 || fail "the completion does not register itself for qdsh"
 
 [ "$failures" -eq 0 ] && echo "man page and completion agree with qdsh"
 exit $((failures != 0))
