@@ -267,7 +267,7 @@ std::vector<Bytes> qdfuzz_seeds_switch_stream() {
         eth.attr_u32(0x02ff00cau, g % 2).attr_u32(0x02ff00cbu, 1);
     }
     eth.attr_u32(0x14ff00ccu, 77);
-    Bytes eth_type3 = eth.bytes();
+    Bytes eth_type3 = eth;
     eth_type3[0] = 1;
 
     Frames hif;

@@ -92,10 +92,6 @@ Session::Session() {
     command_.handle(kMtsHandle);
 }
 
-void Session::reply(const std::uint8_t *data, std::size_t size) {
-    reply(data != nullptr ? Bytes(data, data + size) : Bytes{});
-}
-
 void Session::reply(Bytes payload) { pf().replies.push_back(qdtest::Reply::bytes(std::move(payload))); }
 
 std::size_t Session::replies(Input &in, std::size_t limit) {

@@ -76,7 +76,6 @@ public:
     qdtest::Platform &pf() { return qdtest::platform(); }
 
     // Scripts the next exchange with a reply carrying these bytes.
-    void reply(const std::uint8_t *data, std::size_t size);
     void reply(Bytes payload);
     // Scripts exchanges from frames until the input ends or `limit` are
     // scripted; returns how many.
@@ -145,7 +144,6 @@ public:
     Frames &attr_u16(std::uint32_t id, std::uint16_t value);
     Frames &attr_u32(std::uint32_t id, std::uint32_t value);
     Frames &attr_u64(std::uint32_t id, std::uint64_t value);
-    Bytes bytes() const { return bytes_; }
     operator Bytes() const { return bytes_; }
 
 private:

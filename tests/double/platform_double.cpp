@@ -25,7 +25,6 @@ struct LedgerEntry {
     bool dropped = false;
     int drops = 0;
     std::uint32_t token = 0;
-    std::size_t request = 0;  // index into sent
     bool has_payload = false;
     GuardedBytes payload;
 };
@@ -266,7 +265,6 @@ int32_t mts_send(uint32_t handle, uint32_t node, uint32_t sap, uint32_t opcode, 
     }
     LedgerEntry entry;
     entry.token = s.next_token++;
-    entry.request = s.platform.sent.size() - 1;
     s.ledger.push_back(std::move(entry));
     s.last_sent = s.ledger.size() - 1;
     qdtest::stamp(msg, s.ledger.size());
@@ -295,9 +293,6 @@ int32_t mts_recv(uint32_t handle, mts_msg *msg, const mts_recv_opts *opts) {
         return -98;
     }
     LedgerEntry &sent = s.ledger[*s.last_sent];
-    qdtest::SentRequest &request = s.platform.sent[sent.request];
-    if (opts) request.recv_opts = *opts;
-    request.received = true;
     if (sent.drops == 0) s.errors.push_back("sent message not released before the receive");
     if (!opts || opts->word[3] != sent.token) s.errors.push_back("mts_recv does not wait for the request's token");
     s.last_sent.reset();
@@ -433,19 +428,12 @@ int32_t sse_call(uint32_t op, sse_req *req) {
         return -1;
     }
     if (p.platform_type_rc != 0) return p.platform_type_rc;
-    std::int32_t answer = p.platform_type;
-    if (!p.platform_type_answers.empty()) {
-        answer = p.platform_type_answers.front();
-        p.platform_type_answers.pop_front();
-    }
-    std::memcpy(req->answer, &answer, 4);
+    std::memcpy(req->answer, &p.platform_type, 4);
     return 0;
 }
 
 int32_t sse_call2(uint32_t op, void *buffer, uint32_t length) {
     auto &p = state().platform;
-    const auto *b = static_cast<const std::uint8_t *>(buffer);
-    p.sse_call2_requests.emplace_back(b, b + length);
     return p.sse_call2_handler ? p.sse_call2_handler(op, buffer, length) : -1;
 }
 
@@ -494,9 +482,9 @@ uint32_t hton_if_index(uint32_t if_index) { return htonl(if_index); }
 int32_t if_index_sat_get_sat_from_slot(uint8_t slot, uint8_t *sat) {
     auto &p = state().platform;
     auto it = p.sat_of_slot.find(slot);
-    if (it == p.sat_of_slot.end()) return p.sat_of_slot_rc ? p.sat_of_slot_rc : -1;
+    if (it == p.sat_of_slot.end()) return -1;
     *sat = it->second;
-    return p.sat_of_slot_rc;
+    return 0;
 }
 
 int32_t if_index_sat_get_slot_from_sat_mod(uint32_t sat, uint32_t module, uint8_t *slot) {
@@ -509,7 +497,6 @@ int32_t if_index_sat_get_slot_from_sat_mod(uint32_t sat, uint32_t module, uint8_
 
 int32_t satmgr_get_module_info(uint8_t slot, satmgr_module_info *info) {
     auto &p = state().platform;
-    p.module_queries.push_back(slot);
     auto it = p.module_node.find(slot);
     if (it == p.module_node.end()) return -1;
     std::memset(info, 0, sizeof *info);
@@ -519,7 +506,6 @@ int32_t satmgr_get_module_info(uint8_t slot, satmgr_module_info *info) {
 
 int32_t statscl_get_qos_counters(uint32_t a, uint32_t if_index, uint32_t b, qos_counter_block *block) {
     auto &p = state().platform;
-    p.qos_counter_queries.push_back(if_index);
     if (a != 0 || b != 0) state().errors.push_back("statscl_get_qos_counters with non-zero arguments");
     if (p.qos_counters_rc != 0) return p.qos_counters_rc;
     auto it = p.tx_queue_drops.find(if_index);

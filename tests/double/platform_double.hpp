@@ -62,8 +62,6 @@ struct SentRequest {
     std::uint32_t sap = 0;
     std::uint32_t opcode = 0;
     Bytes payload{};
-    mts_recv_opts recv_opts{};  // options of the receive that followed (zero if none)
-    bool received = false;
 };
 
 struct PrinterArg {
@@ -151,24 +149,19 @@ struct Platform {
     std::int32_t platform_type = 2;
     std::int32_t platform_type_rc = 0;
     int platform_type_queries = 0;
-    std::deque<std::int32_t> platform_type_answers;  // answered first, one per query, before platform_type
     std::uint32_t vdc = 1;
     std::int32_t card_query_rc = 0;
     std::uint16_t card_id = 0;
     std::uint32_t sw_card_id = 0;
     std::function<std::int32_t(std::uint32_t op, void *buffer, std::uint32_t length)> sse_call2_handler;
-    std::vector<Bytes> sse_call2_requests;
 
     // --- interfaces and extenders ---
     std::map<std::uint32_t, Interface> interfaces;
     std::map<std::uint8_t, std::uint8_t> sat_of_slot;   // if_index_sat_get_sat_from_slot
-    std::int32_t sat_of_slot_rc = 0;
     std::map<std::uint32_t, std::uint8_t> slot_of_sat;  // key: sat number passed (module 0)
     std::map<std::uint8_t, std::uint32_t> module_node;  // satmgr_get_module_info: slot -> node
-    std::vector<std::uint32_t> module_queries;          // slots asked
     std::map<std::uint32_t, std::uint64_t> tx_queue_drops;  // statscl_get_qos_counters
     std::int32_t qos_counters_rc = 0;
-    std::vector<std::uint32_t> qos_counter_queries;
     std::vector<std::uint32_t> qos_clears;
     std::int32_t qos_clear_rc = 0;
 

@@ -24,16 +24,12 @@
 #include <vector>
 
 #include "harness/registry.hpp"
+#include "inputs.hpp"
 #include "support/capture_stdout.hpp"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-qdfuzz::Bytes read_file(const fs::path &path) {
-    std::ifstream in(path, std::ios::binary);
-    return qdfuzz::Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 void run(const qdfuzz::Target &target, const qdfuzz::Bytes &input, const std::string &label) {
     qdfuzz::set_input_label(label);
@@ -44,22 +40,9 @@ void run(const qdfuzz::Target &target, const qdfuzz::Bytes &input, const std::st
 // each directory in name order.
 template <class Visit>
 std::size_t for_each_input(const qdfuzz::Target &target, int count, char **dirs, Visit &&visit) {
-    std::size_t inputs = 0;
     const std::vector<qdfuzz::Bytes> seeds = target.seeds();
-    for (std::size_t i = 0; i < seeds.size(); ++i, ++inputs) visit(seeds[i], "seed " + std::to_string(i));
-    for (int d = 0; d < count; ++d) {
-        const fs::path dir(dirs[d]);
-        if (!fs::is_directory(dir)) continue;
-        std::vector<fs::path> files;
-        for (const auto &entry : fs::directory_iterator(dir))
-            if (entry.is_regular_file()) files.push_back(entry.path());
-        std::sort(files.begin(), files.end());
-        for (const fs::path &file : files) {
-            visit(read_file(file), file.filename().string());
-            ++inputs;
-        }
-    }
-    return inputs;
+    for (std::size_t i = 0; i < seeds.size(); ++i) visit(seeds[i], "seed " + std::to_string(i));
+    return seeds.size() + fuzzreplay::for_each_file<qdfuzz::Bytes>(count, dirs, visit);
 }
 
 int replay(const qdfuzz::Target &target, int count, char **dirs) {

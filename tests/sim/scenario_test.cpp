@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: MIT
 // Loading scenarios: the embedded default, templates, and refusals that
 // name the file, the line and the column.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <fstream>
+
+#include "json_input.hpp"
 
 #include "model/model.hpp"
 #include "model/sections.hpp"
@@ -33,21 +38,6 @@ protected:
     }
 };
 
-TEST_F(ScenarioTest, TheEmbeddedDefaultIsASmallChassis) {
-    EXPECT_EQ(count(26), 96u);
-    EXPECT_EQ(count(31), 96u);
-    EXPECT_EQ(qdsim::interfaces().size(), 192u);
-    qdsim::Model &m = qdsim::current_model();
-    EXPECT_EQ(m.platform_type(), 2);
-    EXPECT_EQ(m.vdc(), 1u);
-    ASSERT_EQ(m.extenders().size(), 2u);
-    EXPECT_EQ(m.extenders()[0].number, 101);
-    EXPECT_EQ(m.extenders()[1].number, 102);
-    EXPECT_EQ(m.line_cards().size(), 2u);
-    EXPECT_EQ(m.extender(101)->ports.size(), 48u);
-    EXPECT_EQ(m.interface(m.extender(101)->uplinks[0])->name, "Ethernet1/48");
-}
-
 // Line 1 declares a line card and extender 101; a case's own part is line 2.
 const std::string kHead = R"({"ethernet": [{"slot": 1, "ports": "1-2"}],)"
                           R"( "extenders": [{"number": 101, "slot": 33, "uplink": "Ethernet1/2", "ports": 1}],)"
@@ -60,6 +50,9 @@ std::string host(const std::string &s) {
 std::string vaq_drops(const std::string &s) {
     return R"({"ethernet": [{"slot": 1, "ports": 1}], "extenders": [{"number": 101, "slot": 33,)"
            R"( "uplink": "Ethernet1/1", "ports": 1, "vaq_drops": )" + s + "}]}";
+}
+std::string other(const std::string &name) {
+    return R"({"ethernet": [{"slot": 1, "ports": 1}], "other_interfaces": [{"name": ")" + name + R"(", "type": 40}]})";
 }
 std::string switch_report(const std::string &s) { return kHead + R"( "switch_report": )" + s + "}"; }
 std::string repeated(const std::string &member, int n, int modulo) {
@@ -149,6 +142,11 @@ TEST_F(ScenarioTest, RefusalsNameWhereAndWhy) {
         {host(R"({"queue_stats": [{"queue_id": 1, "counters": {"rx": -1}}]})"), "2:104",
          hif + "queue_stats/0/counters/rx: expected a counter (an unsigned integer)"},
         {host(R"({"pfc": true})"), "2:60", hif + "pfc: unknown member \"pfc\""},
+        // Interface names are plain text.
+        {other("a\\u001b[2Jb"), "", "an interface name must be plain text: character 2 is a control character"},
+        {other("a\\u0000b"), "", "an interface name must be plain text: character 2 is a control character"},
+        {other("a\\u009bb"), "", "an interface name must be plain text: character 2 is a control character"},
+        {other("a\\u007fb"), "", "an interface name must be plain text: character 2 is a control character"},
         // The switch-wide report names a host interface.
         {switch_report(R"({"host_interface": "Ethernet1/1"})"), "", "at /switch_report/host_interface: no host interface named \"Ethernet1/1\""},
         {switch_report(R"({"host_interface": "Ethernet101/1/4"})"), "", "no host interface named \"Ethernet101/1/4\""},
@@ -296,22 +294,31 @@ TEST_F(ScenarioTest, LeftOutMembersTakeTheirDefaults) {
     EXPECT_EQ(qdsim::current_model().ticks(), 5u);
 }
 
-TEST_F(ScenarioTest, ExtendsBuildsOnTheDefault) {
-    ASSERT_TRUE(loads(R"({"extends": "default", "platform": {"type": 3}})"));
-    EXPECT_EQ(qdsim::current_model().platform_type(), 3);
-    EXPECT_EQ(qdsim::interfaces().size(), 192u);
-}
-
+// Only regular files of bounded size are read (a FIFO would block forever
+// if opened plainly); a refused file names itself, and the line and column
+// of the wrong value.
 TEST_F(ScenarioTest, FilesAreReadAndTheirErrorsNamed) {
-    const std::string path = ::testing::TempDir() + "qdsim_scenario_test.json";
-    std::ofstream(path) << "{\n  \"ethernet\": [{\"slot\": 1, \"ports\": 1}],\n  \"cos_map\": [9]\n}\n";
-    ScenarioError e;
-    EXPECT_FALSE(qdsim::load_scenario_file(path, e));
-    EXPECT_EQ(e.file, path);
-    EXPECT_EQ(e.line, 3u);
-    EXPECT_EQ(e.column, 14u);
-    EXPECT_FALSE(qdsim::load_scenario_file(path + ".missing", e));
-    EXPECT_NE(e.message().find("cannot be read"), std::string::npos);
+    const std::string dir = ::testing::TempDir(), fifo = dir + "qdsim_scenario_fifo";
+    const std::string big = dir + "qdsim_scenario_big.json", extends_zero = dir + "qdsim_scenario_extends.json";
+    const std::string bad = dir + "qdsim_scenario_test.json";
+    unlink(fifo.c_str());
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    std::ofstream(big) << "{}";
+    ASSERT_EQ(truncate(big.c_str(), static_cast<off_t>(qdsim::kMaxScenarioBytes) + 1), 0);  // sparse
+    std::ofstream(extends_zero) << R"({"extends": "/dev/zero"})";
+    std::ofstream(bad) << "{\n  \"ethernet\": [{\"slot\": 1, \"ports\": 1}],\n  \"cos_map\": [9]\n}\n";
+    const std::pair<std::string, std::string> cases[] = {
+        {"/dev/zero", "/dev/zero: is not a regular file"}, {fifo, "is not a regular file"}, {"/tmp", "is a directory"},
+        {big, "is larger than 64 MiB"},  {extends_zero, "/dev/zero: is not a regular file"},
+        {bad + ".missing", "cannot be read"}, {bad, bad + ":3:14: "},
+    };
+    for (const auto &[path, reason] : cases) {
+        ScenarioError e;
+        EXPECT_FALSE(qdsim::load_scenario_file(path, e)) << path;
+        EXPECT_NE(e.message().find(reason), std::string::npos) << e.message();
+    }
+    EXPECT_EQ(qdsim::interfaces().size(), 192u) << "the running switch is kept";
+    for (const std::string &path : {fifo, big, extends_zero, bad}) unlink(path.c_str());
 }
 
 TEST_F(ScenarioTest, TheShippedExamplesLoad) {

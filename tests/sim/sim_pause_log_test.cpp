@@ -66,19 +66,16 @@ protected:
         ASSERT_TRUE(qdsim::load_scenario_text(scenario, "pause.json", e)) << e.message();
     }
 
-    std::int32_t counts(std::string &out) {
+    // Runs one of the two reports; remembers the key the events report published.
+    std::int32_t report(std::int32_t (*handler)(), std::string &out) {
         testing::internal::CaptureStdout();
-        const std::int32_t rc = qd_cli_show_logging_onboard_flow_control_td();
-        out = testing::internal::GetCapturedStdout();
-        return rc;
-    }
-    std::int32_t events(std::string &out) {
-        testing::internal::CaptureStdout();
-        const std::int32_t rc = qd_cli_show_logging_onboard_flow_control_pe();
+        const std::int32_t rc = handler();
         out = testing::internal::GetCapturedStdout();
         if (exists(PAUSE_LOG_FTOK_PATH)) key_ = ftok(PAUSE_LOG_FTOK_PATH, PAUSE_LOG_FTOK_ID);
         return rc;
     }
+    std::int32_t counts(std::string &out) { return report(qd_cli_show_logging_onboard_flow_control_td, out); }
+    std::int32_t events(std::string &out) { return report(qd_cli_show_logging_onboard_flow_control_pe, out); }
     // Size of the segment under the key now, 0 when there is none.
     std::size_t segment_size() const {
         const int id = shmget(key_, 0, 0);
@@ -121,15 +118,6 @@ protected:
     bool keep_user_file_ = false;
 };
 
-TEST_F(PauseLogTest, EventsGoToASegmentOfTheirSizeThatEveryoneMayRead) {
-    std::string out;
-    EXPECT_EQ(events(out), 0);
-    EXPECT_EQ(segment_size(), 11u * PAUSE_EVENT_REC_SIZE);
-    shmid_ds info{};
-    ASSERT_EQ(shmctl(shmget(key_, 0, 0), IPC_STAT, &info), 0);
-    EXPECT_EQ(info.shm_perm.mode & 0777, 0666u);
-}
-
 TEST_F(PauseLogTest, NoEventsStillLeaveASegmentToFind) {
     load(R"({"ethernet": [{"slot": 1, "ports": "1-4"}]})");
     std::string out;
@@ -140,17 +128,21 @@ TEST_F(PauseLogTest, NoEventsStillLeaveASegmentToFind) {
     EXPECT_EQ(segment_size(), PAUSE_EVENT_REC_SIZE);
 }
 
+// Events go to a segment of their size that everyone may read.
 TEST_F(PauseLogTest, TheSegmentFollowsTheLogsSize) {
     std::string out, error;
     ASSERT_EQ(events(out), 0);
+    EXPECT_EQ(segment_size(), 11u * PAUSE_EVENT_REC_SIZE);
     const int first = shmget(key_, 0, 0);
+    shmid_ds info{};
+    ASSERT_EQ(shmctl(first, IPC_STAT, &info), 0);
+    EXPECT_EQ(info.shm_perm.mode & 0777, 0666u);
     ASSERT_EQ(events(out), 0);
     EXPECT_EQ(shmget(key_, 0, 0), first);  // same size: the same segment
     ASSERT_TRUE(qdsim::set_state_value("/interfaces/Ethernet1~12/pause", R"({"events": [{"time": "2026-11-23 08:00:00.000001"}]})", error)) << error;
     ASSERT_EQ(events(out), 0);
     EXPECT_NE(out.find(" 1/2             2026-11-23 08:00:00.000001 \n 1/1 "), std::string::npos) << out;
     EXPECT_EQ(segment_size(), 12u * PAUSE_EVENT_REC_SIZE);
-    shmid_ds info{};
     EXPECT_NE(shmctl(first, IPC_STAT, &info), 0);  // the old one is gone
 }
 
