@@ -2,13 +2,14 @@
 # SPDX-License-Identifier: MIT
 # Prints how large the test code is against the code it tests, in non-blank
 # lines of C++, shell, Python and CMake files, and fails when the tests pass
-# the limit (default 35 %). Test code is tests/ and the fuzz harnesses of
-# fuzz/; golden outputs, corpora and data files are not counted.
+# the limit (default 39 %; the aim is 35 %). Test code is tests/ and the
+# fuzz harnesses of fuzz/; golden outputs, corpora and data files are not
+# counted.
 #
 #   scripts/test-ratio.sh [SOURCE_DIR] [LIMIT_PERCENT]
 set -euo pipefail
 root=${1:-$(dirname "$0")/..}
-limit=${2:-35}
+limit=${2:-39}
 cd "$root"
 
 count() {  # non-blank lines of the counted files under the given folders
