@@ -23,11 +23,7 @@ constexpr std::int32_t kLinkDown = 0x40aa0011;
 
 class ClearInterfaceTest : public qdtest::PlatformTest {
 protected:
-    void SetUp() override {
-        PlatformTest::SetUp();
-        pf().add_interface(kEth, 26, "Ethernet1/7");
-        pf().add_interface(kHif, 31, "Ethernet101/1/3");
-    }
+    ClearInterfaceTest() : PlatformTest({{kEth, 26, "Ethernet1/7"}, {kHif, 31, "Ethernet101/1/3"}}) {}
     std::int32_t run(Command &command, std::string &out) {
         std::int32_t rc = 0;
         out = qdtest::capture_stdout([&] { rc = qd_cli_clear_queuing_interface(command.info()); });

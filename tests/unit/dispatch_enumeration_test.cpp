@@ -32,14 +32,9 @@ const PassTable kPasses[4] = {
 
 class EnumerationTest : public qdtest::PlatformTest {
 protected:
-    void SetUp() override {
-        PlatformTest::SetUp();
-        pf().add_interface(kEthOk, 26, "Ethernet1/1");
-        pf().add_interface(kEthUnsupported, 26, "Ethernet1/2");
-        pf().add_interface(kAltDown, 1, "port-alt3");
-        pf().add_interface(kHif, 31, "Ethernet101/1/1", 6);
-        pf().add_interface(kOther, 5, "mgmt0");
-    }
+    EnumerationTest()
+        : PlatformTest({{kEthOk, 26, "Ethernet1/1"}, {kEthUnsupported, 26, "Ethernet1/2"}, {kAltDown, 1, "port-alt3"},
+                        {kHif, 31, "Ethernet101/1/1", 6}, {kOther, 5, "mgmt0"}}) {}
     std::string run_all(qdtest::Command &cmd) {
         return qdtest::capture_stdout([&] { EXPECT_EQ(qd_cli_show_queuing_intf_all(cmd.info()), 0); });
     }

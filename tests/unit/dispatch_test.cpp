@@ -42,14 +42,11 @@ Attr if_attr(std::uint32_t if_index) { return Attr{ATTR_IF_INDEX, qdtest::host32
 
 class DispatchTest : public qdtest::PlatformTest {
 protected:
+    DispatchTest()
+        : PlatformTest({{kEth1, 26, "Ethernet1/1"}, {kEth2, 26, "Ethernet1/2"}, {kSub, 26, "Ethernet1/1.7", 0, true},
+                        {kAlt, 1, "port-alt4", 0, true}, {kHif, 31, "Ethernet101/1/1", 6}, {kOther, 5, "mgmt0"}}) {}
     void SetUp() override {
         PlatformTest::SetUp();
-        pf().add_interface(kEth1, 26, "Ethernet1/1");
-        pf().add_interface(kEth2, 26, "Ethernet1/2");
-        pf().add_interface(kSub, 26, "Ethernet1/1.7", 0, /*sub_intf=*/true);
-        pf().add_interface(kAlt, 1, "port-alt4", 0, /*sub_intf=*/true);
-        pf().add_interface(kHif, 31, "Ethernet101/1/1", 6);
-        pf().add_interface(kOther, 5, "mgmt0");
         pf().error_texts[0x40aa0001] = "link down";
     }
     // A second scenario in the same test, after checking the first.
