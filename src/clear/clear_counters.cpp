@@ -14,15 +14,15 @@
 #include <cstdio>
 #include <cstring>
 
-#include "output/bounded_string.hpp"
 #include "catalogue/attribute_ids.hpp"
-#include "inventory/enumeration.hpp"
 #include "frame/exchange.hpp"
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
-#include "output/observe.hpp"
+#include "inventory/enumeration.hpp"
 #include "inventory/platform_query.hpp"
+#include "output/bounded_string.hpp"
+#include "output/observe.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 

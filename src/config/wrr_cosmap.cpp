@@ -8,12 +8,12 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "frame/exchange.hpp"
 #include "catalogue/attribute_ids.hpp"
+#include "frame/exchange.hpp"
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
-#include "output/observe.hpp"
 #include "inventory/platform_query.hpp"
+#include "output/observe.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 

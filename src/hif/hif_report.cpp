@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "hif/hif_report.hpp"
-#include "catalogue/attribute_ids.hpp"
 
 #include <array>
 #include <cstring>
 #include <span>
 
+#include "catalogue/attribute_ids.hpp"
 #include "frame/exchange.hpp"
 #include "frame/message.hpp"
 #include "output/observe.hpp"

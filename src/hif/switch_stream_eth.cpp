@@ -7,10 +7,10 @@
 #include <cstdio>
 #include <cstring>
 
-#include "frame/guard.hpp"
 #include "catalogue/attribute_ids.hpp"
-#include "inventory/platform_query.hpp"
+#include "frame/guard.hpp"
 #include "hif/switch_stream_table.hpp"
+#include "inventory/platform_query.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 

@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "frame/guard.hpp"
 #include "catalogue/attribute_ids.hpp"
+#include "frame/guard.hpp"
 #include "hif/switch_stream_table.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"

@@ -3,11 +3,11 @@
 // the N2H and H2N counter tables and the port map, then prints them.
 #include <cstdio>
 
-#include "frame/guard.hpp"
 #include "catalogue/attribute_ids.hpp"
+#include "frame/guard.hpp"
+#include "internal_stats/port_records.hpp"
 #include "output/observe.hpp"
 #include "output/printer.hpp"
-#include "internal_stats/port_records.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
 

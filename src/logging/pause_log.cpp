@@ -18,8 +18,8 @@
 #include <cstring>
 #include <initializer_list>
 
-#include "frame/guard.hpp"
 #include "catalogue/attribute_ids.hpp"
+#include "frame/guard.hpp"
 #include "output/observe.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"

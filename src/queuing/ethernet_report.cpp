@@ -2,14 +2,14 @@
 // qd_cli_show_queuing_if: the queuing report of one front-panel Ethernet
 // interface, printed through the shell's printer with typed values.
 #include "queuing/ethernet_report.hpp"
-#include "catalogue/attribute_ids.hpp"
 
+#include "catalogue/attribute_ids.hpp"
 #include "frame/exchange.hpp"
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
-#include "output/observe.hpp"
 #include "inventory/platform_query.hpp"
+#include "output/observe.hpp"
 #include "output/printer.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"

@@ -15,16 +15,16 @@
 //     is read and nothing of a short reply is printed.
 //   - A null parameter-info record ends a handler with 1 and no output.
 #include "queuing/extended_report.hpp"
-#include "catalogue/attribute_ids.hpp"
 
 #include <cstdint>
 
+#include "catalogue/attribute_ids.hpp"
 #include "frame/exchange.hpp"
 #include "frame/exchange_failure.hpp"
 #include "frame/guard.hpp"
 #include "frame/message.hpp"
-#include "output/observe.hpp"
 #include "inventory/platform_query.hpp"
+#include "output/observe.hpp"
 #include "output/printer.hpp"
 #include "qdcli/handlers.h"
 #include "qdcli/wire.h"
